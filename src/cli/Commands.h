@@ -1,0 +1,24 @@
+// The command groups of trel-cli. Each group adds its sub-commands to the app;
+// a command's callback sets `exitCode` (0 success, 1 failure). Usage errors are
+// CLI11's and exit with 2.
+#pragma once
+
+#include <iosfwd>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "filter/FilterEnv.h"
+
+namespace trel::cli {
+
+struct CliContext {
+  FilterEnv env;       // options and the console shell
+  int exitCode = 0;
+  std::ostream* out;   // stdout
+  std::ostream* err;   // stderr
+};
+
+void AddFilterCommands(CLI::App& app, CliContext& ctx);  // show, convert, code
+
+}  // namespace trel::cli
