@@ -17,6 +17,8 @@ std::string OptimizeChannel(std::string s, int channel, bool noFFOptimize);
 
 // Premiere dialect to Photoshop dialect. Not idempotent: run it once per load.
 std::string Correctprmcode(std::string code);
+// Swaps the first two arguments of every `mix(` (the dialects differ there).
+std::string SwapMixArguments(std::string code);
 // Photoshop dialect to Premiere dialect, on the four code strings of the record.
 void Correctcode(FFFilter& f);
 std::string CorrectcodeChannel(std::string code);  // one code string

@@ -1,0 +1,92 @@
+// Batch conversion: selected filter files, FFL libraries or filter text from
+// the clipboard written out in one of six formats. UI-free: the dialog's
+// choices arrive as a request, the overwrite question through an interface,
+// Esc and progress through the shell hooks.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "filter/FFFilter.h"
+#include "filter/FFL.h"
+#include "filter/FilterEnv.h"
+
+namespace trel {
+
+// Output formats, numbered as the entries of the Convert dialog's list.
+enum ConvertFormat : int {
+  kFormat8bf = 0,  // "Photoshop FF Plugin"
+  kFormatPRM = 1,  // "Premiere FF Plugin"
+  kFormatTF = 2,   // "Premiere TF Plugin"
+  kFormatAFS = 3,  // "AFS File"
+  kFormatPFF = 4,  // "PFF File"
+  kFormatTXT = 5,  // "Text File"
+};
+
+// Answers of the overwrite question.
+constexpr int kOverwriteGo = 0;
+constexpr int kOverwriteSkip = 1;
+constexpr int kOverwriteStop = 4;
+
+// Asked before each target is written. Two empty names reset a standing choice
+// ("Overwrite All", "Skip All"); every run starts and ends that way.
+class OverwriteChecker {
+ public:
+  virtual ~OverwriteChecker() = default;
+  virtual int OverwriteCheck(const std::string& sourcePath, const std::string& targetPath) = 0;
+};
+// Writes when the target is missing and skips it otherwise.
+class SkipExistingTargets : public OverwriteChecker {
+ public:
+  int OverwriteCheck(const std::string& sourcePath, const std::string& targetPath) override;
+};
+// Always writes.
+class OverwriteAllTargets : public OverwriteChecker {
+ public:
+  int OverwriteCheck(const std::string&, const std::string&) override { return kOverwriteGo; }
+};
+
+struct ConvertRequest {
+  int format = kFormat8bf;
+  std::string targetFolder;  // the passive pane's folder
+  // "Use Clipboard as Source": read `clipboardText` (nullopt when the clipboard
+  // holds no text) instead of the selection.
+  bool useClipboard = false;
+  std::optional<std::string> clipboardText;
+  // The active pane: its view kind (1 File, 2 Plugin, 3 FFL) and selection.
+  int activeView = 1;
+  std::vector<std::string> selection;  // full paths, for views below 3
+  const FFLLibrary* library = nullptr;  // the FFL View's library, for view 3
+  std::vector<int> selectedEntries;     // entry numbers, for view 3
+  bool createSubFolders = false;  // "Automatically create sub folder(s)"
+};
+
+struct ConvertReport {
+  std::vector<std::string> written;  // target paths, in order
+  int read = 0;                      // sources (or library entries) read
+  int unreadable = 0;                // sources skipped as no filter fit for conversion
+  int skipped = 0;                   // targets left alone by the overwrite question
+  int failed = 0;                    // writes that reported an error; the old file stays
+  bool stopped = false;              // Esc or "Cancel" ended the run early
+  bool clipboardOptionOn = false;    // what the dialog's clipboard box shows afterwards
+};
+
+// The work behind the Convert button. The target folder must exist (the
+// dialog creates it); sub folders for libraries are made here.
+ConvertReport cmd_Convert(FFFilter& f, const ConvertRequest& request, OverwriteChecker& check,
+                          const FilterEnv& env);
+
+// Writes the record into `folder` by format number. Whatever the writer does,
+// an existing file is replaced only by a complete new one: the writer works in
+// a scratch folder beside the target and its result is moved into place. The
+// paths written are added to `report`; false when the writer reported an
+// error or wrote nothing.
+bool WriteByFormat(FFFilter& f, const std::string& folder, int format, const FilterEnv& env,
+                   ConvertReport* report);
+
+// The file name of an entry or a source made safe to join to a folder: a
+// separator inside it would lead the writer out of the target folder.
+std::string ConfinedFilename(const std::string& filename);
+
+}  // namespace trel
