@@ -1,0 +1,310 @@
+#include "host/ff/FFCompiler.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "host/ff/FFTreeEval.h"
+
+namespace trel::ff {
+
+namespace {
+
+bool IsPureFunction(Fn f) {
+  switch (f) {
+    case Fn::Src: case Fn::Rad: case Fn::Cnv: case Fn::Ctl: case Fn::Val: case Fn::Map:
+    case Fn::Rnd: case Fn::Rst: case Fn::Get: case Fn::Put:
+      return false;
+    default:
+      return true;  // depends on its arguments alone
+  }
+}
+
+OpCode UnaryCode(UnOp op) {
+  switch (op) {
+    case UnOp::Neg: return OpCode::Neg;
+    case UnOp::Not: return OpCode::Not;
+    case UnOp::BitNot: return OpCode::BitNot;
+  }
+  return OpCode::Neg;
+}
+
+OpCode BinaryCode(BinOp op) {
+  // Both enumerations list the binary operators in the same order.
+  return static_cast<OpCode>(static_cast<int>(OpCode::Mul) + static_cast<int>(op));
+}
+
+OpCode CallCode(Fn f) {
+  switch (f) {
+    case Fn::Min: return OpCode::Min;
+    case Fn::Max: return OpCode::Max;
+    case Fn::Abs: return OpCode::Abs;
+    case Fn::AddF: return OpCode::AddF;
+    case Fn::SubF: return OpCode::SubF;
+    case Fn::Dif: return OpCode::Dif;
+    case Fn::Mix: return OpCode::Mix;
+    case Fn::Scl: return OpCode::Scl;
+    case Fn::Sqr: return OpCode::Sqr;
+    case Fn::Sin: return OpCode::Sin;
+    case Fn::Cos: return OpCode::Cos;
+    case Fn::Tan: return OpCode::Tan;
+    case Fn::R2x: return OpCode::R2x;
+    case Fn::R2y: return OpCode::R2y;
+    case Fn::C2d: return OpCode::C2d;
+    case Fn::C2m: return OpCode::C2m;
+    case Fn::Ctl: return OpCode::Ctl;
+    case Fn::Val: return OpCode::Val;
+    case Fn::Map: return OpCode::Map;
+    case Fn::Src: return OpCode::Src;
+    case Fn::Rad: return OpCode::Rad;
+    case Fn::Cnv: return OpCode::Cnv;
+    case Fn::Get: return OpCode::Get;
+    case Fn::Put: return OpCode::Put;
+    case Fn::Rnd: return OpCode::Rnd;
+    case Fn::Rst: return OpCode::Rst;
+  }
+  return OpCode::Min;
+}
+
+class ChannelCompiler {
+ public:
+  ChannelCompiler(const Ast& ast, int channel, Program& prog)
+      : ast_(ast), channel_(channel), prog_(prog), out_(prog.channels[channel]) {
+    info_.resize(ast.nodes.size());
+    // Children always come before their parents in the node array, so one
+    // forward sweep settles every node's facts.
+    for (uint32_t n = 0; n < ast.nodes.size(); ++n) Analyse(n);
+  }
+
+  void Run() {
+    out_.code.clear();
+    out_.sideEffects = info_[ast_.root].effects;
+    out_.result = Gen(ast_.root);
+  }
+
+ private:
+  struct Info {
+    bool effects = false;  // evaluating the subtree may change cells or the generator
+    std::optional<int32_t> value;  // known without a pixel
+  };
+
+  void Analyse(uint32_t n) {
+    const Node& node = ast_.at(n);
+    Info& info = info_[n];
+    bool allConst = true;
+    for (int k = 0; k < node.kidCount; ++k) {
+      const Info& kid = info_[ast_.kid(node, k)];
+      info.effects = info.effects || kid.effects;
+      allConst = allConst && kid.value.has_value();
+    }
+    switch (node.kind) {
+      case NodeKind::Const: info.value = node.value; return;
+      case NodeKind::Sym:
+        if (static_cast<Sym>(node.code) == Sym::z) info.value = channel_;
+        return;
+      case NodeKind::Call: {
+        Fn f = static_cast<Fn>(node.code);
+        if (HasSideEffect(f)) info.effects = true;
+        if (!IsPureFunction(f)) return;
+        break;
+      }
+      case NodeKind::Cond: {
+        // A known condition decides the value if the other side cannot act.
+        const Info& cond = info_[ast_.kid(node, 0)];
+        if (cond.value) {
+          const Info& taken = info_[ast_.kid(node, *cond.value != 0 ? 1 : 2)];
+          const Info& other = info_[ast_.kid(node, *cond.value != 0 ? 2 : 1)];
+          if (!other.effects && taken.value) info.value = taken.value;
+        }
+        if (!allConst) return;
+        break;
+      }
+      case NodeKind::Seq: {
+        const Info& left = info_[ast_.kid(node, 0)];
+        const Info& right = info_[ast_.kid(node, 1)];
+        if (!left.effects && right.value) info.value = right.value;
+        return;
+      }
+      default: break;
+    }
+    if (allConst && !info.effects && !info.value) info.value = Fold(n);
+  }
+
+  int32_t Fold(uint32_t n) {
+    // The subtree reads no pixel, control or state, so an empty environment will do.
+    PixelEnv env;
+    env.z = channel_;
+    return EvaluateTree(ast_, n, env);
+  }
+
+  uint16_t Constant(int32_t value) {
+    for (const auto& [reg, v] : prog_.constants)
+      if (v == value) return reg;
+    uint16_t reg = prog_.regCount++;
+    prog_.constants.emplace_back(reg, value);
+    return reg;
+  }
+
+  uint16_t Temp() {
+    if (!free_.empty()) {
+      uint16_t r = free_.back();
+      free_.pop_back();
+      return r;
+    }
+    return prog_.regCount++;
+  }
+
+  void Release(uint16_t reg) {
+    if (std::find(temps_.begin(), temps_.end(), reg) != temps_.end() &&
+        std::find(free_.begin(), free_.end(), reg) == free_.end())
+      free_.push_back(reg);
+  }
+
+  uint16_t NewTemp() {
+    uint16_t r = Temp();
+    if (std::find(temps_.begin(), temps_.end(), r) == temps_.end()) temps_.push_back(r);
+    return r;
+  }
+
+  uint16_t Input(FixedReg reg) {
+    prog_.inputsUsed[channel_] |= 1u << reg;
+    return reg;
+  }
+
+  uint16_t SymbolReg(Sym s) {
+    switch (s) {
+      case Sym::x: return Input(kRegX);
+      case Sym::y: return Input(kRegY);
+      case Sym::X: return Input(kRegWidth);
+      case Sym::Y: return Input(kRegHeight);
+      case Sym::z: return Constant(channel_);
+      case Sym::Z: return Input(kRegChannels);
+      case Sym::r: return Input(kRegR);
+      case Sym::g: return Input(kRegG);
+      case Sym::b: return Input(kRegB);
+      case Sym::a: return Input(kRegA);
+      case Sym::c: return Input(static_cast<FixedReg>(kRegR + channel_));
+      case Sym::i: return Input(kRegI);
+      case Sym::u: return Input(kRegU);
+      case Sym::v: return Input(kRegV);
+      case Sym::d: return Input(kRegD);
+      case Sym::m: return Input(kRegM);
+      case Sym::M: return Input(kRegCentre);
+    }
+    return Constant(0);
+  }
+
+  // Emits `op` over already computed operand registers, releasing them.
+  uint16_t Emit(Instr in, std::initializer_list<uint16_t> used) {
+    for (uint16_t r : used) Release(r);
+    in.dst = NewTemp();
+    out_.code.push_back(in);
+    return in.dst;
+  }
+
+  uint16_t Gen(uint32_t n) {
+    const Node& node = ast_.at(n);
+    const Info& info = info_[n];
+    if (info.value && !info.effects) return Constant(*info.value);
+    switch (node.kind) {
+      case NodeKind::Const: return Constant(node.value);
+      case NodeKind::Sym: return SymbolReg(static_cast<Sym>(node.code));
+      case NodeKind::Unary: {
+        uint16_t a = Gen(ast_.kid(node, 0));
+        Instr in{UnaryCode(static_cast<UnOp>(node.code))};
+        in.a = a;
+        return Emit(in, {a});
+      }
+      case NodeKind::Binary: {
+        uint16_t a = Gen(ast_.kid(node, 0));
+        uint16_t b = Gen(ast_.kid(node, 1));
+        Instr in{BinaryCode(static_cast<BinOp>(node.code))};
+        in.a = a;
+        in.b = b;
+        return Emit(in, {a, b});
+      }
+      case NodeKind::Seq: {
+        uint32_t left = ast_.kid(node, 0);
+        if (info_[left].effects) Release(Gen(left));
+        return Gen(ast_.kid(node, 1));
+      }
+      case NodeKind::Cond: return GenCond(node);
+      case NodeKind::Call: return GenCall(node);
+    }
+    return Constant(0);
+  }
+
+  uint16_t GenCond(const Node& node) {
+    uint32_t cond = ast_.kid(node, 0), yes = ast_.kid(node, 1), no = ast_.kid(node, 2);
+    const Info& ci = info_[cond];
+    if (ci.value && !ci.effects) {
+      // Only the taken side matters for the value; the other still runs if it can act.
+      uint32_t taken = *ci.value != 0 ? yes : no;
+      uint32_t other = *ci.value != 0 ? no : yes;
+      if (!info_[other].effects) return Gen(taken);
+    }
+    // Every operand runs, left to right, before the choice.
+    uint16_t c = Gen(cond);
+    uint16_t a = Gen(yes);
+    uint16_t b = Gen(no);
+    Instr in{OpCode::Select};
+    in.a = c;
+    in.b = a;
+    in.c = b;
+    return Emit(in, {c, a, b});
+  }
+
+  uint16_t GenCall(const Node& node) {
+    Fn f = static_cast<Fn>(node.code);
+    int count = node.kidCount;
+    // ctl() of a known control is a register filled once per run.
+    if (f == Fn::Ctl && info_[ast_.kid(node, 0)].value && !info_[ast_.kid(node, 0)].effects) {
+      int32_t i = *info_[ast_.kid(node, 0)].value;
+      if (i < 0 || i > 7) return Constant(0);
+      return Input(static_cast<FixedReg>(kRegCtl0 + i));
+    }
+    uint16_t regs[10];
+    for (int k = 0; k < count; ++k) regs[k] = Gen(ast_.kid(node, k));
+    Instr in{CallCode(f)};
+    in.imm = channel_;
+    if (count >= 1) in.a = regs[0];
+    if (count >= 2) in.b = regs[1];
+    if (count >= 3) in.c = regs[2];
+    if ((f == Fn::Src || f == Fn::Rad) && info_[ast_.kid(node, 2)].value) {
+      in.op = f == Fn::Src ? OpCode::SrcC : OpCode::RadC;
+      in.imm = *info_[ast_.kid(node, 2)].value;
+    }
+    if (f == Fn::Src || f == Fn::Rad || f == Fn::Cnv) {
+      // These read the source around the pixel.
+      Input(kRegX);
+      Input(kRegY);
+    }
+    if (count > 3) {
+      in.extra = static_cast<uint32_t>(prog_.args.size());
+      for (int k = 0; k < count; ++k) prog_.args.push_back(regs[k]);
+    }
+    for (int k = 0; k < count; ++k) Release(regs[k]);
+    in.dst = NewTemp();
+    out_.code.push_back(in);
+    return in.dst;
+  }
+
+  const Ast& ast_;
+  int channel_;
+  Program& prog_;
+  ChannelCode& out_;
+  std::vector<Info> info_;
+  std::vector<uint16_t> temps_;
+  std::vector<uint16_t> free_;
+};
+
+}  // namespace
+
+void CompileChannel(const Ast& ast, int channel, Program& program) {
+  ChannelCompiler(ast, channel, program).Run();
+}
+
+}  // namespace trel::ff
+
+static_assert(static_cast<int>(trel::ff::OpCode::LogOr) - static_cast<int>(trel::ff::OpCode::Mul) ==
+                  static_cast<int>(trel::ff::BinOp::LogOr),
+              "binary operators must be listed in the same order");

@@ -1,0 +1,16 @@
+// Turns the tree of one channel's expression into register instructions:
+// constants are folded, symbols become the fixed input registers, branches
+// whose outcome is known are dropped when the other side cannot act, and
+// temporaries are reused as soon as they are consumed.
+#pragma once
+
+#include "host/ff/FFAst.h"
+#include "host/ff/FFProgram.h"
+
+namespace trel::ff {
+
+// Appends channel `channel` (0..3) of `ast` to `program`. Constants are shared
+// between the channels of one program.
+void CompileChannel(const Ast& ast, int channel, Program& program);
+
+}  // namespace trel::ff

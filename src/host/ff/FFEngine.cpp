@@ -1,0 +1,133 @@
+#include "host/ff/FFEngine.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <thread>
+#include <vector>
+
+#include "host/ff/FFCompiler.h"
+#include "host/ff/FFMachine.h"
+#include "host/ff/FFParser.h"
+#include "host/ff/FFProgram.h"
+
+namespace trel::ff {
+
+bool CompiledFilter::parallel(bool hasAlpha) const {
+  if (!program_) return false;
+  int channels = hasAlpha ? 4 : 3;
+  for (int z = 0; z < channels; ++z)
+    if (program_->channels[z].sideEffects) return false;
+  return true;
+}
+
+CompiledFilter CompileFilter(const std::array<std::string, 4>& code, CompileError* err) {
+  CompiledFilter result;
+  auto prog = std::make_shared<Program>();
+  Ast ast;
+  for (int z = 0; z < 4; ++z) {
+    ParseError pe;
+    if (!ParseExpression(code[z], ast, pe)) {
+      if (err) *err = CompileError{z, pe.position, pe.message};
+      return result;
+    }
+    CompileChannel(ast, z, *prog);
+  }
+  if (err) *err = CompileError{};
+  result.program_ = std::move(prog);
+  return result;
+}
+
+namespace {
+
+bool Fits(const ConstImageView& v) {
+  return v.pixels != nullptr && v.width > 0 && v.height > 0 && v.stride >= ptrdiff_t(v.width) * 4;
+}
+
+bool Overlap(const ConstImageView& a, const ImageView& b) {
+  const uint8_t* aEnd = a.pixels + (a.height - 1) * a.stride + ptrdiff_t(a.width) * 4;
+  const uint8_t* bEnd = b.pixels + (b.height - 1) * b.stride + ptrdiff_t(b.width) * 4;
+  return std::less<const uint8_t*>()(a.pixels, bEnd) && std::less<const uint8_t*>()(b.pixels, aEnd);
+}
+
+}  // namespace
+
+RenderStatus RenderFilter(const CompiledFilter& filter, const Controls& controls,
+                          const ConstImageView& srcIn, const ImageView& dst,
+                          const RenderOptions& options) {
+  if (!filter.valid() || !Fits(srcIn) || !Fits(dst) || dst.width != srcIn.width ||
+      dst.height != srcIn.height)
+    return RenderStatus::Invalid;
+
+  // Writing over the picture being read would let later pixels see results.
+  ConstImageView src = srcIn;
+  std::vector<uint8_t> copy;
+  if (Overlap(srcIn, dst)) {
+    copy.resize(size_t(src.width) * size_t(src.height) * 4u);
+    for (int y = 0; y < src.height; ++y)
+      std::memcpy(copy.data() + size_t(y) * size_t(src.width) * 4u, src.pixels + y * src.stride,
+                  size_t(src.width) * 4u);
+    src.pixels = copy.data();
+    src.stride = ptrdiff_t(src.width) * 4;
+  }
+
+  const Program& prog = *filter.program();
+  const int32_t* ctl = controls.data();
+  const int total = src.height;
+  auto rowOut = [&](int y) { return dst.pixels + y * dst.stride; };
+  auto cancelled = [&] { return options.cancel && options.cancel(); };
+  auto report = [&](int done) {
+    if (options.progress) options.progress(done, total);
+  };
+
+  if (!filter.parallel(src.hasAlpha)) {
+    RunState state;
+    state.Reset();
+    Machine machine(prog, src, ctl, &state);
+    for (int y = 0; y < total; ++y) {
+      if (cancelled()) return RenderStatus::Cancelled;
+      machine.RunRowOrdered(y, rowOut(y));
+      report(y + 1);
+    }
+    return RenderStatus::Done;
+  }
+
+  int threads = options.threads > 0 ? options.threads : int(std::thread::hardware_concurrency());
+  threads = std::clamp(threads, 1, 64);
+  threads = std::min(threads, total);
+
+  std::atomic<int> nextRow{0};
+  std::atomic<int> doneRows{0};
+  std::atomic<bool> stop{false};
+  // Rows are handed out a few at a time so that threads rarely contend.
+  const int chunk = std::max(1, std::min(16, total / (threads * 8)));
+  auto work = [&](bool caller) {
+    RunState state;
+    state.Reset();
+    Machine machine(prog, src, ctl, &state);
+    for (;;) {
+      if (stop.load(std::memory_order_relaxed)) return;
+      int first = nextRow.fetch_add(chunk, std::memory_order_relaxed);
+      if (first >= total) return;
+      int last = std::min(total, first + chunk);
+      for (int y = first; y < last; ++y) machine.RunRowBlocks(y, rowOut(y));
+      int done = doneRows.fetch_add(last - first, std::memory_order_relaxed) + (last - first);
+      if (caller) {
+        report(done);
+        if (cancelled()) stop.store(true, std::memory_order_relaxed);
+      }
+    }
+  };
+
+  if (cancelled()) return RenderStatus::Cancelled;
+  std::vector<std::thread> pool;
+  pool.reserve(size_t(threads - 1));
+  for (int t = 1; t < threads; ++t) pool.emplace_back(work, false);
+  work(true);
+  for (std::thread& t : pool) t.join();
+  if (stop.load()) return RenderStatus::Cancelled;
+  report(total);
+  return RenderStatus::Done;
+}
+
+}  // namespace trel::ff

@@ -1,0 +1,281 @@
+#include "host/ff/FFMachine.h"
+
+#include <type_traits>
+
+namespace trel::ff {
+
+namespace {
+
+struct Ctx {
+  const Tables& t;
+  const ConstImageView& src;
+  int channels;
+  const int32_t* ctl;
+  RunState* state;
+  int32_t y;
+  const uint16_t* args;
+};
+
+inline uint8_t ClampByte(int32_t v) { return static_cast<uint8_t>(v < 0 ? 0 : (v > 255 ? 255 : v)); }
+
+inline const uint8_t* ClampedRow(const ConstImageView& img, int32_t y) {
+  y = y < 0 ? 0 : (y >= img.height ? img.height - 1 : y);
+  return img.pixels + y * img.stride;
+}
+
+// Runs `count` instructions over `n` values per register. Register r's values
+// start at regs + r * stride; `n` is a compile-time 1 for the ordered form, so
+// that its loops vanish.
+template <class Len>
+void Exec(const Instr* code, size_t count, int32_t* regs, size_t stride, Len n, const Ctx& c) {
+  auto R = [&](uint16_t r) { return regs + size_t(r) * stride; };
+  const int len = int(n);
+#define TREL_LOOP for (int k = 0; k < len; ++k)
+  for (size_t pc = 0; pc < count; ++pc) {
+    const Instr& in = code[pc];
+    int32_t* D = R(in.dst);
+    const int32_t* A = R(in.a);
+    const int32_t* B = R(in.b);
+    const int32_t* C = R(in.c);
+    switch (in.op) {
+      case OpCode::Neg: TREL_LOOP D[k] = Neg(A[k]); break;
+      case OpCode::Not: TREL_LOOP D[k] = A[k] == 0; break;
+      case OpCode::BitNot: TREL_LOOP D[k] = ~A[k]; break;
+      case OpCode::Mul: TREL_LOOP D[k] = Mul(A[k], B[k]); break;
+      case OpCode::Div: TREL_LOOP D[k] = DivFast(A[k], B[k]); break;
+      case OpCode::Mod: TREL_LOOP D[k] = ModFast(A[k], B[k]); break;
+      case OpCode::Add: TREL_LOOP D[k] = Add(A[k], B[k]); break;
+      case OpCode::Sub: TREL_LOOP D[k] = Sub(A[k], B[k]); break;
+      case OpCode::Shl: TREL_LOOP D[k] = Shl(A[k], B[k]); break;
+      case OpCode::Shr: TREL_LOOP D[k] = Shr(A[k], B[k]); break;
+      case OpCode::Lt: TREL_LOOP D[k] = A[k] < B[k]; break;
+      case OpCode::Le: TREL_LOOP D[k] = A[k] <= B[k]; break;
+      case OpCode::Gt: TREL_LOOP D[k] = A[k] > B[k]; break;
+      case OpCode::Ge: TREL_LOOP D[k] = A[k] >= B[k]; break;
+      case OpCode::Eq: TREL_LOOP D[k] = A[k] == B[k]; break;
+      case OpCode::Ne: TREL_LOOP D[k] = A[k] != B[k]; break;
+      case OpCode::BitAnd: TREL_LOOP D[k] = A[k] & B[k]; break;
+      case OpCode::BitXor: TREL_LOOP D[k] = A[k] ^ B[k]; break;
+      case OpCode::BitOr: TREL_LOOP D[k] = A[k] | B[k]; break;
+      case OpCode::LogAnd: TREL_LOOP D[k] = (A[k] != 0) & (B[k] != 0); break;
+      case OpCode::LogOr: TREL_LOOP D[k] = (A[k] | B[k]) != 0; break;
+      case OpCode::Select: TREL_LOOP D[k] = A[k] != 0 ? B[k] : C[k]; break;
+      case OpCode::Min: TREL_LOOP D[k] = Min(A[k], B[k]); break;
+      case OpCode::Max: TREL_LOOP D[k] = Max(A[k], B[k]); break;
+      case OpCode::Abs: TREL_LOOP D[k] = Abs(A[k]); break;
+      case OpCode::AddF: TREL_LOOP D[k] = FnAdd(A[k], B[k], C[k]); break;
+      case OpCode::SubF: TREL_LOOP D[k] = FnSub(A[k], B[k], C[k]); break;
+      case OpCode::Dif: TREL_LOOP D[k] = FnDif(A[k], B[k]); break;
+      case OpCode::Mix: {
+        const uint16_t* a = c.args + in.extra;
+        const int32_t *P = R(a[0]), *Q = R(a[1]), *N = R(a[2]), *W = R(a[3]);
+        TREL_LOOP D[k] = FnMix(P[k], Q[k], N[k], W[k]);
+        break;
+      }
+      case OpCode::Scl: {
+        const uint16_t* a = c.args + in.extra;
+        const int32_t *P = R(a[0]), *IL = R(a[1]), *IH = R(a[2]), *OL = R(a[3]), *OH = R(a[4]);
+        TREL_LOOP D[k] = FnScl(P[k], IL[k], IH[k], OL[k], OH[k]);
+        break;
+      }
+      case OpCode::Sqr: TREL_LOOP D[k] = Sqr(A[k]); break;
+      case OpCode::Sin: TREL_LOOP D[k] = Sin(c.t, A[k]); break;
+      case OpCode::Cos: TREL_LOOP D[k] = Cos(c.t, A[k]); break;
+      case OpCode::Tan: TREL_LOOP D[k] = Tan(c.t, A[k]); break;
+      case OpCode::R2x: TREL_LOOP D[k] = R2x(c.t, A[k], B[k]); break;
+      case OpCode::R2y: TREL_LOOP D[k] = R2y(c.t, A[k], B[k]); break;
+      case OpCode::C2d: TREL_LOOP D[k] = C2d(c.t, A[k], B[k]); break;
+      case OpCode::C2m: TREL_LOOP D[k] = C2m(c.t, A[k], B[k]); break;
+      case OpCode::Ctl: TREL_LOOP D[k] = FnCtl(c.ctl, A[k]); break;
+      case OpCode::Val: TREL_LOOP D[k] = FnVal(c.ctl, A[k], B[k], C[k]); break;
+      case OpCode::Map: TREL_LOOP D[k] = FnMap(c.ctl, A[k], B[k]); break;
+      case OpCode::Src: TREL_LOOP D[k] = SampleClamped(c.src, c.channels, A[k], B[k], C[k]); break;
+      case OpCode::SrcC: TREL_LOOP D[k] = SampleClamped(c.src, c.channels, A[k], B[k], in.imm); break;
+      case OpCode::Rad:
+        TREL_LOOP D[k] = SampleClamped(c.src, c.channels, Add(c.src.width >> 1, R2x(c.t, A[k], B[k])),
+                                       Add(c.src.height >> 1, R2y(c.t, A[k], B[k])), C[k]);
+        break;
+      case OpCode::RadC:
+        TREL_LOOP D[k] = SampleClamped(c.src, c.channels, Add(c.src.width >> 1, R2x(c.t, A[k], B[k])),
+                                       Add(c.src.height >> 1, R2y(c.t, A[k], B[k])), in.imm);
+        break;
+      case OpCode::Cnv: {
+        const uint16_t* a = c.args + in.extra;
+        const int32_t* w[10];
+        for (int j = 0; j < 10; ++j) w[j] = R(a[j]);
+        const int32_t* X = R(kRegX);
+        const int ch = in.imm;
+        if (ch < 0 || ch >= c.channels) {
+          TREL_LOOP D[k] = 0;
+          break;
+        }
+        const uint8_t* rows[3] = {ClampedRow(c.src, Sub(c.y, 1)), ClampedRow(c.src, c.y),
+                                  ClampedRow(c.src, Add(c.y, 1))};
+        const int32_t last = c.src.width - 1;
+        TREL_LOOP {
+          int32_t x = X[k];
+          int32_t xs[3] = {x - 1 < 0 ? 0 : x - 1, x, x + 1 > last ? last : x + 1};
+          uint32_t sum = 0;
+          for (int j = 0; j < 3; ++j)
+            for (int i = 0; i < 3; ++i)
+              sum += uint32_t(w[j * 3 + i][k]) * uint32_t(rows[j][xs[i] * 4 + ch]);
+          D[k] = DivFast(Wrap(sum), w[9][k]);
+        }
+        break;
+      }
+      case OpCode::Get:
+        TREL_LOOP D[k] = A[k] >= 0 && A[k] <= 255 ? c.state->cells[A[k]] : A[k];
+        break;
+      case OpCode::Put:
+        TREL_LOOP {
+          int32_t v = A[k];
+          if (B[k] >= 0 && B[k] <= 255) c.state->cells[B[k]] = v;
+          D[k] = v;
+        }
+        break;
+      case OpCode::Rnd: TREL_LOOP D[k] = c.state->rng.Next(A[k], B[k]); break;
+      case OpCode::Rst:
+        TREL_LOOP {
+          c.state->rng.Seed(A[k]);
+          D[k] = 0;
+        }
+        break;
+    }
+  }
+#undef TREL_LOOP
+}
+
+}  // namespace
+
+Machine::Machine(const Program& prog, const ConstImageView& src, const int32_t* ctl, RunState* state)
+    : prog_(prog), src_(src), ctl_(ctl), state_(state), tables_(GetTables()),
+      channels_(src.hasAlpha ? 4 : 3), block_(256) {
+  // Keep the register file within the cache even for very long formulas.
+  while (block_ > 8 && size_t(prog.regCount) * size_t(block_) > 65536) block_ /= 2;
+  regs_.assign(size_t(prog.regCount) * size_t(block_), 0);
+  for (int z = 0; z < channels_; ++z) used_ |= prog.inputsUsed[z];
+  auto fill = [&](uint16_t reg, int32_t v) {
+    int32_t* p = Reg(reg);
+    for (int k = 0; k < block_; ++k) p[k] = v;
+  };
+  fill(kRegWidth, src.width);
+  fill(kRegHeight, src.height);
+  fill(kRegChannels, channels_);
+  fill(kRegCentre, CentreMagnitude(src.width, src.height));
+  for (int i = 0; i < 8; ++i) fill(uint16_t(kRegCtl0 + i), ctl[i]);
+  for (const auto& [reg, value] : prog.constants) fill(reg, value);
+  if (channels_ < 4) fill(kRegA, 255);
+}
+
+void Machine::LoadInputs(int x0, int n, uint32_t used) {
+  auto uses = [&](int reg) { return (used & (1u << reg)) != 0; };
+  const bool needYuv = uses(kRegI) || uses(kRegU) || uses(kRegV);
+  const uint8_t* p = src_.pixels + y_ * src_.stride + ptrdiff_t(x0) * 4;
+  for (int ch = 0; ch < channels_; ++ch) {
+    if (!uses(kRegR + ch) && !(needYuv && ch < 3)) continue;
+    int32_t* d = Reg(uint16_t(kRegR + ch));
+    for (int k = 0; k < n; ++k) d[k] = p[k * 4 + ch];
+  }
+  if (needYuv) {
+    const int32_t *r = Reg(kRegR), *g = Reg(kRegG), *b = Reg(kRegB);
+    if (uses(kRegI)) {
+      int32_t* d = Reg(kRegI);
+      for (int k = 0; k < n; ++k) d[k] = LumaI(r[k], g[k], b[k]);
+    }
+    if (uses(kRegU)) {
+      int32_t* d = Reg(kRegU);
+      for (int k = 0; k < n; ++k) d[k] = ChromaU(r[k], g[k], b[k]);
+    }
+    if (uses(kRegV)) {
+      int32_t* d = Reg(kRegV);
+      for (int k = 0; k < n; ++k) d[k] = ChromaV(r[k], g[k], b[k]);
+    }
+  }
+  if (uses(kRegX)) {
+    int32_t* d = Reg(kRegX);
+    for (int k = 0; k < n; ++k) d[k] = x0 + k;
+  }
+  if (uses(kRegD)) {
+    int32_t* d = Reg(kRegD);
+    for (int k = 0; k < n; ++k) d[k] = PixelDirection(x0 + k, y_, src_.width, src_.height);
+  }
+  if (uses(kRegM)) {
+    int32_t* d = Reg(kRegM);
+    for (int k = 0; k < n; ++k) d[k] = PixelMagnitude(x0 + k, y_, src_.width, src_.height);
+  }
+}
+
+void Machine::RunBlock(const ChannelCode& code, int n) {
+  Ctx c{tables_, src_, channels_, ctl_, state_, y_, prog_.args.data()};
+  Exec(code.code.data(), code.code.size(), regs_.data(), size_t(block_), n, c);
+}
+
+void Machine::RunOne(const ChannelCode& code, int k) {
+  Ctx c{tables_, src_, channels_, ctl_, state_, y_, prog_.args.data()};
+  Exec(code.code.data(), code.code.size(), regs_.data() + k, size_t(block_),
+       std::integral_constant<int, 1>{}, c);
+}
+
+void Machine::RunRowBlocks(int y, uint8_t* dstRow) {
+  y_ = y;
+  int32_t* yr = Reg(kRegY);
+  for (int k = 0; k < block_; ++k) yr[k] = y;
+  for (int x0 = 0; x0 < src_.width; x0 += block_) {
+    const int n = src_.width - x0 < block_ ? src_.width - x0 : block_;
+    LoadInputs(x0, n, used_);
+    uint8_t* out = dstRow + ptrdiff_t(x0) * 4;
+    for (int z = 0; z < channels_; ++z) {
+      const ChannelCode& code = prog_.channels[z];
+      RunBlock(code, n);
+      const int32_t* res = Reg(code.result);
+      for (int k = 0; k < n; ++k) out[k * 4 + z] = ClampByte(res[k]);
+    }
+    if (channels_ < 4)
+      for (int k = 0; k < n; ++k) out[k * 4 + 3] = 255;
+  }
+}
+
+void Machine::RunRowOrdered(int y, uint8_t* dstRow) {
+  y_ = y;
+  int32_t* yr = Reg(kRegY);
+  for (int k = 0; k < block_; ++k) yr[k] = y;
+  for (int x0 = 0; x0 < src_.width; x0 += block_) {
+    const int n = src_.width - x0 < block_ ? src_.width - x0 : block_;
+    LoadInputs(x0, n, used_);
+    uint8_t* out = dstRow + ptrdiff_t(x0) * 4;
+    for (int k = 0; k < n; ++k) {
+      for (int z = 0; z < channels_; ++z) {
+        const ChannelCode& code = prog_.channels[z];
+        RunOne(code, k);
+        out[k * 4 + z] = ClampByte(Reg(code.result)[k]);
+      }
+      if (channels_ < 4) out[k * 4 + 3] = 255;
+    }
+  }
+}
+
+std::vector<int32_t> Machine::RawRow(int channel, int y, bool ordered) {
+  std::vector<int32_t> row;
+  row.reserve(size_t(src_.width));
+  y_ = y;
+  int32_t* yr = Reg(kRegY);
+  for (int k = 0; k < block_; ++k) yr[k] = y;
+  const ChannelCode& code = prog_.channels[channel];
+  for (int x0 = 0; x0 < src_.width; x0 += block_) {
+    const int n = src_.width - x0 < block_ ? src_.width - x0 : block_;
+    LoadInputs(x0, n, used_ | prog_.inputsUsed[channel]);
+    if (ordered) {
+      for (int k = 0; k < n; ++k) {
+        RunOne(code, k);
+        row.push_back(Reg(code.result)[k]);
+      }
+    } else {
+      RunBlock(code, n);
+      const int32_t* res = Reg(code.result);
+      row.insert(row.end(), res, res + n);
+    }
+  }
+  return row;
+}
+
+}  // namespace trel::ff

@@ -1,0 +1,97 @@
+// The arithmetic of the Filter Factory language on single values: wrapping
+// 32-bit integer operations, the table-driven trigonometry and polar
+// conversions, and the built-in functions. Every evaluator (the tree walker,
+// the row programs, constant folding) calls these, so a value never depends on
+// which path computed it.
+#pragma once
+
+#include <cstdint>
+
+namespace trel::ff {
+
+// Signed results of unsigned (wrapping) arithmetic: no overflow is undefined.
+inline int32_t Wrap(uint32_t v) { return static_cast<int32_t>(v); }
+inline int32_t Add(int32_t a, int32_t b) { return Wrap(uint32_t(a) + uint32_t(b)); }
+inline int32_t Sub(int32_t a, int32_t b) { return Wrap(uint32_t(a) - uint32_t(b)); }
+inline int32_t Mul(int32_t a, int32_t b) { return Wrap(uint32_t(a) * uint32_t(b)); }
+inline int32_t Neg(int32_t a) { return Wrap(0u - uint32_t(a)); }
+inline int32_t Abs(int32_t a) { return a < 0 ? Neg(a) : a; }
+
+// Truncating division; a zero divisor gives 0 and INT_MIN / -1 wraps to INT_MIN.
+inline int32_t Div(int32_t a, int32_t b) {
+  if (b == 0) return 0;
+  if (b == -1) return Neg(a);
+  return a / b;
+}
+inline int32_t Mod(int32_t a, int32_t b) {
+  if (b == 0 || b == -1) return 0;
+  return a % b;
+}
+// Div and Mod computed through double division, which loops over many values
+// can vectorise. A double holds every 32-bit quotient exactly enough that the
+// truncated result always equals the integer one.
+inline int32_t DivFast(int32_t a, int32_t b) {
+  int32_t safe = (b == 0 || b == -1) ? 1 : b;
+  int32_t q = static_cast<int32_t>(static_cast<double>(a) / static_cast<double>(safe));
+  return b == 0 ? 0 : (b == -1 ? Neg(a) : q);
+}
+inline int32_t ModFast(int32_t a, int32_t b) {
+  int32_t safe = (b == 0 || b == -1) ? 1 : b;
+  int32_t q = static_cast<int32_t>(static_cast<double>(a) / static_cast<double>(safe));
+  return (b == 0 || b == -1) ? 0 : Sub(a, Mul(q, safe));
+}
+inline int32_t Shl(int32_t a, int32_t b) { return Wrap(uint32_t(a) << (uint32_t(b) & 31u)); }
+inline int32_t Shr(int32_t a, int32_t b) { return a >> (uint32_t(b) & 31u); }
+
+inline int32_t Min(int32_t a, int32_t b) { return a < b ? a : b; }
+inline int32_t Max(int32_t a, int32_t b) { return a > b ? a : b; }
+inline int32_t Clamp(int32_t v, int32_t lo, int32_t hi) { return v < lo ? lo : (v > hi ? hi : v); }
+
+// The three fixed-point tables, built once on first use.
+struct Tables {
+  int32_t cosT[1024];   // cosine, scale 16384
+  int32_t cos5[1024];   // cosT >> 5, what cos() and sin() return
+  int32_t atanT[1024];  // arctangent of (k+1)/1024, scale 65536
+  int32_t magT[1024];   // magnitude correction for c2m
+};
+const Tables& GetTables();
+
+inline int32_t Cos(const Tables& t, int32_t x) { return t.cos5[uint32_t(Abs(x)) & 1023u]; }
+inline int32_t Sin(const Tables& t, int32_t x) { return Cos(t, Sub(x, 256)); }
+inline int32_t Tan(const Tables& t, int32_t x) {
+  // The table has no zero entry, so the division is always defined.
+  return (t.cosT[uint32_t(Abs(Sub(x, 256))) & 1023u] * 1024) / t.cosT[uint32_t(Abs(x)) & 1023u];
+}
+inline int32_t R2x(const Tables& t, int32_t d, int32_t m) {
+  int64_t p = int64_t(m) * t.cosT[uint32_t(d) & 1023u] + 8191;
+  return Wrap(uint32_t(uint64_t(p >> 14)));
+}
+inline int32_t R2y(const Tables& t, int32_t d, int32_t m) { return R2x(t, Sub(d, 256), m); }
+int32_t C2d(const Tables& t, int32_t x, int32_t y);
+int32_t C2m(const Tables& t, int32_t x, int32_t y);
+
+// Floor of the square root for x >= 0; a negative x comes back unchanged.
+int32_t Sqr(int32_t x);
+
+inline int32_t FnAdd(int32_t a, int32_t b, int32_t c) { return Min(Add(a, b), c); }
+inline int32_t FnSub(int32_t a, int32_t b, int32_t c) { return Max(Abs(Sub(a, b)), c); }
+inline int32_t FnDif(int32_t a, int32_t b) { return Abs(Sub(a, b)); }
+inline int32_t FnMix(int32_t a, int32_t b, int32_t n, int32_t d) {
+  return Add(DivFast(Mul(a, n), d), DivFast(Mul(b, Sub(d, n)), d));
+}
+inline int32_t FnScl(int32_t a, int32_t il, int32_t ih, int32_t ol, int32_t oh) {
+  return Add(ol, DivFast(Mul(Sub(oh, ol), Sub(a, il)), Sub(ih, il)));
+}
+inline int32_t FnCtl(const int32_t* ctl, int32_t i) { return i >= 0 && i <= 7 ? ctl[i] : 0; }
+inline int32_t FnVal(const int32_t* ctl, int32_t i, int32_t a, int32_t b) {
+  if (i < 0 || i > 7) return 0;
+  return Add(DivFast(Mul(ctl[i], Sub(b, a)), 255), a);
+}
+int32_t FnMap(const int32_t* ctl, int32_t i, int32_t n);
+
+// The colour-space symbols i, u, v of a source pixel.
+inline int32_t LumaI(int32_t r, int32_t g, int32_t b) { return (76 * r + 150 * g + 29 * b) / 256; }
+inline int32_t ChromaU(int32_t r, int32_t g, int32_t b) { return (-19 * r - 37 * g + 56 * b) / 256; }
+inline int32_t ChromaV(int32_t r, int32_t g, int32_t b) { return (78 * r - 65 * g - 13 * b) / 256; }
+
+}  // namespace trel::ff
