@@ -60,6 +60,9 @@ struct ConvertRequest {
   const FFLLibrary* library = nullptr;  // the FFL View's library, for view 3
   std::vector<int> selectedEntries;     // entry numbers, for view 3
   bool createSubFolders = false;  // "Automatically create sub folder(s)"
+  // Library entries replace existing files without a question in the program;
+  // the command line hands them to the overwrite check like every other file.
+  bool askForLibraryEntries = false;
 };
 
 struct ConvertReport {
@@ -77,13 +80,26 @@ struct ConvertReport {
 ConvertReport cmd_Convert(FFFilter& f, const ConvertRequest& request, OverwriteChecker& check,
                           const FilterEnv& env);
 
+enum class WriteOutcome {
+  Written,       // the new file is in place
+  WriterFailed,  // the writer reported an error or wrote nothing; an old file stays
+  FolderFailed,  // nothing can be written into the folder at all
+};
 // Writes the record into `folder` by format number. Whatever the writer does,
 // an existing file is replaced only by a complete new one: the writer works in
-// a scratch folder beside the target and its result is moved into place. The
-// paths written are added to `report`; false when the writer reported an
-// error or wrote nothing.
-bool WriteByFormat(FFFilter& f, const std::string& folder, int format, const FilterEnv& env,
-                   ConvertReport* report);
+// a scratch folder inside the target folder and its result is moved into
+// place. The paths written are added to `report`, failures counted there.
+// A writer's error reaches the shell; FolderFailed is left to the caller.
+WriteOutcome WriteByFormat(FFFilter& f, const std::string& folder, int format,
+                           const FilterEnv& env, ConvertReport* report);
+
+// The description of a FolderFailed outcome, for the caller's message.
+std::string UnusableFolder(const std::string& folder);
+
+// "Use Filter Name as File Name": the file name is made from the title.
+void ApplyNameRule(FFFilter& f, const FilterOptions& options);
+// Creates the folder (and the folders above it) when missing.
+bool MakeFolder(const std::string& folder);
 
 // The file name of an entry or a source made safe to join to a folder: a
 // separator inside it would lead the writer out of the target folder.

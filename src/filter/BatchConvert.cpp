@@ -1,0 +1,257 @@
+#include "filter/BatchConvert.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <random>
+
+#include "filter/Dispatch.h"
+#include "filter/LabelShortening.h"
+#include "filter/Paths.h"
+#include "filter/PluginCompiler.h"
+#include "filter/TextFormats.h"
+
+namespace trel {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Passes everything on and notes whether the writer reported an error.
+class ErrorWatch : public ShellHooks {
+ public:
+  explicit ErrorWatch(ShellHooks& inner) : inner_(inner) {}
+  MsgResult MsgBox(const std::string& text, MsgButtons buttons, MsgIcon icon,
+                   const std::string& title) override {
+    return inner_.MsgBox(text, buttons, icon, title);
+  }
+  void ErrorMessage(const std::string& description) override {
+    ++errors;
+    inner_.ErrorMessage(description);
+  }
+  bool ErrorMessage2(const std::string& description) override {
+    ++errors;
+    return inner_.ErrorMessage2(description);
+  }
+  void RefreshActivePane() override { inner_.RefreshActivePane(); }
+  void MarkMemorySpot(int spot) override { inner_.MarkMemorySpot(spot); }
+  bool IsMemorySpotMarked(int spot) const override { return inner_.IsMemorySpotMarked(spot); }
+  void StatusDisplay(const std::string& text) override { inner_.StatusDisplay(text); }
+  bool EscapePressed() override { return inner_.EscapePressed(); }
+
+  int errors = 0;
+
+ private:
+  ShellHooks& inner_;
+};
+
+// A fresh scratch folder inside `folder`, so that moving its files into
+// `folder` is a rename on one file system.
+bool MakeStage(const std::string& folder, std::string& stage) {
+  static std::mt19937 random{std::random_device{}()};
+  for (int attempt = 0; attempt < 16; ++attempt) {
+    stage = folder + ".trel-stage-" + std::to_string(random() % 1000000000u) + kPathSeparator;
+    std::error_code ec;
+    if (fs::create_directory(stage, ec)) return true;
+  }
+  return false;
+}
+
+// The AFS and PFF writers don't truncate an existing file: a shorter filter
+// leaves the old file's tail behind it. The stage starts from the old file so
+// that this stays true.
+std::string UntruncatedTarget(const FFFilter& f, int format) {
+  const std::string ext = format == kFormatAFS ? ".afs" : ".pff";
+  std::string name = f.filename;
+  if (name.find('.') == std::string::npos) name += ext;
+  return name.substr(0, name.size() - std::min<size_t>(4, name.size())) + ext;
+}
+
+}  // namespace
+
+std::string UnusableFolder(const std::string& folder) {
+  return folder + ": nothing can be written into this folder";
+}
+
+namespace {
+
+void Progress(ShellHooks& shell, size_t index, size_t count) {
+  shell.StatusDisplay(std::to_string(index) + " of " + std::to_string(count));
+}
+
+}  // namespace
+
+int SkipExistingTargets::OverwriteCheck(const std::string&, const std::string& targetPath) {
+  if (targetPath.empty()) return kOverwriteGo;
+  std::error_code ec;
+  return fs::exists(targetPath, ec) ? kOverwriteSkip : kOverwriteGo;
+}
+
+std::string ConfinedFilename(const std::string& filename) {
+  std::string name = filename;
+  std::replace(name.begin(), name.end(), kPathSeparator, '_');
+  return name;
+}
+
+void ApplyNameRule(FFFilter& f, const FilterOptions& options) {
+  if (options.useFilterNameAsFileName) f.filename = RemoveChars(f.title);
+}
+
+bool MakeFolder(const std::string& folder) {
+  std::error_code ec;
+  fs::create_directories(folder, ec);
+  return fs::is_directory(folder, ec);
+}
+
+WriteOutcome WriteByFormat(FFFilter& f, const std::string& folderIn, int format,
+                           const FilterEnv& env, ConvertReport* report) {
+  if (format < kFormat8bf || format > kFormatTXT) return WriteOutcome::WriterFailed;
+  const std::string folder = WithTrailingSeparator(folderIn);
+  std::string stage;
+  if (!MakeStage(folder, stage)) {
+    if (report) ++report->failed;
+    return WriteOutcome::FolderFailed;
+  }
+  std::error_code ec;
+  f.filename = ConfinedFilename(f.filename);
+  if (format == kFormatAFS || format == kFormatPFF) {
+    const std::string name = UntruncatedTarget(f, format);
+    if (fs::is_regular_file(folder + name, ec)) fs::copy_file(folder + name, stage + name, ec);
+  }
+
+  ErrorWatch watch(env.hooks());
+  FilterEnv staged{env.options, &watch};
+  switch (format) {
+    case kFormat8bf: Write8bf(f, stage, false, false, staged); break;
+    case kFormatPRM: WritePRM(f, stage, staged); break;
+    case kFormatTF: WriteTF(f, stage, staged); break;
+    case kFormatAFS: Writeafspff(f, stage, 0, staged); break;
+    case kFormatPFF: Writeafspff(f, stage, 1, staged); break;
+    default: WriteTXT(f, stage, false, staged); break;
+  }
+
+  std::vector<std::string> made;
+  if (watch.errors == 0) {
+    for (const auto& entry : fs::directory_iterator(stage, ec)) {
+      const std::string name = entry.path().filename().string();
+      if (entry.is_regular_file(ec) && name.rfind(".~", 0) != 0) made.push_back(name);
+    }
+    std::sort(made.begin(), made.end());
+  }
+  bool moved = !made.empty();
+  for (const auto& name : made) {
+    fs::rename(stage + name, folder + name, ec);
+    if (ec) {
+      env.hooks().ErrorMessage(folder + name + ": " + ec.message());
+      moved = false;
+    } else if (report) {
+      report->written.push_back(folder + name);
+    }
+  }
+  fs::remove_all(stage, ec);
+  if (!moved && report) ++report->failed;
+  return moved ? WriteOutcome::Written : WriteOutcome::WriterFailed;
+}
+
+ConvertReport cmd_Convert(FFFilter& f, const ConvertRequest& request, OverwriteChecker& check,
+                          const FilterEnv& env) {
+  ConvertReport report;
+  ShellHooks& shell = env.hooks();
+  const int format = request.format;
+
+  if (!request.useClipboard && request.activeView == 3) {
+    if (request.library)
+      cmd_Extract(f, *request.library, request.selectedEntries, format, request.targetFolder,
+                  check, env, report);
+    return report;
+  }
+
+  if (request.useClipboard) {
+    report.clipboardOptionOn = true;
+    if (!request.clipboardText) return report;  // no text: nothing happens, the box stays on
+    const std::string programFolder = WithTrailingSeparator(
+        env.options.programFolder.empty() ? std::string(".") : env.options.programFolder);
+    const std::string temp = programFolder + "Temp.txt";
+    {
+      std::ofstream out(temp, std::ios::binary | std::ios::trunc);
+      out << *request.clipboardText << "\r\n";
+      if (!out) {
+        shell.ErrorMessage(temp + ": can't be written");
+        return report;
+      }
+    }
+    check.OverwriteCheck("", "");
+    if (ReadTXT(f, programFolder, "Temp.txt", false, false, env)) {
+      ++report.read;
+      const std::string folder = WithTrailingSeparator(request.targetFolder);
+      const int answer = check.OverwriteCheck("", folder + GetFilname(format, f.filename,
+                                                                      env.options));
+      if (answer == kOverwriteStop) {
+        // Cancelled at the question: Temp.txt stays behind, as does the box.
+        report.stopped = true;
+        check.OverwriteCheck("", "");
+        return report;
+      }
+      if (answer == kOverwriteGo) {
+        ApplyNameRule(f, env.options);
+        WriteByFormat(f, folder, format, env, &report);
+      } else {
+        ++report.skipped;
+      }
+    } else {
+      ++report.unreadable;
+    }
+    std::error_code ec;
+    fs::remove(temp, ec);
+    report.clipboardOptionOn = false;
+    check.OverwriteCheck("", "");
+    return report;
+  }
+
+  if (request.activeView >= 3 || request.selection.empty()) return report;
+  std::string folder = WithTrailingSeparator(request.targetFolder);
+  check.OverwriteCheck("", "");
+  const size_t count = request.selection.size();
+  for (size_t i = 0; i < count && !report.stopped; ++i) {
+    if (shell.EscapePressed()) {
+      report.stopped = true;
+      break;
+    }
+    const std::string& source = request.selection[i];
+    std::string sourceFolder, name;
+    SplitPath(source, sourceFolder, name);
+    if (LastFour(name) == ".ffl") {
+      // The sub folder replaces the target for the rest of the run, so a second
+      // library lands inside the first one's folder.
+      if (request.createSubFolders)
+        folder = WithTrailingSeparator(folder + name.substr(0, name.size() - 4));
+      Convertffl(f, source, folder, format, env, &report, &check, request.askForLibraryEntries);
+    } else if (ReadFFfile(f, source, env)) {
+      ++report.read;
+      // The question sees the name from before the name rule: it may ask about
+      // another file than the one then written.
+      const int answer = check.OverwriteCheck(source, folder + GetFilname(format, f.filename,
+                                                                          env.options));
+      if (answer == kOverwriteStop) {
+        report.stopped = true;
+        break;
+      }
+      if (answer == kOverwriteGo) {
+        ApplyNameRule(f, env.options);
+        if (WriteByFormat(f, folder, format, env, &report) == WriteOutcome::FolderFailed &&
+            !shell.ErrorMessage2(UnusableFolder(folder))) {
+          report.stopped = true;
+        }
+      } else {
+        ++report.skipped;
+      }
+    } else {
+      ++report.unreadable;
+    }
+    Progress(shell, i + 1, count);
+  }
+  check.OverwriteCheck("", "");
+  shell.StatusDisplay("");
+  return report;
+}
+
+}  // namespace trel
