@@ -17,14 +17,14 @@ std::string Latin1ToUtf8(const std::string& bytes) {
   return out;
 }
 
-nlohmann::json FilterToJson(const FFFilter& f) {
-  nlohmann::json maps = nlohmann::json::array();
+nlohmann::ordered_json FilterToJson(const FFFilter& f) {
+  nlohmann::ordered_json maps = nlohmann::ordered_json::array();
   for (const auto& name : f.mapName) maps.push_back(Latin1ToUtf8(name));
-  nlohmann::json controls = nlohmann::json::array();
+  nlohmann::ordered_json controls = nlohmann::ordered_json::array();
   for (const auto& name : f.ctlName) controls.push_back(Latin1ToUtf8(name));
-  nlohmann::json values = nlohmann::json::array();
+  nlohmann::ordered_json values = nlohmann::ordered_json::array();
   for (const auto value : f.ctlValue) values.push_back(value);
-  nlohmann::json j;
+  nlohmann::ordered_json j;
   j["filename"] = Latin1ToUtf8(f.filename);
   j["category"] = Latin1ToUtf8(f.category);
   j["title"] = Latin1ToUtf8(f.title);

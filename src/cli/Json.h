@@ -13,6 +13,6 @@ namespace trel::cli {
 // characters, so the JSON stays valid UTF-8 whatever a file holds.
 std::string Latin1ToUtf8(const std::string& bytes);
 
-nlohmann::json FilterToJson(const FFFilter& f);
+nlohmann::ordered_json FilterToJson(const FFFilter& f);
 
 }  // namespace trel::cli
