@@ -1,0 +1,57 @@
+// The rows of a pane's file list (ListView1): name, size and date, and the icon
+// number that tells a row's kind. Sorting happens here, on typed keys, so a
+// column of sizes or dates sorts by value in both directions.
+#pragma once
+
+#include <QAbstractTableModel>
+#include <QIcon>
+#include <QString>
+#include <array>
+#include <cstdint>
+#include <vector>
+
+namespace trel {
+
+struct LvItem {
+  QString text;      // a folder's text starts with a blank, the parent entry is " .."
+  QString sizeText;  // sub-item 1
+  QString dateText;  // sub-item 2
+  int icon = 3;
+  int64_t length = -1;
+  int64_t modified = 0;
+  bool hasTime = false;
+};
+
+class FileListModel : public QAbstractTableModel {
+  Q_OBJECT
+ public:
+  enum Column { kName = 0, kSize = 1, kDate = 2 };
+  static constexpr int kIconRole = Qt::UserRole + 1;
+
+  explicit FileListModel(QObject* parent = nullptr);
+
+  int rowCount(const QModelIndex& parent = {}) const override;
+  int columnCount(const QModelIndex& parent = {}) const override;
+  QVariant data(const QModelIndex& index, int role) const override;
+  QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+  void sort(int column, Qt::SortOrder order) override;
+
+  void SetItems(std::vector<LvItem> items);
+  void Clear();
+  void RemoveRow(int row);
+  const LvItem& item(int row) const { return items_[static_cast<size_t>(row)]; }
+  const std::vector<LvItem>& items() const { return items_; }
+  int FindText(const QString& text) const;  // -1 when absent
+
+  // Larger icons for the icon view.
+  void SetLargeIcons(bool large);
+
+ private:
+  std::vector<LvItem> items_;
+  bool largeIcons_ = false;
+};
+
+// The icon of an icon number, drawn once and cached.
+QIcon IconForKind(int icon, bool large);
+
+}  // namespace trel

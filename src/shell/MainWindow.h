@@ -1,0 +1,167 @@
+// Form1, the main window: two panes, the menus, the toolbar and the command
+// row, the start-up and shutdown orders, and the routes by which a double click
+// reaches the other windows of the program. The per-pane state lives in the
+// panes; what spans both (the active pane, the shared sort directions, the
+// options, the folders list) lives here.
+#pragma once
+
+#include <QHash>
+#include <QMainWindow>
+#include <QPointer>
+#include <QTimer>
+#include <array>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "settings/Preferences.h"
+#include "shell/FilePane.h"
+#include "shell/MessageShell.h"
+#include "shell/PaneRules.h"
+#include "shell/Splash.h"
+
+class QAction;
+class QActionGroup;
+class QLabel;
+class QMenu;
+class QPushButton;
+class QToolBar;
+
+namespace trel {
+
+class SettingsStore;
+
+
+class MainWindow : public QMainWindow {
+  Q_OBJECT
+ public:
+  static constexpr int kVersionMajor = 1;
+  static constexpr int kVersionMinor = 0;
+
+  // `programFolder` ends in a separator; `store` outlives the window.
+  MainWindow(SettingsStore& store, std::string programFolder, QWidget* parent = nullptr);
+  ~MainWindow() override;
+
+  // --- start and end
+  void Form_Initialize();
+  // Runs the start-up order; `commandLine` is taken as one path.
+  void Form_Load(const QString& commandLine);
+  // Writes the state of the run; called when the window closes.
+  void Form_Unload();
+  bool firstRun() const { return firstRun_; }
+  Splash* splash() const { return splash_; }
+
+  // --- panes
+  FilePane* pane(int index) const { return panes_[static_cast<size_t>(index & 1)]; }
+  int ActivePane() const { return activePane_; }
+  void Switchit(int pane);
+  void RefreshFile1(int pane);
+  void RefreshFile1C(int pane);
+  void RefreshBoth();
+  void Image4_Click(int pane);  // synchronise the other pane
+  void Image6_Click(int pane);  // the fixed folder
+  void mnuFileViewMode_Click(int mode);
+  void mnuRefresh_Click();
+  void File1_DblClick(int pane);
+  std::array<bool, 3>& ColumnSortAscending() { return shared_.columnSortAscending; }
+  Preferences& prefs() { return prefs_; }
+
+  // --- the folders menu and its list
+  const std::vector<std::string>& folderList() const { return folderList_; }
+  void mnuDirectorys_Click(int index);
+  void ListToMenu(int list);
+
+  // --- routes to the windows of other parts of the program. Each reports the
+  // route it took through routeTaken; the windows complete them.
+  void LoadintoFFEditor(const QString& path);
+  void LoadintoPicView(const QString& path);
+  void ConvertFFL(const QString& path);
+  void cmd_PlugInInformation(const QString& path);
+  void mnuFileInformation_Click();
+  void ShellOpen(const QString& path);
+  // Replaces how files are handed to the desktop (tests record instead).
+  void SetShellOpener(std::function<bool(const QString&)> opener) { shellOpener_ = std::move(opener); }
+  // Whether a .txt file reads as a filter source (the editor then opens it).
+  void SetTxtSourceTest(std::function<bool(const QString&)> test) { txtSourceTest_ = std::move(test); }
+  void SetPluginTypeExtensions(std::vector<std::string> extensions) {
+    pluginTypeExtensions_ = std::move(extensions);
+  }
+
+  // --- commands and their availability
+  QAction* command(const QString& objectName) const { return commands_.value(objectName); }
+  // Marks a command as built; Switchit then enables it by the view.
+  void SetCommandAvailable(const QString& objectName, bool available);
+
+  // --- layout
+  void Form_Resize();
+  int layoutCount() const { return layoutCount_; }
+  // How the window learns that the left mouse button is held (tests replace it).
+  void SetLeftButtonProbe(std::function<bool()> probe) { leftButtonDown_ = std::move(probe); }
+  QTimer* Timer2() { return &timer2_; }
+  MessageShell& messages() { return messages_; }
+
+ signals:
+  void routeTaken(const QString& route, const QString& path);
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+ private:
+  void BuildMenus();
+  void BuildCentral();
+  QAction* AddCommand(QMenu* menu, const char* objectName, const QString& caption, bool available);
+  void SplashStatus(const QString& text);
+  void UnloadSplash();
+  void ConnectPane(FilePane* pane);
+  void ShowViewModeMenu(int pane, QPoint globalPos);
+  void FolderVisited(int pane);
+  void StartWithFile(const QString& commandLine);
+  void ApplyPlacement();
+  void mnuTip_Click();
+  void ShowAbout();
+  // Steps of the start-up order that belong to the FF Editor; kept in their
+  // place and completed with the editor.
+  void LookforInterface();
+  void SelectInterfaceEntry();
+  void ToggleFFUI(const std::string& tempDll);
+  void LoadFFEditorHidden();
+  void GetIcons();
+  void AttachMenuBitmaps();
+
+  SettingsStore& store_;
+  std::string programFolder_;
+  MessageShell messages_;
+  PaneShared shared_;
+  Preferences prefs_;
+  std::array<FilePane*, 2> panes_{};
+  int activePane_ = 0;
+  std::array<bool, 2> pluginViewFresh_{false, false};
+  std::string interfaceFile_;
+  bool firstRun_ = false;
+  bool unloaded_ = false;
+  std::vector<std::string> folderList_;
+  std::vector<std::string> pluginTypeExtensions_;
+  QPointer<Splash> splash_;
+
+  QHash<QString, QAction*> commands_;
+  QHash<QString, bool> built_;
+  QMenu* folderMenu_ = nullptr;
+  QMenu* viewModeMenu_ = nullptr;
+  std::array<QAction*, 5> viewModeActions_{};
+  std::vector<QAction*> folderEntries_;
+  std::array<QPushButton*, 6> commandButtons_{};
+  QToolBar* toolbar_ = nullptr;
+  QLabel* label3_ = nullptr;
+  QLabel* label4_ = nullptr;
+  QWidget* host_ = nullptr;     // the client area
+  QWidget* content_ = nullptr;  // everything in it, laid out by Qt
+  QTimer timer2_;
+  int layoutCount_ = 0;
+  std::function<bool()> leftButtonDown_;
+  std::function<bool(const QString&)> shellOpener_;
+  std::function<bool(const QString&)> txtSourceTest_;
+};
+
+}  // namespace trel
