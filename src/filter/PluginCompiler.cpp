@@ -1,0 +1,419 @@
+#include "filter/PluginCompiler.h"
+
+#include <fstream>
+#include <iterator>
+#include <optional>
+
+#include "filter/ByteHelpers.h"
+#include "filter/CodeRewrite.h"
+#include "filter/DemoPlugin.h"
+#include "filter/LabelShortening.h"
+#include "filter/Paths.h"
+#include "filter/PremiereProbe.h"
+#include "filter/SafeTarget.h"
+#include "filter/TemplateLayout.h"
+
+namespace trel {
+namespace {
+
+namespace L = layout;
+
+struct ChosenTemplate {
+  std::string path;
+  int shift = 0;
+  bool mac = false;
+};
+
+std::optional<std::string> ReadWholeFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) return std::nullopt;
+  std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  if (in.bad()) return std::nullopt;
+  return bytes;
+}
+
+// The template of the frame "Photoshop FF Compilation"; an error text when
+// there is none to use.
+std::optional<ChosenTemplate> ChooseTemplate(const FilterOptions& options, std::string& error) {
+  const CompileOptions& compile = options.compile;
+  const std::string& folder = options.programFolder;
+  switch (compile.templateChoice) {
+    case CompileTemplate::FilterFactory304:
+      return ChosenTemplate{folder + L::kPhoto304, L::kShift304, false};
+    case CompileTemplate::Macintosh:
+      return ChosenTemplate{folder + L::kPhotoMac, L::kShiftMac, true};
+    case CompileTemplate::CustomPath: {
+      if (compile.templatePath.empty()) break;
+      const int64_t size = FileLength(compile.templatePath);
+      if (size == L::kPhoto304Size) return ChosenTemplate{compile.templatePath, L::kShift304, false};
+      if (size == L::kWideAboutSize) return ChosenTemplate{compile.templatePath, L::kShiftWideAbout, false};
+      if (size == L::kPhoto30Size) return ChosenTemplate{compile.templatePath, L::kShift30, false};
+      error = size < 0 ? "The template " + compile.templatePath + " doesn't exist."
+                       : "The template " + compile.templatePath +
+                             " is no Filter Factory plugin of a usable size (49152, 49664 or 57344 bytes).";
+      return std::nullopt;
+    }
+    case CompileTemplate::FilterFactory30:
+      break;
+  }
+  return ChosenTemplate{folder + L::kPhoto30, L::kShift30, false};
+}
+
+// Starts a target as a byte copy of its template in a temporary file beside
+// it; nothing replaces the target until Commit, so a failure keeps what stood there.
+bool StartFromTemplate(SafeTarget& target, const std::string& templatePath, std::string& error) {
+  const auto bytes = ReadWholeFile(templatePath);
+  if (!bytes || bytes->empty()) {
+    error = "The template " + templatePath + " can't be read.";
+    return false;
+  }
+  if (!target.file()) {
+    error = target.error();
+    return false;
+  }
+  target.file()->WriteAt(1, *bytes);
+  return true;
+}
+
+void PutLength(BinFile& file, int64_t position, const std::string& text) {
+  file.PutAt(position, static_cast<uint8_t>(text.size()));
+}
+
+// A Pascal string with its text closed by a 0 byte, as every reader of the
+// menu data stops at the 0.
+void PutPascal(BinFile& file, int64_t lengthPosition, const std::string& text) {
+  PutLength(file, lengthPosition, text);
+  string2bytes(text, lengthPosition + 1, file);
+}
+
+void PutCode(BinFile& file, int64_t position, const std::string& code) {
+  // The four zeros clear the end of whatever code stood there before.
+  file.WriteAt(position, code);
+  file.Write(std::string(4, '\0'));
+}
+
+void PutWord(BinFile& file, int64_t position, uint16_t value) {
+  file.PutAt(position, static_cast<uint8_t>(value & 0xFF));
+  file.Put(static_cast<uint8_t>(value >> 8));
+}
+
+// The about text of the templates with shift -4668: author and copyright as
+// 16-bit characters, 60 characters at most, then three dots.
+std::string WideAboutText(const std::string& author, const std::string& copyright) {
+  std::string out;
+  int counted = 0;
+  auto take = [&](const std::string& text) {
+    for (char c : text) {
+      if (counted == 60) return false;
+      out += c;
+      out += '\0';
+      ++counted;
+    }
+    return counted < 60;
+  };
+  bool full = !take(author);
+  if (!full) {
+    out += " ";
+    out += '\0';
+    out += "(";
+    out += '\0';
+    full = !take(copyright);
+  }
+  if (counted == 60) full = true;
+  if (!full) return out + ")";
+  out.resize(114);
+  out += std::string(".\0.\0.\0", 6);
+  return out;
+}
+
+// Flags and names of maps and controls, shared by the Windows forms and the
+// Premiere ones: a map wins over its control pair, whose names are then lost.
+struct NameLayout {
+  int64_t mapFlags, ctlFlags, mapNames, ctlNames;
+};
+
+void PutMapsAndControls(BinFile& file, const FFFilter& f, int shift, const NameLayout& at) {
+  for (int i = 0; i < 4; ++i) {
+    const int64_t mapFlag = shift + at.mapFlags + 4 * i;
+    const int64_t firstFlag = shift + at.ctlFlags + 8 * i;
+    if (!f.mapName[i + 1].empty()) {
+      file.PutAt(mapFlag, 1);
+      string2bytes(f.mapName[i + 1], shift + at.mapNames + 256 * i, file);
+      file.PutAt(firstFlag, 0);
+      file.PutAt(firstFlag + 4, 0);
+      continue;
+    }
+    for (int k = 0; k < 2; ++k) {
+      const std::string& name = f.ctlName[2 * i + k + 1];
+      file.PutAt(firstFlag + 4 * k, name.empty() ? 0 : 1);
+      if (!name.empty()) string2bytes(name, shift + at.ctlNames + 512 * i + 256 * k, file);
+    }
+    file.PutAt(mapFlag, 0);
+  }
+}
+
+// The Macintosh dialog is narrow: names above 10 characters are squeezed, and
+// the length byte keeps the original length on purpose (the reader cuts to it).
+void PutMacName(BinFile& file, int64_t lengthPosition, const std::string& name) {
+  std::string text = name;
+  if (text.size() > 10) {
+    std::string label = name;
+    text = RemoveVocals(label);
+  }
+  PutLength(file, lengthPosition, name);
+  string2bytes(text, lengthPosition + 1, file);
+}
+
+void PutMacMapsAndControls(BinFile& file, const FFFilter& f) {
+  for (int i = 0; i < 4; ++i) {
+    const int64_t firstFlag = L::kMacCtlFlags + 8 * i;
+    if (!f.mapName[i + 1].empty()) {
+      file.PutAt(L::kMacMapFlags + 4 * i, 1);
+      PutMacName(file, L::kMacMapNames + 256 * i, f.mapName[i + 1]);
+      file.PutAt(firstFlag, 0);
+      file.PutAt(firstFlag + 4, 0);
+      continue;
+    }
+    for (int k = 0; k < 2; ++k) {
+      const std::string& name = f.ctlName[2 * i + k + 1];
+      file.PutAt(firstFlag + 4 * k, name.empty() ? 0 : 1);
+      if (!name.empty()) PutMacName(file, L::kMacCtlNames + 512 * i + 256 * k, name);
+    }
+    file.PutAt(L::kMacMapFlags + 4 * i, 0);
+  }
+}
+
+// MacBinary II keeps a CRC-16 (CCITT, XMODEM form) of the first 124 header
+// bytes; a decoder that finds it wrong takes the file for an older format.
+void UpdateMacBinaryCrc(BinFile& file) {
+  const std::string header = file.Read(1, 124);
+  uint16_t crc = 0;
+  for (unsigned char byte : header) {
+    crc ^= static_cast<uint16_t>(byte << 8);
+    for (int bit = 0; bit < 8; ++bit)
+      crc = static_cast<uint16_t>((crc & 0x8000) ? (crc << 1) ^ 0x1021 : crc << 1);
+  }
+  file.PutAt(125, static_cast<uint8_t>(crc >> 8));
+  file.Put(static_cast<uint8_t>(crc & 0xFF));
+}
+
+std::string WithoutLastFour(const std::string& name) { return name.substr(0, name.size() - 4); }
+
+bool EndsWithLower(const std::string& name, const std::string& suffix) {
+  return name.size() >= suffix.size() && ToLower(name.substr(name.size() - suffix.size())) == suffix;
+}
+
+void PatchPhotoshop(BinFile& file, FFFilter& f, const ChosenTemplate& chosen, bool toTemp,
+                    bool editorPlugin, const CompileOptions& options) {
+  const int shift = chosen.shift;
+  if (chosen.mac) {
+    std::string inner = RemoveChars(f.title);
+    // The wrapper's name field has room for 63 characters; more would run
+    // into the file type behind it.
+    if (inner.size() > static_cast<size_t>(L::kMacNameRoom)) inner.resize(static_cast<size_t>(L::kMacNameRoom));
+    PutPascal(file, L::kMacNameLength, inner);
+    PutPascal(file, L::kMacTitleLength, f.title);
+    PutPascal(file, L::kMacCategoryLength, f.category);
+    PutPascal(file, L::kMacBlockCategory, f.category);
+    PutPascal(file, L::kMacBlockTitle, f.title);
+    PutPascal(file, L::kMacCopyright, f.copyright);
+    PutPascal(file, L::kMacAuthor, f.author);
+    PutMacMapsAndControls(file, f);
+    for (int i = 1; i <= 8; ++i) file.PutAt(L::kMacCtlValues + 4 * (i - 1), f.ctlValue[i]);
+  } else {
+    if (shift == L::kShiftWideAbout) {
+      PutPascal(file, L::kWideTitleLength, f.title);
+      PutPascal(file, L::kWideCategoryLength, f.category);
+      const std::string about = WideAboutText(f.author, f.copyright);
+      file.WriteAt(L::kWideAboutText, about);
+      file.Put(0);
+    } else {
+      // No length is checked: a title over 50 characters runs into the
+      // category's length byte, which is written after it.
+      PutPascal(file, shift + L::kTitleLength, f.title);
+      PutPascal(file, shift + L::kCategoryLength, f.category);
+    }
+    string2bytes(f.category, shift + L::kBlockCategory, file);
+    string2bytes(f.title, shift + L::kBlockTitle, file);
+    string2bytes(f.copyright, shift + L::kCopyright, file);
+    string2bytes(f.author, shift + L::kAuthor, file);
+    PutMapsAndControls(file, f, shift, {L::kMapFlags, L::kCtlFlags, L::kMapNames, L::kCtlNames});
+    for (int i = 1; i <= 8; ++i) file.PutAt(shift + L::kCtlValues + 4 * (i - 1), f.ctlValue[i]);
+  }
+
+  if (!f.isPhotoshop) {
+    f.codeB = Correctprmcode(f.codeB);
+    f.codeG = Correctprmcode(f.codeG);
+    f.codeR = Correctprmcode(f.codeR);
+    f.codeA = Correctprmcode(f.codeA);
+  }
+  if (chosen.mac) CorrectCodeForMac(f);
+  // Red to alpha: a code over 1023 bytes is overwritten by the next channel.
+  PutCode(file, shift + L::kCodeR, f.codeR);
+  PutCode(file, shift + L::kCodeG, f.codeG);
+  PutCode(file, shift + L::kCodeB, f.codeB);
+  PutCode(file, shift + L::kCodeA, f.codeA);
+  file.PutAt(shift + L::kStandAlone, (options.editorPlugin || editorPlugin) ? 0 : 1);
+
+  if (!toTemp && !chosen.mac) {
+    PutWord(file, shift == L::kShiftWideAbout ? L::kWideAllModes : shift + L::kAllModes,
+            options.allModes ? 65535 : 16);
+    if (options.demoPlugin) DemoPlugin(file, shift, true, true, true);
+    if (options.encrypted) {
+      if (!options.demoPlugin) DemoPlugin(file, shift, false, false, true);
+      RandomFileSize(file);
+    }
+  }
+  if (chosen.mac) UpdateMacBinaryCrc(file);
+}
+
+}  // namespace
+
+void Write8bf(FFFilter& f, std::string folder, bool toTemp, bool editorPlugin, const FilterEnv& env) {
+  const CompileOptions& options = env.options.compile;
+  folder = WithTrailingSeparator(folder);
+  if (f.filename.find('.') == std::string::npos && !EndsWithLower(f.filename, "_8bf")) f.filename += ".8bf";
+
+  std::string error;
+  std::optional<ChosenTemplate> chosen =
+      toTemp ? ChosenTemplate{env.options.programFolder + L::kPhoto30, L::kShift30, false}
+             : ChooseTemplate(env.options, error);
+  if (!chosen) {
+    env.hooks().ErrorMessage(error);
+    return;
+  }
+  if (f.filename.size() < 4) {
+    env.hooks().ErrorMessage("The file name " + f.filename + " is too short for a plugin.");
+    return;
+  }
+  std::string target = folder + WithoutLastFour(f.filename) + (chosen->mac ? ".bin" : ".8bf");
+  if (f.category == "[Premiere FF]") f.category = "Premiere(converted)";
+  if (options.demoPlugin && !chosen->mac) f.title += " Demo...";
+  if (f.title.size() > 255 || f.category.size() > 255) {
+    env.hooks().ErrorMessage("The title or the category of " + f.filename +
+                             " is longer than the 255 characters a plugin can hold.");
+    return;
+  }
+
+  if (toTemp) target = WithTrailingSeparator(env.options.programFolder) + L::kTempPlugin;
+  // The preview copy is patched where it stands, unless it has gone missing;
+  // a real compile always starts from a fresh copy of the template.
+  const bool fromTemplate = !toTemp || !FileExists(target);
+  SafeTarget out(target, !fromTemplate);
+  if (fromTemplate && !StartFromTemplate(out, chosen->path, error)) {
+    env.hooks().ErrorMessage(error);
+    return;
+  }
+  if (!out.file()) {
+    env.hooks().ErrorMessage(out.error());
+    return;
+  }
+  BinFile& file = *out.file();
+  if (!toTemp && (options.bigPreview || options.megaPreview) &&
+      (chosen->shift == L::kShift30 || chosen->shift == L::kShift304)) {
+    const int64_t at = chosen->shift + L::kDialogLayout;
+    if (options.bigPreview) file.WriteAt(at, L::DialogLayoutBlock(L::DialogSize::Big));
+    if (options.megaPreview) file.WriteAt(at, L::DialogLayoutBlock(L::DialogSize::Mega));
+  }
+  PatchPhotoshop(file, f, *chosen, toTemp, editorPlugin, options);
+  if (!out.Commit()) env.hooks().ErrorMessage(out.error());
+}
+
+namespace {
+
+std::string PremiereTitleField(const FFFilter& f) {
+  // Readprm splits at the first colon and drops the character behind it.
+  const bool noCategory = f.category.empty() || f.category == "[Premiere FF]";
+  if (noCategory) return f.title.find(':') == std::string::npos ? f.title : ": " + f.title;
+  return f.category + ": " + f.title;
+}
+
+// Our own Premiere templates carry a PiPL `name` property that hosts show; it
+// is patched only where the property really stands, never in a foreign template.
+void PutNameProperty(BinFile& file, int64_t property, const std::string& title) {
+  if (file.Read(property, 8) != "MIB8eman") return;
+  std::string text = title.substr(0, static_cast<size_t>(L::kMenuFieldSize - 1));
+  std::string field(static_cast<size_t>(L::kMenuFieldSize), '\0');
+  field[0] = static_cast<char>(text.size());
+  field.replace(1, text.size(), text);
+  file.WriteAt(property + 16, field);
+}
+
+std::string PremiereTargetName(std::string name) {
+  if (name.find('.') == std::string::npos && !EndsWithLower(name, "_prm")) name += ".prm";
+  return name;
+}
+
+// The probes of the readers, on a template. Transition templates get no size
+// test, as ReadTF makes none.
+bool ProbePremiere(BinFile& file, bool transition, int& shift) {
+  if (transition) return TransitionShift(file, shift);
+  const int64_t size = file.Length();
+  if (size != 50176 && size != 50688 && size != 53248) return false;
+  return PremiereFFShift(file, shift);
+}
+
+void WritePremiere(const FFFilter& source, std::string folder, const FilterEnv& env, bool transition) {
+  const CompileOptions& options = env.options.compile;
+  folder = WithTrailingSeparator(folder);
+  std::string templatePath = transition ? options.premiereTFTemplate : options.premiereFFTemplate;
+  if (templatePath.empty())
+    templatePath = env.options.programFolder + (transition ? L::kPremiereTF : L::kPremiereFF);
+
+  FFFilter f = source;
+  f.filename = PremiereTargetName(f.filename);
+  if (f.filename.size() < 4) {
+    env.hooks().ErrorMessage("The file name " + f.filename + " is too short for a plugin.");
+    return;
+  }
+  // Premiere plugins hold Premiere dialect; the record itself is left as it is.
+  if (f.isPhotoshop) Correctcode(f);
+
+  SafeTarget out(folder + WithoutLastFour(f.filename) + ".prm", false);
+  std::string error;
+  if (!StartFromTemplate(out, templatePath, error)) {
+    env.hooks().ErrorMessage(error);
+    return;
+  }
+  BinFile& file = *out.file();
+  int shift = 0;
+  if (!ProbePremiere(file, transition, shift)) {
+    env.hooks().ErrorMessage("The template " + templatePath + " is no Premiere " +
+                             (transition ? "Transition" : "Filter") + " Factory plugin.");
+    return;
+  }
+
+  int64_t copyright, mapFlags, ctlFlags, mapNames, ctlNames, values, codeB, codeG, codeR, codeA;
+  if (transition) {
+    string2bytes(f.title, shift + L::kTfTitle, file);
+    string2bytes(f.transitionName.empty() ? f.title : f.transitionName, shift + L::kTfTransitionName, file);
+    if (shift == 0) PutNameProperty(file, L::kTfNameProperty, f.title);
+    if (shift == 9904) shift += 8;
+    if (shift == 520) shift += 4;
+    copyright = L::kTfCopyright; mapFlags = L::kTfMapFlags; ctlFlags = L::kTfCtlFlags;
+    mapNames = L::kTfMapNames; ctlNames = L::kTfCtlNames; values = L::kTfCtlValues;
+    codeB = L::kTfCodeB; codeG = L::kTfCodeG; codeR = L::kTfCodeR; codeA = L::kTfCodeA;
+  } else {
+    string2bytes(PremiereTitleField(f), shift == -4 ? 29099 : shift + L::kPrmTitle, file);
+    if (shift == 0) PutNameProperty(file, L::kPrmNameProperty, f.title);
+    copyright = L::kPrmCopyright; mapFlags = L::kPrmMapFlags; ctlFlags = L::kPrmCtlFlags;
+    mapNames = L::kPrmMapNames; ctlNames = L::kPrmCtlNames; values = L::kPrmCtlValues;
+    codeB = L::kPrmCodeB; codeG = L::kPrmCodeG; codeR = L::kPrmCodeR; codeA = L::kPrmCodeA;
+  }
+  string2bytes(f.copyright, shift + copyright, file);
+  PutMapsAndControls(file, f, shift, {mapFlags, ctlFlags, mapNames, ctlNames});
+  for (int i = 1; i <= 8; ++i) file.PutAt(shift + values + 4 * (i - 1), f.ctlValue[i]);
+  PutCode(file, shift + codeB, f.codeB);
+  PutCode(file, shift + codeG, f.codeG);
+  PutCode(file, shift + codeR, f.codeR);
+  PutCode(file, shift + codeA, f.codeA);
+  if (!out.Commit()) env.hooks().ErrorMessage(out.error());
+}
+
+}  // namespace
+
+void WritePRM(FFFilter& f, std::string folder, const FilterEnv& env) { WritePremiere(f, folder, env, false); }
+
+void WriteTF(FFFilter& f, std::string folder, const FilterEnv& env) { WritePremiere(f, folder, env, true); }
+
+}  // namespace trel
