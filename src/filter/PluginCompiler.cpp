@@ -288,7 +288,9 @@ void Write8bf(FFFilter& f, std::string folder, bool toTemp, bool editorPlugin, c
   }
   std::string target = folder + WithoutLastFour(f.filename) + (chosen->mac ? ".bin" : ".8bf");
   if (f.category == "[Premiere FF]") f.category = "Premiere(converted)";
-  if (options.demoPlugin && !chosen->mac) f.title += " Demo...";
+  // The preview compile runs on every change in the editor: the title must
+  // not grow there.
+  if (options.demoPlugin && !chosen->mac && !toTemp) f.title += " Demo...";
   if (f.title.size() > 255 || f.category.size() > 255) {
     env.hooks().ErrorMessage("The title or the category of " + f.filename +
                              " is longer than the 255 characters a plugin can hold.");
