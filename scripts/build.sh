@@ -8,6 +8,7 @@ if [[ "${1:-}" == "--sanitize" ]]; then
   dir=build-asan
   flags+=(-DTREL_SANITIZE=ON -DTREL_BUILD_BENCH=OFF -DCMAKE_BUILD_TYPE=Debug)
 fi
-cmake -S . -B "$dir" -G Ninja "${flags[@]}" >/dev/null
-cmake --build "$dir" -j "$(nproc)"
+# Build output goes to stderr; stdout carries only the build folder for callers.
+cmake -S . -B "$dir" -G Ninja "${flags[@]}" >&2
+cmake --build "$dir" -j "$(nproc)" >&2
 echo "$dir"
