@@ -130,10 +130,14 @@ class ChannelCompiler {
   }
 
   int32_t Fold(uint32_t n) {
-    // The subtree reads no pixel, control or state, so an empty environment will do.
+    // The operands are known and the node reads no pixel, control or state,
+    // so an empty environment will do.
+    const Node& node = ast_.at(n);
+    int32_t v[10] = {};
+    for (int k = 0; k < node.kidCount && k < 10; ++k) v[k] = *info_[ast_.kid(node, k)].value;
     PixelEnv env;
     env.z = channel_;
-    return EvaluateTree(ast_, n, env);
+    return ApplyNode(node, v, env);
   }
 
   uint16_t Constant(int32_t value) {
@@ -201,6 +205,81 @@ class ChannelCompiler {
     return in.dst;
   }
 
+  std::optional<int32_t> ConstantIn(uint16_t reg) const {
+    for (const auto& [r, v] : prog_.constants)
+      if (r == reg) return v;
+    return std::nullopt;
+  }
+
+  // The same value for every pixel of a row.
+  bool IsUniform(uint16_t reg) const {
+    return (reg >= kRegY && reg < kFirstFreeReg) || ConstantIn(reg).has_value();
+  }
+
+  // a op b, folded when both are known; a division by a known number gets
+  // its own instruction, which avoids a true division per pixel. The operands
+  // are released only when `release` says they are no longer needed.
+  uint16_t Binary(BinOp op, uint16_t a, uint16_t b, bool release) {
+    std::optional<int32_t> ka = ConstantIn(a), kb = ConstantIn(b);
+    auto done = [&](uint16_t r) {
+      if (release) {
+        Release(a);
+        Release(b);
+      }
+      return r;
+    };
+    if (ka && kb) return done(Constant(BinaryValue(op, *ka, *kb)));
+    Instr in{BinaryCode(op)};
+    in.a = a;
+    in.b = b;
+    if ((op == BinOp::Div || op == BinOp::Mod) && kb) {
+      if (*kb == 0 || (op == BinOp::Mod && (*kb == 1 || *kb == -1))) return done(Constant(0));
+      if (op == BinOp::Div && *kb == 1) {
+        if (release) Release(b);
+        return a;
+      }
+      if (*kb != -1) {
+        in.op = op == BinOp::Div ? OpCode::DivC : OpCode::ModC;
+        in.imm = *kb;
+      }
+    }
+    if (release) {
+      Release(a);
+      Release(b);
+    }
+    in.dst = NewTemp();
+    out_.code.push_back(in);
+    return in.dst;
+  }
+
+  // The arithmetic functions spelled out in operators, so that their divisions
+  // by known numbers and their known parts are simplified like any other.
+  uint16_t Lowered(Fn f, const uint16_t* r) {
+    auto bin = [&](BinOp op, uint16_t a, uint16_t b, bool releaseA, bool releaseB) {
+      uint16_t d = Binary(op, a, b, false);
+      if (releaseA && a != d) Release(a);
+      if (releaseB && b != d) Release(b);
+      return d;
+    };
+    uint16_t res = 0;
+    if (f == Fn::Mix) {  // a*n/d + b*(d-n)/d
+      uint16_t left = bin(BinOp::Mul, r[0], r[2], false, false);
+      left = bin(BinOp::Div, left, r[3], true, false);
+      uint16_t w = bin(BinOp::Sub, r[3], r[2], false, false);
+      uint16_t right = bin(BinOp::Mul, r[1], w, false, true);
+      right = bin(BinOp::Div, right, r[3], true, false);
+      res = bin(BinOp::Add, left, right, true, true);
+    } else if (f == Fn::Scl) {  // ol + (oh-ol)*(a-il)/(ih-il)
+      uint16_t span = bin(BinOp::Sub, r[4], r[3], false, false);
+      uint16_t off = bin(BinOp::Sub, r[0], r[1], false, false);
+      uint16_t prod = bin(BinOp::Mul, span, off, true, true);
+      uint16_t range = bin(BinOp::Sub, r[2], r[1], false, false);
+      uint16_t q = bin(BinOp::Div, prod, range, true, true);
+      res = bin(BinOp::Add, r[3], q, false, true);
+    }
+    return res;
+  }
+
   uint16_t Gen(uint32_t n) {
     const Node& node = ast_.at(n);
     const Info& info = info_[n];
@@ -217,10 +296,7 @@ class ChannelCompiler {
       case NodeKind::Binary: {
         uint16_t a = Gen(ast_.kid(node, 0));
         uint16_t b = Gen(ast_.kid(node, 1));
-        Instr in{BinaryCode(static_cast<BinOp>(node.code))};
-        in.a = a;
-        in.b = b;
-        return Emit(in, {a, b});
+        return Binary(static_cast<BinOp>(node.code), a, b, true);
       }
       case NodeKind::Seq: {
         uint32_t left = ast_.kid(node, 0);
@@ -262,8 +338,29 @@ class ChannelCompiler {
       if (i < 0 || i > 7) return Constant(0);
       return Input(static_cast<FixedReg>(kRegCtl0 + i));
     }
+    int32_t dx = 0, dy = 0;
+    if (f == Fn::Src && Offset(ast_.kid(node, 0), Sym::x, dx) &&
+        Offset(ast_.kid(node, 1), Sym::y, dy) && info_[ast_.kid(node, 2)].value) {
+      // A fixed neighbour of the pixel: read as a run of the row, not pixel by pixel.
+      Input(kRegX);
+      Input(kRegY);
+      Instr in{OpCode::SrcRel};
+      in.imm = *info_[ast_.kid(node, 2)].value;
+      in.extra = static_cast<uint32_t>(dx);
+      in.imm2 = dy;
+      in.dst = NewTemp();
+      out_.code.push_back(in);
+      return in.dst;
+    }
     uint16_t regs[10];
     for (int k = 0; k < count; ++k) regs[k] = Gen(ast_.kid(node, k));
+    if (f == Fn::Mix || f == Fn::Scl) {
+      uint16_t res = Lowered(f, regs);
+      // Arguments stay alive until the whole function is computed.
+      for (int k = 0; k < count; ++k)
+        if (regs[k] != res) Release(regs[k]);
+      return res;
+    }
     Instr in{CallCode(f)};
     in.imm = channel_;
     if (count >= 1) in.a = regs[0];
@@ -278,6 +375,11 @@ class ChannelCompiler {
       Input(kRegX);
       Input(kRegY);
     }
+    if (f == Fn::Cnv) {
+      bool uniform = true;
+      for (int k = 0; k < 9; ++k) uniform = uniform && IsUniform(regs[k]);
+      in.c = uint16_t((uniform ? 1 : 0) | (IsUniform(regs[9]) ? 2 : 0));
+    }
     if (count > 3) {
       in.extra = static_cast<uint32_t>(prog_.args.size());
       for (int k = 0; k < count; ++k) prog_.args.push_back(regs[k]);
@@ -286,6 +388,33 @@ class ChannelCompiler {
     in.dst = NewTemp();
     out_.code.push_back(in);
     return in.dst;
+  }
+
+  // True when `n` is the symbol `s`, or `s` plus or minus a known small number.
+  bool Offset(uint32_t n, Sym s, int32_t& off) const {
+    const Node& node = ast_.at(n);
+    auto is = [&](uint32_t k) {
+      return ast_.at(k).kind == NodeKind::Sym && static_cast<Sym>(ast_.at(k).code) == s;
+    };
+    auto small = [&](uint32_t k, int32_t& v) {
+      const Info& i = info_[k];
+      if (!i.value || *i.value < -(1 << 20) || *i.value > (1 << 20)) return false;
+      v = *i.value;
+      return true;
+    };
+    if (is(n)) {
+      off = 0;
+      return true;
+    }
+    if (node.kind != NodeKind::Binary) return false;
+    uint32_t l = ast_.kid(node, 0), r = ast_.kid(node, 1);
+    int32_t v;
+    if (static_cast<BinOp>(node.code) == BinOp::Add) {
+      if (is(l) && small(r, v)) return off = v, true;
+      if (small(l, v) && is(r)) return off = v, true;
+    }
+    if (static_cast<BinOp>(node.code) == BinOp::Sub && is(l) && small(r, v)) return off = -v, true;
+    return false;
   }
 
   const Ast& ast_;
@@ -301,6 +430,15 @@ class ChannelCompiler {
 
 void CompileChannel(const Ast& ast, int channel, Program& program) {
   ChannelCompiler(ast, channel, program).Run();
+}
+
+bool DependsOnChannel(const Ast& ast) {
+  for (const Node& n : ast.nodes) {
+    if (n.kind == NodeKind::Sym && (static_cast<Sym>(n.code) == Sym::z || static_cast<Sym>(n.code) == Sym::c))
+      return true;
+    if (n.kind == NodeKind::Call && static_cast<Fn>(n.code) == Fn::Cnv) return true;
+  }
+  return false;
 }
 
 }  // namespace trel::ff

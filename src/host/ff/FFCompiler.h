@@ -13,4 +13,7 @@ namespace trel::ff {
 // between the channels of one program.
 void CompileChannel(const Ast& ast, int channel, Program& program);
 
+// True when the expression's value can differ between channels at one pixel.
+bool DependsOnChannel(const Ast& ast);
+
 }  // namespace trel::ff

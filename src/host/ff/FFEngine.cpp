@@ -25,6 +25,7 @@ CompiledFilter CompileFilter(const std::array<std::string, 4>& code, CompileErro
   CompiledFilter result;
   auto prog = std::make_shared<Program>();
   Ast ast;
+  bool independent[4] = {};
   for (int z = 0; z < 4; ++z) {
     ParseError pe;
     if (!ParseExpression(code[z], ast, pe)) {
@@ -32,7 +33,21 @@ CompiledFilter CompileFilter(const std::array<std::string, 4>& code, CompileErro
       return result;
     }
     CompileChannel(ast, z, *prog);
+    independent[z] = !DependsOnChannel(ast);
   }
+  // Filters often give several channels one formula; without side effects
+  // anywhere (a cell written between them would change the value) it is
+  // computed once per pixel.
+  bool effects = false;
+  for (const ChannelCode& ch : prog->channels) effects = effects || ch.sideEffects;
+  for (int z = 1; z < 4 && !effects; ++z)
+    for (int j = 0; j < z; ++j)
+      if (independent[z] && code[j] == code[z] && prog->channels[j].sharedWith < 0) {
+        prog->channels[z].code.clear();
+        prog->channels[z].result = prog->channels[j].result;
+        prog->channels[z].sharedWith = j;
+        break;
+      }
   if (err) *err = CompileError{};
   result.program_ = std::move(prog);
   return result;

@@ -1,6 +1,11 @@
 #include "host/ff/FFMachine.h"
 
+#include <bit>
+#include <cstring>
 #include <type_traits>
+
+static_assert(std::endian::native == std::endian::little,
+              "pixels are read and written as little-endian words");
 
 namespace trel::ff {
 
@@ -14,7 +19,33 @@ struct Ctx {
   RunState* state;
   int32_t y;
   const uint16_t* args;
+  int32_t* scratch;  // two blocks of values
+  int block;
 };
+
+// Channel ch of `row` at columns xs, xs+1, ... xs+len-1, clamped to the row.
+// The middle part reads whole pixels so that it vectorises.
+inline void ReadColumns(const uint8_t* row, int ch, int64_t xs, int len, int32_t width, int32_t* out) {
+  int k = 0;
+  const int32_t firstValue = row[ch];
+  const int32_t lastValue = row[ptrdiff_t(width - 1) * 4 + ch];
+  for (; k < len && xs + k < 0; ++k) out[k] = firstValue;
+  int64_t inside = int64_t(width) - xs;  // columns from xs that lie in the row
+  int end = inside < int64_t(len) ? int(inside < 0 ? 0 : inside) : len;
+  const unsigned shift = unsigned(ch) * 8u;
+  if (k < end) {
+    const uint8_t* p = row + (xs + k) * 4;
+    const int count = end - k;
+    int32_t* o = out + k;
+    for (int i = 0; i < count; ++i) {
+      uint32_t px;
+      std::memcpy(&px, p + i * 4, 4);
+      o[i] = int32_t((px >> shift) & 0xFFu);
+    }
+    k = end;
+  }
+  for (; k < len; ++k) out[k] = lastValue;
+}
 
 inline uint8_t ClampByte(int32_t v) { return static_cast<uint8_t>(v < 0 ? 0 : (v > 255 ? 255 : v)); }
 
@@ -90,7 +121,19 @@ void Exec(const Instr* code, size_t count, int32_t* regs, size_t stride, Len n, 
       case OpCode::Val: TREL_LOOP D[k] = FnVal(c.ctl, A[k], B[k], C[k]); break;
       case OpCode::Map: TREL_LOOP D[k] = FnMap(c.ctl, A[k], B[k]); break;
       case OpCode::Src: TREL_LOOP D[k] = SampleClamped(c.src, c.channels, A[k], B[k], C[k]); break;
-      case OpCode::SrcC: TREL_LOOP D[k] = SampleClamped(c.src, c.channels, A[k], B[k], in.imm); break;
+      case OpCode::SrcC:
+        if (in.b == kRegY && in.imm >= 0 && in.imm < c.channels) {
+          // The current row: only the column needs clamping.
+          const uint8_t* row = ClampedRow(c.src, c.y) + in.imm;
+          const int32_t last = c.src.width - 1;
+          TREL_LOOP {
+            int32_t x = A[k] < 0 ? 0 : (A[k] > last ? last : A[k]);
+            D[k] = row[x * 4];
+          }
+        } else {
+          TREL_LOOP D[k] = SampleClamped(c.src, c.channels, A[k], B[k], in.imm);
+        }
+        break;
       case OpCode::Rad:
         TREL_LOOP D[k] = SampleClamped(c.src, c.channels, Add(c.src.width >> 1, R2x(c.t, A[k], B[k])),
                                        Add(c.src.height >> 1, R2y(c.t, A[k], B[k])), C[k]);
@@ -112,6 +155,33 @@ void Exec(const Instr* code, size_t count, int32_t* regs, size_t stride, Len n, 
         const uint8_t* rows[3] = {ClampedRow(c.src, Sub(c.y, 1)), ClampedRow(c.src, c.y),
                                   ClampedRow(c.src, Add(c.y, 1))};
         const int32_t last = c.src.width - 1;
+        if (in.c & 1) {
+          // Weights known for the whole row: one pass over the row per
+          // non-zero weight, accumulated in scratch.
+          int32_t* acc = c.scratch;
+          int32_t* col = c.scratch + c.block;
+          TREL_LOOP acc[k] = 0;
+          for (int j = 0; j < 9; ++j) {
+            const uint32_t wj = uint32_t(w[j][0]);
+            if (wj == 0) continue;
+            ReadColumns(rows[j / 3], ch, int64_t(X[0]) + (j % 3 - 1), len, c.src.width, col);
+            TREL_LOOP acc[k] = Wrap(uint32_t(acc[k]) + wj * uint32_t(col[k]));
+          }
+          const int32_t dv = w[9][0];
+          if (!(in.c & 2)) {
+            TREL_LOOP D[k] = DivFast(acc[k], w[9][k]);
+          } else if (dv == 0) {
+            TREL_LOOP D[k] = 0;
+          } else if (dv == 1) {
+            TREL_LOOP D[k] = acc[k];
+          } else if (dv == -1) {
+            TREL_LOOP D[k] = Neg(acc[k]);
+          } else {
+            const ConstDivisor cd(dv);
+            TREL_LOOP D[k] = cd.Quot(acc[k]);
+          }
+          break;
+        }
         TREL_LOOP {
           int32_t x = X[k];
           int32_t xs[3] = {x - 1 < 0 ? 0 : x - 1, x, x + 1 > last ? last : x + 1};
@@ -134,6 +204,35 @@ void Exec(const Instr* code, size_t count, int32_t* regs, size_t stride, Len n, 
         }
         break;
       case OpCode::Rnd: TREL_LOOP D[k] = c.state->rng.Next(A[k], B[k]); break;
+      case OpCode::DivC: {
+        const ConstDivisor cd(in.imm);
+        if (cd.shift >= 0) {
+          TREL_LOOP D[k] = cd.QuotShift(A[k]);
+        } else {
+          TREL_LOOP D[k] = cd.QuotMul(A[k]);
+        }
+        break;
+      }
+      case OpCode::ModC: {
+        const ConstDivisor cd(in.imm);
+        if (cd.shift >= 0) {
+          TREL_LOOP D[k] = Sub(A[k], Mul(cd.QuotShift(A[k]), cd.d));
+        } else {
+          TREL_LOOP D[k] = Sub(A[k], Mul(cd.QuotMul(A[k]), cd.d));
+        }
+        break;
+      }
+      case OpCode::SrcRel: {
+        const int ch = in.imm;
+        if (ch < 0 || ch >= c.channels) {
+          TREL_LOOP D[k] = 0;
+          break;
+        }
+        int64_t ys = int64_t(c.y) + in.imm2;
+        const uint8_t* row = ClampedRow(c.src, int32_t(ys < 0 ? -1 : (ys > c.src.height ? c.src.height : ys)));
+        ReadColumns(row, ch, int64_t(R(kRegX)[0]) + int32_t(in.extra), len, c.src.width, D);
+        break;
+      }
       case OpCode::Rst:
         TREL_LOOP {
           c.state->rng.Seed(A[k]);
@@ -153,6 +252,7 @@ Machine::Machine(const Program& prog, const ConstImageView& src, const int32_t* 
   // Keep the register file within the cache even for very long formulas.
   while (block_ > 8 && size_t(prog.regCount) * size_t(block_) > 65536) block_ /= 2;
   regs_.assign(size_t(prog.regCount) * size_t(block_), 0);
+  scratch_.assign(size_t(block_) * 2, 0);
   for (int z = 0; z < channels_; ++z) used_ |= prog.inputsUsed[z];
   auto fill = [&](uint16_t reg, int32_t v) {
     int32_t* p = Reg(reg);
@@ -171,10 +271,27 @@ void Machine::LoadInputs(int x0, int n, uint32_t used) {
   auto uses = [&](int reg) { return (used & (1u << reg)) != 0; };
   const bool needYuv = uses(kRegI) || uses(kRegU) || uses(kRegV);
   const uint8_t* p = src_.pixels + y_ * src_.stride + ptrdiff_t(x0) * 4;
-  for (int ch = 0; ch < channels_; ++ch) {
-    if (!uses(kRegR + ch) && !(needYuv && ch < 3)) continue;
-    int32_t* d = Reg(uint16_t(kRegR + ch));
-    for (int k = 0; k < n; ++k) d[k] = p[k * 4 + ch];
+  bool any = needYuv;
+  for (int ch = 0; ch < channels_; ++ch) any = any || uses(kRegR + ch);
+  if (any) {
+    // Whole pixels as 32-bit words split by shifts: this loop vectorises,
+    // byte-strided reads do not.
+    int32_t *r = Reg(kRegR), *g = Reg(kRegG), *b = Reg(kRegB);
+    for (int k = 0; k < n; ++k) {
+      uint32_t px;
+      std::memcpy(&px, p + k * 4, 4);
+      r[k] = int32_t(px & 0xFFu);
+      g[k] = int32_t((px >> 8) & 0xFFu);
+      b[k] = int32_t((px >> 16) & 0xFFu);
+    }
+    if (channels_ == 4) {
+      int32_t* a = Reg(kRegA);
+      for (int k = 0; k < n; ++k) {
+        uint32_t px;
+        std::memcpy(&px, p + k * 4, 4);
+        a[k] = int32_t(px >> 24);
+      }
+    }
   }
   if (needYuv) {
     const int32_t *r = Reg(kRegR), *g = Reg(kRegG), *b = Reg(kRegB);
@@ -206,12 +323,12 @@ void Machine::LoadInputs(int x0, int n, uint32_t used) {
 }
 
 void Machine::RunBlock(const ChannelCode& code, int n) {
-  Ctx c{tables_, src_, channels_, ctl_, state_, y_, prog_.args.data()};
+  Ctx c{tables_, src_, channels_, ctl_, state_, y_, prog_.args.data(), scratch_.data(), block_};
   Exec(code.code.data(), code.code.size(), regs_.data(), size_t(block_), n, c);
 }
 
 void Machine::RunOne(const ChannelCode& code, int k) {
-  Ctx c{tables_, src_, channels_, ctl_, state_, y_, prog_.args.data()};
+  Ctx c{tables_, src_, channels_, ctl_, state_, y_, prog_.args.data(), scratch_.data(), block_};
   Exec(code.code.data(), code.code.size(), regs_.data() + k, size_t(block_),
        std::integral_constant<int, 1>{}, c);
 }
@@ -223,15 +340,25 @@ void Machine::RunRowBlocks(int y, uint8_t* dstRow) {
   for (int x0 = 0; x0 < src_.width; x0 += block_) {
     const int n = src_.width - x0 < block_ ? src_.width - x0 : block_;
     LoadInputs(x0, n, used_);
+    for (int z = 0; z < channels_; ++z) RunBlock(prog_.channels[z], n);
+    // Each channel's temporaries are its own, so all four results are still
+    // there to be packed into whole pixels at once.
+    const int32_t* res[4];
+    for (int z = 0; z < channels_; ++z) res[z] = Reg(prog_.channels[z].result);
     uint8_t* out = dstRow + ptrdiff_t(x0) * 4;
-    for (int z = 0; z < channels_; ++z) {
-      const ChannelCode& code = prog_.channels[z];
-      RunBlock(code, n);
-      const int32_t* res = Reg(code.result);
-      for (int k = 0; k < n; ++k) out[k * 4 + z] = ClampByte(res[k]);
+    if (channels_ == 4) {
+      for (int k = 0; k < n; ++k) {
+        uint32_t px = uint32_t(ClampByte(res[0][k])) | uint32_t(ClampByte(res[1][k])) << 8 |
+                      uint32_t(ClampByte(res[2][k])) << 16 | uint32_t(ClampByte(res[3][k])) << 24;
+        std::memcpy(out + k * 4, &px, 4);
+      }
+    } else {
+      for (int k = 0; k < n; ++k) {
+        uint32_t px = uint32_t(ClampByte(res[0][k])) | uint32_t(ClampByte(res[1][k])) << 8 |
+                      uint32_t(ClampByte(res[2][k])) << 16 | 0xFF000000u;
+        std::memcpy(out + k * 4, &px, 4);
+      }
     }
-    if (channels_ < 4)
-      for (int k = 0; k < n; ++k) out[k * 4 + 3] = 255;
   }
 }
 
@@ -266,10 +393,12 @@ std::vector<int32_t> Machine::RawRow(int channel, int y, bool ordered) {
     LoadInputs(x0, n, used_ | prog_.inputsUsed[channel]);
     if (ordered) {
       for (int k = 0; k < n; ++k) {
+        if (code.sharedWith >= 0) RunOne(prog_.channels[code.sharedWith], k);
         RunOne(code, k);
         row.push_back(Reg(code.result)[k]);
       }
     } else {
+      if (code.sharedWith >= 0) RunBlock(prog_.channels[code.sharedWith], n);
       RunBlock(code, n);
       const int32_t* res = Reg(code.result);
       row.insert(row.end(), res, res + n);

@@ -45,6 +45,7 @@ class Machine {
   int y_ = 0;
   uint32_t used_ = 0;
   std::vector<int32_t> regs_;
+  std::vector<int32_t> scratch_;
 };
 
 }  // namespace trel::ff

@@ -56,7 +56,10 @@ int32_t C2d(const Tables& t, int32_t x, int32_t y) {
   }
   int64_t a = 0;
   if (ay > 0) {
-    a = (ay << 10) / ax;  // ay <= ax, so 0..1024
+    // ay <= ax, so 0..1024. Both operands are below 2^53 and the quotient is
+    // small, so the double division truncates to the exact integer result
+    // and costs far less than a 64-bit integer division.
+    a = static_cast<int64_t>(double(ay << 10) / double(ax));
     if (a != 0) a = (int64_t(t.atanT[a - 1]) << 9) / 205888;
   }
   if (f & 1) a = 256 - a;
@@ -77,7 +80,8 @@ int32_t C2m(const Tables& t, int32_t x, int32_t y) {
       a = b;
       b = s;
     }
-    f = t.magT[(a << 10) / b];  // a < b, so the index stays below 1024
+    // a < b, so the index stays below 1024; exact as in C2d.
+    f = t.magT[static_cast<int64_t>(double(a << 10) / double(b))];
   }
   return Wrap(uint32_t(uint64_t(((f * b) >> 16) + b)));
 }

@@ -40,6 +40,36 @@ inline int32_t ModFast(int32_t a, int32_t b) {
   int32_t q = static_cast<int32_t>(static_cast<double>(a) / static_cast<double>(safe));
   return (b == 0 || b == -1) ? 0 : Sub(a, Mul(q, safe));
 }
+// Division by a number known before the run (neither 0 nor -1): a shift for
+// powers of two, otherwise a multiplication by the reciprocal in double with a
+// nudge of half a step away from zero. The nudge is far larger than the
+// rounding error and far smaller than the distance of any non-integer
+// quotient to the next integer, so truncation gives the exact result.
+struct ConstDivisor {
+  int32_t d = 1;
+  int shift = -1;  // 0..30 when d is a power of two
+  double inv = 1.0;
+  double half = 0.5;
+
+  explicit ConstDivisor(int32_t divisor) : d(divisor) {
+    if (d > 0 && (d & (d - 1)) == 0) {
+      shift = 0;
+      while ((1 << shift) != d) ++shift;
+    }
+    inv = 1.0 / d;
+    half = 0.5 / (d < 0 ? -double(d) : double(d));
+  }
+  int32_t QuotShift(int32_t a) const {
+    return Wrap(uint32_t(a) + (uint32_t(a >> 31) & uint32_t(d - 1))) >> shift;
+  }
+  int32_t QuotMul(int32_t a) const {
+    double t = double(a) * inv;
+    return static_cast<int32_t>(t + (t < 0 ? -half : half));
+  }
+  int32_t Quot(int32_t a) const { return shift >= 0 ? QuotShift(a) : QuotMul(a); }
+  int32_t Rem(int32_t a) const { return Sub(a, Mul(Quot(a), d)); }
+};
+
 inline int32_t Shl(int32_t a, int32_t b) { return Wrap(uint32_t(a) << (uint32_t(b) & 31u)); }
 inline int32_t Shr(int32_t a, int32_t b) { return a >> (uint32_t(b) & 31u); }
 

@@ -79,6 +79,16 @@ const FnEntry kFunctions[] = {
     {"put", Fn::Put, 2},
 };
 
+// Built by appending: GCC 12 warns falsely about `"'" + std::string(...)` at -O3.
+std::string Quoted(std::string_view text) {
+  std::string q;
+  q.reserve(text.size() + 2);
+  q += '\'';
+  q.append(text);
+  q += '\'';
+  return q;
+}
+
 bool IsNameStart(char ch) {
   return (ch >= 'a' && ch <= 'z') || (ch >= 'A' && ch <= 'Z') || ch == '_';
 }
@@ -116,7 +126,7 @@ class Parser {
 
   std::string Describe(const Token& t) const {
     if (t.kind == Tok::End) return "end of the expression";
-    return "'" + std::string(src_.substr(t.pos, t.len)) + "'";
+    return Quoted(src_.substr(t.pos, t.len));
   }
 
   // --- tokens -------------------------------------------------------------
@@ -424,7 +434,7 @@ class Parser {
       if (!fn) {
         for (const NameEntry& e : kNames)
           if (e.name == name)
-            return Fail(t.pos, "'" + std::string(name) + "' is not a function.");
+            return Fail(t.pos, Quoted(name) + " is not a function.");
         return Fail(t.pos, "Unknown function '" + std::string(name) + "'.");
       }
       return ParseCall(*fn, t, out);
@@ -463,7 +473,7 @@ class Parser {
                                 "' opened at position " + std::to_string(open) + ", found " +
                                 Describe(tok_) + ".");
     if (n != fn.arity)
-      return Fail(nameTok.pos, "'" + std::string(fn.name) + "' takes " + std::to_string(fn.arity) +
+      return Fail(nameTok.pos, Quoted(fn.name) + " takes " + std::to_string(fn.arity) +
                                    (fn.arity == 1 ? " argument" : " arguments") + ", not " +
                                    std::to_string(n) + ".");
     if (!Advance()) return false;

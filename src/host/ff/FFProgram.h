@@ -20,8 +20,10 @@ enum class OpCode : uint8_t {
   SrcC,  // a, b: x, y; imm: channel
   Rad,   // a, b, c: direction, magnitude, channel
   RadC,  // a, b; imm: channel
-  Cnv,   // ten registers from args[extra]; imm: channel
+  Cnv,   // ten registers from args[extra]; imm: channel; c: 1 when the weights are uniform
   Get, Put, Rnd, Rst,
+  DivC, ModC,  // a by the constant imm (neither 0 nor -1)
+  SrcRel,      // src(x + extra, y + imm2, imm)
 };
 
 struct Instr {
@@ -30,6 +32,7 @@ struct Instr {
   uint16_t a = 0, b = 0, c = 0;
   uint32_t extra = 0;  // first of this instruction's registers in Program::args
   int32_t imm = 0;
+  int32_t imm2 = 0;
 };
 
 // Registers with a fixed meaning. The pixel inputs are loaded per block, the
@@ -46,6 +49,7 @@ struct ChannelCode {
   std::vector<Instr> code;
   uint16_t result = 0;
   bool sideEffects = false;  // put, rnd or rst may run
+  int sharedWith = -1;  // an earlier channel with the same formula computes the result
 };
 
 struct Program {

@@ -89,6 +89,10 @@ int32_t EvaluateTree(const Ast& ast, uint32_t node, const PixelEnv& e) {
   // the language does not short-circuit.
   int32_t v[10] = {};
   for (int k = 0; k < n.kidCount && k < 10; ++k) v[k] = EvaluateTree(ast, ast.kid(n, k), e);
+  return ApplyNode(n, v, e);
+}
+
+int32_t ApplyNode(const Node& n, const int32_t* v, const PixelEnv& e) {
   const Tables& t = GetTables();
   switch (n.kind) {
     case NodeKind::Const: return n.value;

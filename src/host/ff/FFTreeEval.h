@@ -30,6 +30,8 @@ struct PixelEnv {
 };
 
 int32_t EvaluateTree(const Ast& ast, uint32_t node, const PixelEnv& env);
+// One node's value from its operands' values.
+int32_t ApplyNode(const Node& node, const int32_t* operands, const PixelEnv& env);
 int32_t BinaryValue(BinOp op, int32_t a, int32_t b);
 
 // Symbols that depend only on the picture's size.

@@ -175,6 +175,19 @@ TEST(FFRender, ParallelRowsEqualTheSequentialOrder) {
   const Controls ctl{30, 200, 0, 0, 0, 0, 0, 0};
   ImageRGBA8 reference = ReferenceRender(code, ctl, src);
   for (int threads : {1, 2, 3, 8}) EXPECT_EQ(Render(code, src, ctl, threads).pixels, reference.pixels) << threads;
+  // Neighbours read as runs of a row, across block and picture edges, and
+  // channels that share one formula.
+  const std::array<std::string, 4> more[] = {
+      {"src(x-1,y,z)/2+src(x+1,y,z)/2", "src(x+299,y-70,0) + src(2+x,y,3)",
+       "cnv(1,2,3,4,5,6,7,8,9,ctl(2))", "cnv(0,-1,0,-1,5,-1,0,-1,0,ctl(3))"},
+      {"(r+g+b)/3", "(r+g+b)/3", "(r+g+b)/3", "(r+g+b)/3 + x"},
+      {"mix(r,255-r,ctl(0),255)", "mix(r,255-r,ctl(0),255)", "c", "mix(r,255-r,ctl(0),255)"},
+  };
+  const Controls ctl2{30, 200, 7, 0, 0, 0, 0, 0};
+  for (const auto& m : more) {
+    ImageRGBA8 ref = ReferenceRender(m, ctl2, src);
+    for (int threads : {1, 2}) EXPECT_EQ(Render(m, src, ctl2, threads).pixels, ref.pixels) << m[0];
+  }
   EXPECT_FALSE(MustCompile({"r", "g", "b", "rnd(0,1)"}).parallel(true));
   EXPECT_TRUE(MustCompile({"r", "g", "b", "rnd(0,1)"}).parallel(false));
   EXPECT_TRUE(MustCompile({"get(1)", "g", "b", "a"}).parallel(true));

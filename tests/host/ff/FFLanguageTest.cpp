@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "FFTestSupport.h"
+#include "host/ff/FFMath.h"
 
 namespace trel::ff::test {
 namespace {
@@ -191,6 +192,12 @@ TEST(FFLanguage, ConstantFoldingKeepsTheMeaning) {
       {"(5, r)", 21},
       {"sin(256) + cos(z*128)", 1024},
       {"min(3, 4) * r", 63},
+      {"(1 ? 2 : u) + 3", 5},  // known through one branch only
+      {"(0 ? v : 4) * (r, 2)", 8},
+      {"r / 1 + r % 1 + r % -1 + r / -1", 0},
+      {"(r - 100) / 4 + (r - 100) % 4", -19 - 3},
+      {"(r * 1000000) / 255", Div(21000000, 255)},
+      {"mix(r, g, 0, 0) + scl(r, 5, 5, 9, 9) + val(0, 5, 5)", 9 + 5},
   });
 }
 

@@ -5,6 +5,7 @@
 #include <climits>
 #include <cstdint>
 #include <random>
+#include <utility>
 
 namespace trel::ff {
 namespace {
@@ -84,6 +85,47 @@ TEST(FFPolar, DirectionAndMagnitudeVectors) {
   EXPECT_EQ(R2x(t, 0, INT_MIN), INT_MIN);
 }
 
+TEST(FFPolar, MatchesPlainIntegerArithmeticEverywhere) {
+  // The same steps in 64-bit integers, as the definition states them.
+  const Tables& t = GetTables();
+  auto direction = [&](int64_t x, int64_t y) {
+    int64_t ay = y < 0 ? -y : y, ax = x < 0 ? -x : x;
+    int f = (y < 0 ? 4 : 0) | (x < 0 ? 3 : 0);
+    if (ay > ax) std::swap(ay, ax), f ^= 1;
+    int64_t a = 0;
+    if (ay > 0) {
+      a = (ay << 10) / ax;
+      if (a != 0) a = (int64_t(t.atanT[a - 1]) << 9) / 205888;
+    }
+    if (f & 1) a = 256 - a;
+    if (f & 2) a += 256;
+    if (f & 4) a = -a;
+    return int32_t(a);
+  };
+  auto magnitude = [&](int64_t x, int64_t y) {
+    int64_t a = x < 0 ? -x : x, b = y < 0 ? -y : y, f;
+    if (a == b) {
+      f = 27146;
+    } else {
+      if (a > b) std::swap(a, b);
+      f = t.magT[(a << 10) / b];
+    }
+    return int32_t(uint32_t(uint64_t(((f * b) >> 16) + b)));
+  };
+  std::mt19937 gen(5);
+  for (int i = 0; i < 100000; ++i) {
+    int shift = int(gen() % 32);
+    int32_t x = int32_t(gen()) >> shift, y = int32_t(gen()) >> (gen() % 32);
+    ASSERT_EQ(C2d(t, x, y), direction(x, y)) << x << "," << y;
+    ASSERT_EQ(C2m(t, x, y), magnitude(x, y)) << x << "," << y;
+  }
+  for (int32_t x = -40; x <= 40; ++x)
+    for (int32_t y = -40; y <= 40; ++y) {
+      ASSERT_EQ(C2d(t, x, y), direction(x, y)) << x << "," << y;
+      ASSERT_EQ(C2m(t, x, y), magnitude(x, y)) << x << "," << y;
+    }
+}
+
 TEST(FFMath, SquareRoot) {
   EXPECT_EQ(Sqr(99), 9);
   EXPECT_EQ(Sqr(100), 10);
@@ -127,6 +169,37 @@ TEST(FFMath, FastDivisionEqualsIntegerDivision) {
     int32_t b = int32_t(gen()) >> (gen() % 32);
     ASSERT_EQ(DivFast(a, b), Div(a, b)) << a << " / " << b;
     ASSERT_EQ(ModFast(a, b), Mod(a, b)) << a << " % " << b;
+  }
+}
+
+TEST(FFMath, DivisionByAKnownNumberEqualsIntegerDivision) {
+  const int32_t dividends[] = {0, 1, -1, 2, -2, 254, 255, 256, -255, -256, 65025, 1 << 30,
+                               INT_MAX, INT_MIN, INT_MAX - 1, INT_MIN + 1, 999999937, -999999937};
+  const int32_t divisors[] = {2, 3, 4, 5, 7, 9, 255, 256, 1024, 65535, 46341, 1 << 30, INT_MAX,
+                              INT_MIN, -2, -3, -255, -256, INT_MIN + 1, 999999937};
+  std::mt19937 gen(99);
+  for (int32_t d : divisors) {
+    ConstDivisor cd(d);
+    for (int32_t a : dividends) {
+      EXPECT_EQ(cd.Quot(a), Div(a, d)) << a << " / " << d;
+      EXPECT_EQ(cd.Rem(a), Mod(a, d)) << a << " % " << d;
+      // Exact multiples are where a reciprocal is most likely to fall short.
+      int32_t m = Mul(Div(a, d), d);
+      EXPECT_EQ(cd.Quot(m), Div(m, d)) << m << " / " << d;
+      EXPECT_EQ(cd.Quot(m - 1), Div(m - 1, d)) << m - 1 << " / " << d;
+    }
+    for (int i = 0; i < 20000; ++i) {
+      int32_t a = int32_t(gen());
+      ASSERT_EQ(cd.Quot(a), Div(a, d)) << a << " / " << d;
+    }
+  }
+  for (int i = 0; i < 20000; ++i) {
+    int32_t d = int32_t(gen()) >> (gen() % 31);
+    if (d == 0 || d == -1) continue;
+    ConstDivisor cd(d);
+    int32_t a = int32_t(gen());
+    ASSERT_EQ(cd.Quot(a), Div(a, d)) << a << " / " << d;
+    ASSERT_EQ(cd.Rem(a), Mod(a, d)) << a << " % " << d;
   }
 }
 
