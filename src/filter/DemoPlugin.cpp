@@ -5,7 +5,6 @@
 #include <random>
 #include <string>
 
-#include "filter/ByteHelpers.h"
 #include "filter/TemplateLayout.h"
 
 namespace trel {
@@ -27,7 +26,7 @@ uint32_t NextKey(uint32_t& state) {
 
 // The four code fields XORed with an xorshift key stream; applying it twice
 // gives the original bytes back.
-void XorCodeFields(BinFile& file, int shift, uint32_t seed) {
+void XorCodeFields(TemplatePatch& file, int shift, uint32_t seed) {
   const int64_t start = shift + L::kCodeR;
   const int64_t length = 4 * L::kCodeFieldSize;
   std::string bytes = file.Read(start, length);
@@ -36,13 +35,13 @@ void XorCodeFields(BinFile& file, int shift, uint32_t seed) {
   file.WriteAt(start, bytes);
 }
 
-uint32_t SeedFromTitle(BinFile& file, int shift) {
+uint32_t SeedFromTitle(TemplatePatch& file, int shift) {
   uint32_t hash = 2166136261u;  // FNV-1a
-  for (unsigned char c : bytes2string2(shift + L::kBlockTitle, file)) hash = (hash ^ c) * 16777619u;
+  for (unsigned char c : file.CString(shift + L::kBlockTitle)) hash = (hash ^ c) * 16777619u;
   return hash;
 }
 
-void SetLayoutFlag(BinFile& file, int shift, uint16_t flag) {
+void SetLayoutFlag(TemplatePatch& file, int shift, uint16_t flag) {
   // Only our own templates have the layout block; a foreign template is left alone.
   const int64_t block = shift + L::kDialogLayout;
   if (file.Read(block, 4) != "TRDL") return;
@@ -64,7 +63,7 @@ void SetLayoutFlag(BinFile& file, int shift, uint16_t flag) {
 // 3. The Filter Factory marker is overwritten with "Trel Protected", so our
 //    readers no longer take the file for a Filter Factory plugin at all.
 // It keeps honest people from reading the code back; it is no encryption.
-void DemoPlugin(BinFile& file, int shift, bool deadOk, bool demoCaption, bool scramble) {
+void DemoPlugin(TemplatePatch& file, int shift, bool deadOk, bool demoCaption, bool scramble) {
   if (deadOk) SetLayoutFlag(file, shift, L::kLayoutOkDisabled);
   if (demoCaption) SetLayoutFlag(file, shift, L::kLayoutDemo);
   if (!scramble) return;
@@ -77,7 +76,7 @@ void DemoPlugin(BinFile& file, int shift, bool deadOk, bool demoCaption, bool sc
   file.WriteAt(MarkerPosition(shift), kProtectedMarker);
 }
 
-bool UnscrambleCode(BinFile& file, int shift) {
+bool UnscrambleCode(TemplatePatch& file, int shift) {
   const std::string tag = file.Read(shift + L::kUnusedBlock, 8);
   if (tag.size() != 8 || tag.compare(0, 4, kScrambleTag) != 0) return false;
   uint32_t seed = 0;
@@ -88,14 +87,14 @@ bool UnscrambleCode(BinFile& file, int shift) {
   return true;
 }
 
-void RandomFileSize(BinFile& file) {
+void RandomFileSize(TemplatePatch& file) {
   std::mt19937 random(static_cast<uint32_t>(
       std::chrono::high_resolution_clock::now().time_since_epoch().count()));
   const double fraction = std::uniform_real_distribution<double>(0.0, 1.0)(random);
   RandomFileSize(file, static_cast<int>(std::lround(fraction * 2048)));
 }
 
-void RandomFileSize(BinFile& file, int n) {
+void RandomFileSize(TemplatePatch& file, int n) {
   if (n < 0) n = 0;
   file.WriteAt(file.Length(), std::string(static_cast<size_t>(n) + 1, '\0'));
 }

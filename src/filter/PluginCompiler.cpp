@@ -1,7 +1,6 @@
 #include "filter/PluginCompiler.h"
 
-#include <fstream>
-#include <iterator>
+#include <cstdio>
 #include <optional>
 
 #include "filter/ByteHelpers.h"
@@ -12,6 +11,7 @@
 #include "filter/PremiereProbe.h"
 #include "filter/SafeTarget.h"
 #include "filter/TemplateLayout.h"
+#include "filter/TemplatePatch.h"
 
 namespace trel {
 namespace {
@@ -25,10 +25,14 @@ struct ChosenTemplate {
 };
 
 std::optional<std::string> ReadWholeFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
+  const int64_t length = FileLength(path);
+  if (length < 0) return std::nullopt;
+  std::FILE* in = std::fopen(path.c_str(), "rb");
   if (!in) return std::nullopt;
-  std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  if (in.bad()) return std::nullopt;
+  std::string bytes(static_cast<size_t>(length), '\0');
+  const size_t got = std::fread(bytes.data(), 1, bytes.size(), in);
+  std::fclose(in);
+  if (got != bytes.size()) return std::nullopt;
   return bytes;
 }
 
@@ -59,40 +63,46 @@ std::optional<ChosenTemplate> ChooseTemplate(const FilterOptions& options, std::
   return ChosenTemplate{folder + L::kPhoto30, L::kShift30, false};
 }
 
-// Starts a target as a byte copy of its template in a temporary file beside
-// it; nothing replaces the target until Commit, so a failure keeps what stood there.
-bool StartFromTemplate(SafeTarget& target, const std::string& templatePath, std::string& error) {
-  const auto bytes = ReadWholeFile(templatePath);
+std::optional<TemplatePatch> LoadTemplate(const std::string& path, std::string& error) {
+  auto bytes = ReadWholeFile(path);
   if (!bytes || bytes->empty()) {
-    error = "The template " + templatePath + " can't be read.";
-    return false;
+    error = "The template " + path + " can't be read.";
+    return std::nullopt;
   }
-  if (!target.file()) {
-    error = target.error();
-    return false;
-  }
-  target.file()->WriteAt(1, *bytes);
-  return true;
+  return TemplatePatch(std::move(*bytes));
 }
 
-void PutLength(BinFile& file, int64_t position, const std::string& text) {
+// The patched image goes to a temporary file beside the target, which replaces
+// the target only when everything is written: a failure keeps what stood there.
+bool WriteTarget(const TemplatePatch& image, const std::string& target, std::string& error) {
+  SafeTarget out(target, false);
+  if (!out.file()) {
+    error = out.error();
+    return false;
+  }
+  out.file()->WriteAt(1, image.bytes());
+  if (out.Commit()) return true;
+  error = out.error();
+  return false;
+}
+
+void PutLength(TemplatePatch& file, int64_t position, const std::string& text) {
   file.PutAt(position, static_cast<uint8_t>(text.size()));
 }
 
 // A Pascal string with its text closed by a 0 byte, as every reader of the
 // menu data stops at the 0.
-void PutPascal(BinFile& file, int64_t lengthPosition, const std::string& text) {
+void PutPascal(TemplatePatch& file, int64_t lengthPosition, const std::string& text) {
   PutLength(file, lengthPosition, text);
-  string2bytes(text, lengthPosition + 1, file);
+  file.Text(lengthPosition + 1, text);
 }
 
-void PutCode(BinFile& file, int64_t position, const std::string& code) {
+void PutCode(TemplatePatch& file, int64_t position, const std::string& code) {
   // The four zeros clear the end of whatever code stood there before.
-  file.WriteAt(position, code);
-  file.Write(std::string(4, '\0'));
+  file.WriteAt(position, code + std::string(4, '\0'));
 }
 
-void PutWord(BinFile& file, int64_t position, uint16_t value) {
+void PutWord(TemplatePatch& file, int64_t position, uint16_t value) {
   file.PutAt(position, static_cast<uint8_t>(value & 0xFF));
   file.Put(static_cast<uint8_t>(value >> 8));
 }
@@ -132,13 +142,13 @@ struct NameLayout {
   int64_t mapFlags, ctlFlags, mapNames, ctlNames;
 };
 
-void PutMapsAndControls(BinFile& file, const FFFilter& f, int shift, const NameLayout& at) {
+void PutMapsAndControls(TemplatePatch& file, const FFFilter& f, int shift, const NameLayout& at) {
   for (int i = 0; i < 4; ++i) {
     const int64_t mapFlag = shift + at.mapFlags + 4 * i;
     const int64_t firstFlag = shift + at.ctlFlags + 8 * i;
     if (!f.mapName[i + 1].empty()) {
       file.PutAt(mapFlag, 1);
-      string2bytes(f.mapName[i + 1], shift + at.mapNames + 256 * i, file);
+      file.Text(shift + at.mapNames + 256 * i, f.mapName[i + 1]);
       file.PutAt(firstFlag, 0);
       file.PutAt(firstFlag + 4, 0);
       continue;
@@ -146,7 +156,7 @@ void PutMapsAndControls(BinFile& file, const FFFilter& f, int shift, const NameL
     for (int k = 0; k < 2; ++k) {
       const std::string& name = f.ctlName[2 * i + k + 1];
       file.PutAt(firstFlag + 4 * k, name.empty() ? 0 : 1);
-      if (!name.empty()) string2bytes(name, shift + at.ctlNames + 512 * i + 256 * k, file);
+      if (!name.empty()) file.Text(shift + at.ctlNames + 512 * i + 256 * k, name);
     }
     file.PutAt(mapFlag, 0);
   }
@@ -154,17 +164,17 @@ void PutMapsAndControls(BinFile& file, const FFFilter& f, int shift, const NameL
 
 // The Macintosh dialog is narrow: names above 10 characters are squeezed, and
 // the length byte keeps the original length on purpose (the reader cuts to it).
-void PutMacName(BinFile& file, int64_t lengthPosition, const std::string& name) {
+void PutMacName(TemplatePatch& file, int64_t lengthPosition, const std::string& name) {
   std::string text = name;
   if (text.size() > 10) {
     std::string label = name;
     text = RemoveVocals(label);
   }
   PutLength(file, lengthPosition, name);
-  string2bytes(text, lengthPosition + 1, file);
+  file.Text(lengthPosition + 1, text);
 }
 
-void PutMacMapsAndControls(BinFile& file, const FFFilter& f) {
+void PutMacMapsAndControls(TemplatePatch& file, const FFFilter& f) {
   for (int i = 0; i < 4; ++i) {
     const int64_t firstFlag = L::kMacCtlFlags + 8 * i;
     if (!f.mapName[i + 1].empty()) {
@@ -185,7 +195,7 @@ void PutMacMapsAndControls(BinFile& file, const FFFilter& f) {
 
 // MacBinary II keeps a CRC-16 (CCITT, XMODEM form) of the first 124 header
 // bytes; a decoder that finds it wrong takes the file for an older format.
-void UpdateMacBinaryCrc(BinFile& file) {
+void UpdateMacBinaryCrc(TemplatePatch& file) {
   const std::string header = file.Read(1, 124);
   uint16_t crc = 0;
   for (unsigned char byte : header) {
@@ -203,7 +213,7 @@ bool EndsWithLower(const std::string& name, const std::string& suffix) {
   return name.size() >= suffix.size() && ToLower(name.substr(name.size() - suffix.size())) == suffix;
 }
 
-void PatchPhotoshop(BinFile& file, FFFilter& f, const ChosenTemplate& chosen, bool toTemp,
+void PatchPhotoshop(TemplatePatch& file, FFFilter& f, const ChosenTemplate& chosen, bool toTemp,
                     bool editorPlugin, const CompileOptions& options) {
   const int shift = chosen.shift;
   if (chosen.mac) {
@@ -233,10 +243,10 @@ void PatchPhotoshop(BinFile& file, FFFilter& f, const ChosenTemplate& chosen, bo
       PutPascal(file, shift + L::kTitleLength, f.title);
       PutPascal(file, shift + L::kCategoryLength, f.category);
     }
-    string2bytes(f.category, shift + L::kBlockCategory, file);
-    string2bytes(f.title, shift + L::kBlockTitle, file);
-    string2bytes(f.copyright, shift + L::kCopyright, file);
-    string2bytes(f.author, shift + L::kAuthor, file);
+    file.Text(shift + L::kBlockCategory, f.category);
+    file.Text(shift + L::kBlockTitle, f.title);
+    file.Text(shift + L::kCopyright, f.copyright);
+    file.Text(shift + L::kAuthor, f.author);
     PutMapsAndControls(file, f, shift, {L::kMapFlags, L::kCtlFlags, L::kMapNames, L::kCtlNames});
     for (int i = 1; i <= 8; ++i) file.PutAt(shift + L::kCtlValues + 4 * (i - 1), f.ctlValue[i]);
   }
@@ -297,28 +307,29 @@ void Write8bf(FFFilter& f, std::string folder, bool toTemp, bool editorPlugin, c
     return;
   }
 
+  // The preview copy is the program's own scratch file and is patched as it
+  // stands; only when it has gone missing is it made again from the template.
   if (toTemp) target = WithTrailingSeparator(env.options.programFolder) + L::kTempPlugin;
-  // The preview copy is patched where it stands, unless it has gone missing;
-  // a real compile always starts from a fresh copy of the template.
-  const bool fromTemplate = !toTemp || !FileExists(target);
-  SafeTarget out(target, !fromTemplate);
-  if (fromTemplate && !StartFromTemplate(out, chosen->path, error)) {
+  const bool inPlace = toTemp && FileExists(target);
+  std::optional<TemplatePatch> image = LoadTemplate(inPlace ? target : chosen->path, error);
+  if (!image) {
     env.hooks().ErrorMessage(error);
     return;
   }
-  if (!out.file()) {
-    env.hooks().ErrorMessage(out.error());
-    return;
-  }
-  BinFile& file = *out.file();
   if (!toTemp && (options.bigPreview || options.megaPreview) &&
       (chosen->shift == L::kShift30 || chosen->shift == L::kShift304)) {
     const int64_t at = chosen->shift + L::kDialogLayout;
-    if (options.bigPreview) file.WriteAt(at, L::DialogLayoutBlock(L::DialogSize::Big));
-    if (options.megaPreview) file.WriteAt(at, L::DialogLayoutBlock(L::DialogSize::Mega));
+    if (options.bigPreview) image->WriteAt(at, L::DialogLayoutBlock(L::DialogSize::Big));
+    if (options.megaPreview) image->WriteAt(at, L::DialogLayoutBlock(L::DialogSize::Mega));
   }
-  PatchPhotoshop(file, f, *chosen, toTemp, editorPlugin, options);
-  if (!out.Commit()) env.hooks().ErrorMessage(out.error());
+  PatchPhotoshop(*image, f, *chosen, toTemp, editorPlugin, options);
+  if (toTemp && inPlace) {
+    auto file = BinFile::Open(target, BinFile::Mode::Binary);
+    if (file) file->WriteAt(1, image->bytes());
+    if (!file || !file->Close()) env.hooks().ErrorMessage(target + " can't be written.");
+    return;
+  }
+  if (!WriteTarget(*image, target, error)) env.hooks().ErrorMessage(error);
 }
 
 namespace {
@@ -332,7 +343,7 @@ std::string PremiereTitleField(const FFFilter& f) {
 
 // Our own Premiere templates carry a PiPL `name` property that hosts show; it
 // is patched only where the property really stands, never in a foreign template.
-void PutNameProperty(BinFile& file, int64_t property, const std::string& title) {
+void PutNameProperty(TemplatePatch& file, int64_t property, const std::string& title) {
   if (file.Read(property, 8) != "MIB8eman") return;
   std::string text = title.substr(0, static_cast<size_t>(L::kMenuFieldSize - 1));
   std::string field(static_cast<size_t>(L::kMenuFieldSize), '\0');
@@ -348,7 +359,7 @@ std::string PremiereTargetName(std::string name) {
 
 // The probes of the readers, on a template. Transition templates get no size
 // test, as ReadTF makes none.
-bool ProbePremiere(BinFile& file, bool transition, int& shift) {
+bool ProbePremiere(TemplatePatch& file, bool transition, int& shift) {
   if (transition) return TransitionShift(file, shift);
   const int64_t size = file.Length();
   if (size != 50176 && size != 50688 && size != 53248) return false;
@@ -371,13 +382,13 @@ void WritePremiere(const FFFilter& source, std::string folder, const FilterEnv& 
   // Premiere plugins hold Premiere dialect; the record itself is left as it is.
   if (f.isPhotoshop) Correctcode(f);
 
-  SafeTarget out(folder + WithoutLastFour(f.filename) + ".prm", false);
   std::string error;
-  if (!StartFromTemplate(out, templatePath, error)) {
+  std::optional<TemplatePatch> image = LoadTemplate(templatePath, error);
+  if (!image) {
     env.hooks().ErrorMessage(error);
     return;
   }
-  BinFile& file = *out.file();
+  TemplatePatch& file = *image;
   int shift = 0;
   if (!ProbePremiere(file, transition, shift)) {
     env.hooks().ErrorMessage("The template " + templatePath + " is no Premiere " +
@@ -387,8 +398,8 @@ void WritePremiere(const FFFilter& source, std::string folder, const FilterEnv& 
 
   int64_t copyright, mapFlags, ctlFlags, mapNames, ctlNames, values, codeB, codeG, codeR, codeA;
   if (transition) {
-    string2bytes(f.title, shift + L::kTfTitle, file);
-    string2bytes(f.transitionName.empty() ? f.title : f.transitionName, shift + L::kTfTransitionName, file);
+    file.Text(shift + L::kTfTitle, f.title);
+    file.Text(shift + L::kTfTransitionName, f.transitionName.empty() ? f.title : f.transitionName);
     if (shift == 0) PutNameProperty(file, L::kTfNameProperty, f.title);
     if (shift == 9904) shift += 8;
     if (shift == 520) shift += 4;
@@ -396,20 +407,20 @@ void WritePremiere(const FFFilter& source, std::string folder, const FilterEnv& 
     mapNames = L::kTfMapNames; ctlNames = L::kTfCtlNames; values = L::kTfCtlValues;
     codeB = L::kTfCodeB; codeG = L::kTfCodeG; codeR = L::kTfCodeR; codeA = L::kTfCodeA;
   } else {
-    string2bytes(PremiereTitleField(f), shift == -4 ? 29099 : shift + L::kPrmTitle, file);
+    file.Text(shift == -4 ? 29099 : shift + L::kPrmTitle, PremiereTitleField(f));
     if (shift == 0) PutNameProperty(file, L::kPrmNameProperty, f.title);
     copyright = L::kPrmCopyright; mapFlags = L::kPrmMapFlags; ctlFlags = L::kPrmCtlFlags;
     mapNames = L::kPrmMapNames; ctlNames = L::kPrmCtlNames; values = L::kPrmCtlValues;
     codeB = L::kPrmCodeB; codeG = L::kPrmCodeG; codeR = L::kPrmCodeR; codeA = L::kPrmCodeA;
   }
-  string2bytes(f.copyright, shift + copyright, file);
+  file.Text(shift + copyright, f.copyright);
   PutMapsAndControls(file, f, shift, {mapFlags, ctlFlags, mapNames, ctlNames});
   for (int i = 1; i <= 8; ++i) file.PutAt(shift + values + 4 * (i - 1), f.ctlValue[i]);
   PutCode(file, shift + codeB, f.codeB);
   PutCode(file, shift + codeG, f.codeG);
   PutCode(file, shift + codeR, f.codeR);
   PutCode(file, shift + codeA, f.codeA);
-  if (!out.Commit()) env.hooks().ErrorMessage(out.error());
+  if (!WriteTarget(file, folder + WithoutLastFour(f.filename) + ".prm", error)) env.hooks().ErrorMessage(error);
 }
 
 }  // namespace

@@ -335,10 +335,10 @@ TEST_F(PluginCompiler, DemoPluginHidesTheCodeFromOurReaders) {
   EXPECT_EQ(flags[0], layout::kLayoutOkDisabled | layout::kLayoutDemo);
 
   // The plugin's own run-time can undo it; then everything reads back.
-  auto file = BinFile::Open(p, BinFile::Mode::Binary);
-  ASSERT_TRUE(UnscrambleCode(*file, 0));
-  EXPECT_FALSE(UnscrambleCode(*file, 0));
-  file->Close();
+  TemplatePatch image(ReadFileBytes(p));
+  ASSERT_TRUE(UnscrambleCode(image, 0));
+  EXPECT_FALSE(UnscrambleCode(image, 0));
+  test::WriteFileBytes(p, image.bytes());
   const FFFilter back = Read("wavy.8bf", &ok);
   ASSERT_TRUE(ok);
   EXPECT_EQ(back.title, "Wavy Demo...");
@@ -361,11 +361,9 @@ TEST_F(PluginCompiler, EncryptedPluginsGrowOutOfTheReadersSizes) {
   Read("wavy.8bf", &ok);
   EXPECT_FALSE(ok);
 
-  const std::string q = dir.Write("grow.bin", "abcd");
-  auto file = BinFile::Open(q, BinFile::Mode::Binary);
-  RandomFileSize(*file, 3);
-  file->Close();
-  EXPECT_EQ(ReadFileBytes(q), std::string("abc\0\0\0\0", 7));
+  TemplatePatch grow("abcd");
+  RandomFileSize(grow, 3);
+  EXPECT_EQ(grow.bytes(), std::string("abc\0\0\0\0", 7));
 }
 
 TEST_F(PluginCompiler, FailuresReportAndKeepTheOldTarget) {

@@ -1,0 +1,162 @@
+#include "Templates.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <stdexcept>
+
+#include "MacBinary.h"
+#include "PeImage.h"
+
+namespace trel::gen {
+namespace {
+
+uint32_t U(const std::string& b, size_t at, int n) {
+  uint32_t v = 0;
+  for (int i = n - 1; i >= 0; --i) v = v << 8 | static_cast<uint8_t>(b.at(at + static_cast<size_t>(i)));
+  return v;
+}
+uint32_t UBE(const std::string& b, size_t at, int n) {
+  uint32_t v = 0;
+  for (int i = 0; i < n; ++i) v = v << 8 | static_cast<uint8_t>(b.at(at + static_cast<size_t>(i)));
+  return v;
+}
+
+struct MenuData {
+  int64_t categoryOffset = 0;
+  std::string category, title;
+  int maximumLength = 0;
+  std::vector<std::string> types;
+};
+
+// The way a resource scanner of plugin folders reads a Windows plugin: the
+// section header found by its name in the 1000 bytes from position 374, the
+// section read from two bytes in, named root entries, and the PiPL searched
+// for its `name` and `catg` keys. Offsets come out 1-based.
+MenuData ScanLikeTheCatalogue(const std::string& file) {
+  MenuData m;
+  size_t header = 0;
+  for (size_t i = 1; i <= 997 && !header; i += 4)
+    if (file.compare(372 + i, 4, "rsrc") == 0) header = 372 + i;  // offset of the "r"
+  if (!header) throw std::runtime_error("no resource section header");
+  const uint32_t sectionVa = U(file, header + 11, 3), rawPosition = U(file, header + 19, 3);
+  const uint32_t readPosition = rawPosition + 3 - rawPosition % 4;
+  const std::string section = file.substr(rawPosition);
+  const uint32_t named = U(section, 12, 2);
+  for (uint32_t k = 0; k < named; ++k) {
+    const uint32_t nameAt = U(section, 16 + 8 * k, 3), dirAt = U(section, 20 + 8 * k, 3);
+    std::string name;
+    for (uint32_t c = 0; c < U(section, nameAt, 2); ++c) name += section.at(nameAt + 2 + 2 * c);
+    m.types.push_back(name);
+    if (name != "PIPL") continue;
+    const uint32_t langDir = U(section, dirAt + 20, 3), entry = U(section, langDir + 20, 3);
+    const uint32_t dataOffset = U(section, entry, 3) - sectionVa, size = U(section, entry + 4, 3);
+    const auto d = [&](uint32_t i) { return section.at(dataOffset + i + 1); };  // d[1] = third byte
+    for (uint32_t p = 1; p + 7 <= size; ++p) {
+      const std::string key{d(p + 4), d(p + 5), d(p + 6), d(p + 7)};
+      const auto pascal = [&] {
+        std::string s;
+        for (uint32_t c = 0; c < static_cast<uint8_t>(d(p + 16)); ++c) s += d(p + 17 + c);
+        return s.substr(0, s.find('\0'));
+      };
+      if (key == "eman" && m.title.empty()) m.title = pascal();
+      if (key == "gtac") {
+        m.categoryOffset = p + readPosition + dataOffset + 16;
+        m.category = pascal();
+        const uint32_t length = static_cast<uint8_t>(d(p + 16));
+        uint32_t n = 0;
+        while (n <= 256 && d(p + length + n + 17) == 0) ++n;
+        m.maximumLength = static_cast<int>(length + n);
+      }
+    }
+  }
+  return m;
+}
+
+TEST(Templates, WindowsTemplatesAreDllsWhoseMenuDataAScannerFinds) {
+  struct Case {
+    TemplateKind kind;
+    size_t size;
+    int64_t categoryOffset;
+  };
+  for (const Case& c : {Case{TemplateKind::Photo30, 57344, 31064}, Case{TemplateKind::Photo304, 49152, 23896},
+                        Case{TemplateKind::PremiereFF, 50688, 29108}, Case{TemplateKind::PremiereTF, 51200, 29172}}) {
+    const std::string f = BuildTemplate(c.kind);
+    SCOPED_TRACE(c.size);
+    ASSERT_EQ(f.size(), c.size);
+    EXPECT_EQ(f.substr(0, 2), "MZ");
+    const uint32_t pe = U(f, 0x3C, 4);
+    EXPECT_EQ(f.substr(pe, 4), std::string("PE\0\0", 4));
+    EXPECT_EQ(U(f, pe + 4, 2), 0x014Cu);
+    EXPECT_EQ(U(f, pe + 22, 2) & 0x2000u, 0x2000u);  // a DLL
+    EXPECT_EQ(U(f, pe + 24, 2), 0x010Bu);           // PE32
+    EXPECT_EQ(f.substr(pe + 24 + 224, 5), ".text");
+    const size_t rsrc = pe + 24 + 224 + 40;
+    EXPECT_EQ(f.substr(rsrc, 5), ".rsrc");
+    EXPECT_EQ(U(f, rsrc + 16, 4) + U(f, rsrc + 20, 4), c.size);  // the section runs to the end
+
+    const MenuData m = ScanLikeTheCatalogue(f);
+    EXPECT_EQ(m.categoryOffset, c.categoryOffset);
+    EXPECT_FALSE(m.title.empty());
+    EXPECT_FALSE(m.category.empty());
+    EXPECT_NE(std::find(m.types.begin(), m.types.end(), "PARM"), m.types.end());
+  }
+  const MenuData photo = ScanLikeTheCatalogue(BuildTemplate(TemplateKind::Photo30));
+  EXPECT_EQ(photo.title, "Untitled");
+  EXPECT_EQ(photo.category, "Filter Factory");
+  EXPECT_EQ(photo.maximumLength, 35);
+}
+
+TEST(Templates, PhotoshopEntryPointIsExported) {
+  const std::string f = BuildTemplate(TemplateKind::Photo30);
+  const uint32_t pe = U(f, 0x3C, 4), exportRva = U(f, pe + 24 + 96, 4);
+  const size_t text = pe + 24 + 224;
+  const auto offsetOf = [&](uint32_t rva) { return rva - U(f, text + 12, 4) + U(f, text + 20, 4); };
+  const size_t dir = offsetOf(exportRva);
+  ASSERT_EQ(U(f, dir + 24, 4), 1u);
+  const size_t name = offsetOf(U(f, offsetOf(U(f, dir + 32, 4)), 4));
+  EXPECT_EQ(f.substr(name, 11), std::string("PluginMain\0", 11));
+  EXPECT_EQ(f.substr(offsetOf(U(f, dir + 12, 4)), 12), std::string("photo30.dll\0", 12));
+}
+
+TEST(Templates, MacintoshFormIsAConsistentMacBinaryFile) {
+  const std::string f = BuildTemplate(TemplateKind::PhotoMac);
+  ASSERT_EQ(f.size(), 99712u);
+  EXPECT_EQ(f.substr(65, 8), "8BFM8BIM");
+  EXPECT_EQ(UBE(f, 124, 2), MacBinaryCrc(f.substr(0, 124)));
+  const uint32_t dataLength = UBE(f, 83, 4), forkLength = UBE(f, 87, 4);
+  const size_t fork = 128 + (dataLength + 127) / 128 * 128;
+  EXPECT_EQ(fork + forkLength, f.size());
+
+  // Walk the resource map to each resource's data and compare with the places
+  // the readers use.
+  const uint32_t dataArea = UBE(f, fork, 4), map = UBE(f, fork + 4, 4);
+  const size_t typeList = fork + map + UBE(f, fork + map + 24, 2);
+  std::map<std::string, size_t> found;
+  for (uint32_t t = 0; t <= UBE(f, typeList, 2); ++t) {
+    const size_t entry = typeList + 2 + 8 * t;
+    const size_t ref = typeList + UBE(f, entry + 6, 2);
+    found[f.substr(entry, 4)] = fork + dataArea + UBE(f, ref + 5, 3) + 4;
+  }
+  EXPECT_EQ(found.at("PARM"), static_cast<size_t>(19308 + 31253 - 1));
+  EXPECT_EQ(found.at("PiPL") + 8 + 20 + 16, static_cast<size_t>(49853 - 1));  // count byte of `name`
+  EXPECT_EQ(f.substr(found.at("STR ") + 8, 8), std::string("Factory\0", 8));
+  EXPECT_EQ(UBE(f, found.at("PARM"), 4), 8296u);
+}
+
+TEST(Templates, GenerationIsReproducibleAndPlacementIsChecked) {
+  for (const auto& t : AllTemplates()) EXPECT_EQ(BuildTemplate(t.kind), BuildTemplate(t.kind)) << t.name;
+
+  PeSpec spec{"x.dll", "Main", 0x2000, 0x400, 0x1000, {{"A", 1, 0x1100, "abcd"}, {"B", 1, 0x1102, "efgh"}}};
+  EXPECT_THROW(BuildPeImage(spec), std::runtime_error);  // overlapping resources
+  spec.resources = {{"A", 1, 0x1004, "abcd"}};
+  EXPECT_THROW(BuildPeImage(spec), std::runtime_error);  // on top of the directory
+  spec.resources = {{"A", 1, 0x1FFE, "abcd"}};
+  EXPECT_THROW(BuildPeImage(spec), std::runtime_error);  // past the end
+  spec.resources = {{"A", 1, 0x1100, "abcd"}};
+  EXPECT_EQ(BuildPeImage(spec).size(), 0x2000u);
+}
+
+}  // namespace
+}  // namespace trel::gen
