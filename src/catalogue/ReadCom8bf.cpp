@@ -188,18 +188,24 @@ bool ReadCom8bf(const std::string& path, ResourceProbe& probe, const FilterEnv& 
     if (hit != ResType::BFM) probe.elements.assign(*filters, ProbeElement{});
     const int resources = std::min<int>(static_cast<int>(*filters), probe.Count());
 
+    // A directory that announces more resources than it holds ends the walk;
+    // the filters found so far are what the file has to say.
+    const auto endEarly = [&](int k) {
+      if (hit != ResType::BFM) probe.elements.resize(static_cast<size_t>(k - 1));
+      return result();
+    };
     for (int k = 1; k <= resources; ++k) {
       const int64_t entry = typeDirectory + 16 + 8 * (k - 1);
       const auto language = s.u24(entry + 4);
-      if (!language) return result();
+      if (!language) return endEarly(k);
       const auto dataEntry = s.u24(*language + 16 + 4);
-      if (!dataEntry) return result();
+      if (!dataEntry) return endEarly(k);
       const auto rva = s.u24(*dataEntry);
       const auto size = s.u24(*dataEntry + 4);
-      if (!rva || !size) return result();
+      if (!rva || !size) return endEarly(k);
       const int64_t dataOffset = static_cast<int64_t>(*rva) - sectionVA;
       // d[1] is the resource's third byte: the read started two bytes in.
-      if (dataOffset < 0 || !s.view.contains(dataOffset, *size)) return result();
+      if (dataOffset < 0 || !s.view.contains(dataOffset, *size)) return endEarly(k);
       const ByteView d(bytes.data() + dataOffset, *size);
       ProbeElement& el = probe[k];
 
