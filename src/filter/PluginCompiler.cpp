@@ -92,7 +92,16 @@ void PutLength(TemplatePatch& file, int64_t position, const std::string& text) {
 
 // A Pascal string with its text closed by a 0 byte, as every reader of the
 // menu data stops at the 0.
-void PutPascal(TemplatePatch& file, int64_t lengthPosition, const std::string& text) {
+// Text fields are cleared to their width first: the readers keep reading
+// behind a 0 in a field's first byte, so an empty text must not leave the
+// template's old text standing behind it. Longer texts still run on.
+void Field(TemplatePatch& file, int64_t position, int64_t width, const std::string& text) {
+  file.WriteAt(position, std::string(static_cast<size_t>(width), '\0'));
+  file.Text(position, text);
+}
+
+void PutPascal(TemplatePatch& file, int64_t lengthPosition, const std::string& text, int64_t width) {
+  file.WriteAt(lengthPosition, std::string(static_cast<size_t>(width), '\0'));
   PutLength(file, lengthPosition, text);
   file.Text(lengthPosition + 1, text);
 }
@@ -148,7 +157,7 @@ void PutMapsAndControls(TemplatePatch& file, const FFFilter& f, int shift, const
     const int64_t firstFlag = shift + at.ctlFlags + 8 * i;
     if (!f.mapName[i + 1].empty()) {
       file.PutAt(mapFlag, 1);
-      file.Text(shift + at.mapNames + 256 * i, f.mapName[i + 1]);
+      Field(file, shift + at.mapNames + 256 * i, 256, f.mapName[i + 1]);
       file.PutAt(firstFlag, 0);
       file.PutAt(firstFlag + 4, 0);
       continue;
@@ -156,7 +165,7 @@ void PutMapsAndControls(TemplatePatch& file, const FFFilter& f, int shift, const
     for (int k = 0; k < 2; ++k) {
       const std::string& name = f.ctlName[2 * i + k + 1];
       file.PutAt(firstFlag + 4 * k, name.empty() ? 0 : 1);
-      if (!name.empty()) file.Text(shift + at.ctlNames + 512 * i + 256 * k, name);
+      if (!name.empty()) Field(file, shift + at.ctlNames + 512 * i + 256 * k, 256, name);
     }
     file.PutAt(mapFlag, 0);
   }
@@ -170,6 +179,7 @@ void PutMacName(TemplatePatch& file, int64_t lengthPosition, const std::string& 
     std::string label = name;
     text = RemoveVocals(label);
   }
+  file.WriteAt(lengthPosition, std::string(256, '\0'));
   PutLength(file, lengthPosition, name);
   file.Text(lengthPosition + 1, text);
 }
@@ -221,32 +231,32 @@ void PatchPhotoshop(TemplatePatch& file, FFFilter& f, const ChosenTemplate& chos
     // The wrapper's name field has room for 63 characters; more would run
     // into the file type behind it.
     if (inner.size() > static_cast<size_t>(L::kMacNameRoom)) inner.resize(static_cast<size_t>(L::kMacNameRoom));
-    PutPascal(file, L::kMacNameLength, inner);
-    PutPascal(file, L::kMacTitleLength, f.title);
-    PutPascal(file, L::kMacCategoryLength, f.category);
-    PutPascal(file, L::kMacBlockCategory, f.category);
-    PutPascal(file, L::kMacBlockTitle, f.title);
-    PutPascal(file, L::kMacCopyright, f.copyright);
-    PutPascal(file, L::kMacAuthor, f.author);
+    PutPascal(file, L::kMacNameLength, inner, L::kMacNameRoom + 1);
+    PutPascal(file, L::kMacTitleLength, f.title, L::kMacMenuFieldSize);
+    PutPascal(file, L::kMacCategoryLength, f.category, L::kMacMenuFieldSize);
+    PutPascal(file, L::kMacBlockCategory, f.category, L::kMacMenuFieldSize);
+    PutPascal(file, L::kMacBlockTitle, f.title, L::kMacMenuFieldSize);
+    PutPascal(file, L::kMacCopyright, f.copyright, L::kMacMenuFieldSize);
+    PutPascal(file, L::kMacAuthor, f.author, L::kMacMenuFieldSize);
     PutMacMapsAndControls(file, f);
     for (int i = 1; i <= 8; ++i) file.PutAt(L::kMacCtlValues + 4 * (i - 1), f.ctlValue[i]);
   } else {
     if (shift == L::kShiftWideAbout) {
-      PutPascal(file, L::kWideTitleLength, f.title);
-      PutPascal(file, L::kWideCategoryLength, f.category);
+      PutPascal(file, L::kWideTitleLength, f.title, L::kMenuFieldSize);
+      PutPascal(file, L::kWideCategoryLength, f.category, L::kMenuFieldSize);
       const std::string about = WideAboutText(f.author, f.copyright);
       file.WriteAt(L::kWideAboutText, about);
       file.Put(0);
     } else {
       // No length is checked: a title over 50 characters runs into the
       // category's length byte, which is written after it.
-      PutPascal(file, shift + L::kTitleLength, f.title);
-      PutPascal(file, shift + L::kCategoryLength, f.category);
+      PutPascal(file, shift + L::kTitleLength, f.title, L::kMenuFieldSize);
+      PutPascal(file, shift + L::kCategoryLength, f.category, L::kMenuFieldSize);
     }
-    file.Text(shift + L::kBlockCategory, f.category);
-    file.Text(shift + L::kBlockTitle, f.title);
-    file.Text(shift + L::kCopyright, f.copyright);
-    file.Text(shift + L::kAuthor, f.author);
+    Field(file, shift + L::kBlockCategory, 256, f.category);
+    Field(file, shift + L::kBlockTitle, 256, f.title);
+    Field(file, shift + L::kCopyright, 256, f.copyright);
+    Field(file, shift + L::kAuthor, 256, f.author);
     PutMapsAndControls(file, f, shift, {L::kMapFlags, L::kCtlFlags, L::kMapNames, L::kCtlNames});
     for (int i = 1; i <= 8; ++i) file.PutAt(shift + L::kCtlValues + 4 * (i - 1), f.ctlValue[i]);
   }
@@ -398,8 +408,8 @@ void WritePremiere(const FFFilter& source, std::string folder, const FilterEnv& 
 
   int64_t copyright, mapFlags, ctlFlags, mapNames, ctlNames, values, codeB, codeG, codeR, codeA;
   if (transition) {
-    file.Text(shift + L::kTfTitle, f.title);
-    file.Text(shift + L::kTfTransitionName, f.transitionName.empty() ? f.title : f.transitionName);
+    Field(file, shift + L::kTfTitle, 256, f.title);
+    Field(file, shift + L::kTfTransitionName, 256, f.transitionName.empty() ? f.title : f.transitionName);
     if (shift == 0) PutNameProperty(file, L::kTfNameProperty, f.title);
     if (shift == 9904) shift += 8;
     if (shift == 520) shift += 4;
@@ -407,13 +417,13 @@ void WritePremiere(const FFFilter& source, std::string folder, const FilterEnv& 
     mapNames = L::kTfMapNames; ctlNames = L::kTfCtlNames; values = L::kTfCtlValues;
     codeB = L::kTfCodeB; codeG = L::kTfCodeG; codeR = L::kTfCodeR; codeA = L::kTfCodeA;
   } else {
-    file.Text(shift == -4 ? 29099 : shift + L::kPrmTitle, PremiereTitleField(f));
+    Field(file, shift == -4 ? 29099 : shift + L::kPrmTitle, L::kPrmTitleField, PremiereTitleField(f));
     if (shift == 0) PutNameProperty(file, L::kPrmNameProperty, f.title);
     copyright = L::kPrmCopyright; mapFlags = L::kPrmMapFlags; ctlFlags = L::kPrmCtlFlags;
     mapNames = L::kPrmMapNames; ctlNames = L::kPrmCtlNames; values = L::kPrmCtlValues;
     codeB = L::kPrmCodeB; codeG = L::kPrmCodeG; codeR = L::kPrmCodeR; codeA = L::kPrmCodeA;
   }
-  file.Text(shift + copyright, f.copyright);
+  Field(file, shift + copyright, 256, f.copyright);
   PutMapsAndControls(file, f, shift, {mapFlags, ctlFlags, mapNames, ctlNames});
   for (int i = 1; i <= 8; ++i) file.PutAt(shift + values + 4 * (i - 1), f.ctlValue[i]);
   PutCode(file, shift + codeB, f.codeB);

@@ -189,6 +189,31 @@ TEST_F(PluginCompiler, PreviewCompilePatchesTempDllInPlaceAndIgnoresTheOptions) 
   EXPECT_TRUE(shell.errors.empty());
 }
 
+// A text field that starts with 0 reads on behind it, so an empty text must
+// not leave the template's own text there.
+TEST_F(PluginCompiler, EmptyTextsDoNotUncoverTheTemplatesText) {
+  for (CompileTemplate choice : {CompileTemplate::FilterFactory30, CompileTemplate::Macintosh}) {
+    env.options.compile.templateChoice = choice;
+    FFFilter f = Sample();
+    f.category = "";
+    f.copyright = "";
+    f.author = "";
+    Write8bf(f, out, false, false, env);
+    bool ok = false;
+    const FFFilter back = Read(choice == CompileTemplate::Macintosh ? "wavy.bin" : "wavy.8bf", &ok);
+    ASSERT_TRUE(ok);
+    EXPECT_EQ(back.category, "Photoshop");
+    EXPECT_EQ(back.author.find("Unknown"), std::string::npos);
+    EXPECT_LE(back.copyright.size(), 1u);  // at most the 0 the reader keeps
+  }
+  FFFilter f = Sample();
+  f.copyright = "";
+  WritePRM(f, out, env);
+  FFFilter back;
+  ASSERT_TRUE(Readprm(back, out, "wavy.prm", false, false, env));
+  EXPECT_LE(back.copyright.size(), 1u);
+}
+
 TEST_F(PluginCompiler, TargetNameFollowsTheFileNameRules) {
   struct Case {
     const char* filename;
