@@ -15,6 +15,7 @@ constexpr int kPathRole = Qt::UserRole + 1;
 DirListBox::DirListBox(const QString& objectName, QWidget* parent) : QListWidget(parent) {
   setObjectName(objectName);
   setUniformItemSizes(true);
+  setIconSize(QSize(16, 16));
   connect(this, &QListWidget::itemDoubleClicked, this, [this](QListWidgetItem* item) {
     if (item) emit entryChosen(item->data(kPathRole).toString());
   });

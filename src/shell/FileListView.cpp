@@ -22,7 +22,7 @@ FileListView::FileListView(FileListModel* model, const QString& objectName, QWid
   details_->setAllColumnsShowFocus(true);
   details_->setModel(model);
   details_->header()->setSectionsClickable(true);
-  details_->header()->setStretchLastSection(false);
+  details_->header()->setStretchLastSection(true);
   details_->header()->resizeSection(0, 220);
 
   icons_ = new QListView(this);
