@@ -20,5 +20,7 @@ struct CliContext {
 };
 
 void AddFilterCommands(CLI::App& app, CliContext& ctx);  // show, convert, code
+void AddConvertCommands(CLI::App& app, CliContext& ctx);  // convert
+void AddFflCommands(CLI::App& app, CliContext& ctx);  // ffl list|extract|create|add|delete
 
 }  // namespace trel::cli

@@ -15,6 +15,8 @@ int main(int argc, char** argv) {
   CLI::App app{"trel-cli: the Trel workbench for image-editor plugins, on the command line"};
   app.require_subcommand(1);
   AddFilterCommands(app, ctx);
+  AddConvertCommands(app, ctx);
+  AddFflCommands(app, ctx);
   try {
     app.parse(argc, argv);
   } catch (const CLI::Error& e) {

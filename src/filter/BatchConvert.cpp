@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <random>
 
 #include "filter/Dispatch.h"
@@ -102,54 +103,69 @@ bool MakeFolder(const std::string& folder) {
   return fs::is_directory(folder, ec);
 }
 
-WriteOutcome WriteByFormat(FFFilter& f, const std::string& folderIn, int format,
-                           const FilterEnv& env, ConvertReport* report) {
-  if (format < kFormat8bf || format > kFormatTXT) return WriteOutcome::WriterFailed;
-  const std::string folder = WithTrailingSeparator(folderIn);
-  std::string stage;
-  if (!MakeStage(folder, stage)) {
-    if (report) ++report->failed;
-    return WriteOutcome::FolderFailed;
+TargetWriter::TargetWriter(const std::string& folder, const FilterEnv& env, ConvertReport* report)
+    : folder_(WithTrailingSeparator(folder)), env_(env), report_(report) {}
+
+TargetWriter::~TargetWriter() {
+  std::error_code ec;
+  if (!stage_.empty()) fs::remove_all(stage_, ec);
+}
+
+WriteOutcome TargetWriter::Fail(WriteOutcome outcome) {
+  if (report_) ++report_->failed;
+  return outcome;
+}
+
+WriteOutcome TargetWriter::Write(FFFilter& f, int format) {
+  if (format < kFormat8bf || format > kFormatTXT) return Fail(WriteOutcome::WriterFailed);
+  if (stage_.empty() && !MakeStage(folder_, stage_)) {
+    stage_.clear();
+    return Fail(WriteOutcome::FolderFailed);
   }
   std::error_code ec;
   f.filename = ConfinedFilename(f.filename);
   if (format == kFormatAFS || format == kFormatPFF) {
     const std::string name = UntruncatedTarget(f, format);
-    if (fs::is_regular_file(folder + name, ec)) fs::copy_file(folder + name, stage + name, ec);
+    if (fs::is_regular_file(folder_ + name, ec)) fs::copy_file(folder_ + name, stage_ + name, ec);
   }
 
-  ErrorWatch watch(env.hooks());
-  FilterEnv staged{env.options, &watch};
+  ErrorWatch watch(env_.hooks());
+  const FilterEnv staged{env_.options, &watch};
   switch (format) {
-    case kFormat8bf: Write8bf(f, stage, false, false, staged); break;
-    case kFormatPRM: WritePRM(f, stage, staged); break;
-    case kFormatTF: WriteTF(f, stage, staged); break;
-    case kFormatAFS: Writeafspff(f, stage, 0, staged); break;
-    case kFormatPFF: Writeafspff(f, stage, 1, staged); break;
-    default: WriteTXT(f, stage, false, staged); break;
+    case kFormat8bf: Write8bf(f, stage_, false, false, staged); break;
+    case kFormatPRM: WritePRM(f, stage_, staged); break;
+    case kFormatTF: WriteTF(f, stage_, staged); break;
+    case kFormatAFS: Writeafspff(f, stage_, 0, staged); break;
+    case kFormatPFF: Writeafspff(f, stage_, 1, staged); break;
+    default: WriteTXT(f, stage_, false, staged); break;
   }
 
+  // Whatever the writer left is moved into place, or dropped after an error,
+  // so the stage is empty for the next record.
   std::vector<std::string> made;
-  if (watch.errors == 0) {
-    for (const auto& entry : fs::directory_iterator(stage, ec)) {
-      const std::string name = entry.path().filename().string();
-      if (entry.is_regular_file(ec) && name.rfind(".~", 0) != 0) made.push_back(name);
-    }
-    std::sort(made.begin(), made.end());
-  }
-  bool moved = !made.empty();
+  for (const auto& entry : fs::directory_iterator(stage_, ec)) made.push_back(entry.path().filename().string());
+  std::sort(made.begin(), made.end());
+  bool moved = false;
   for (const auto& name : made) {
-    fs::rename(stage + name, folder + name, ec);
-    if (ec) {
-      env.hooks().ErrorMessage(folder + name + ": " + ec.message());
-      moved = false;
-    } else if (report) {
-      report->written.push_back(folder + name);
+    if (watch.errors > 0 || name.rfind(".~", 0) == 0) {
+      fs::remove_all(stage_ + name, ec);
+      continue;
     }
+    fs::rename(stage_ + name, folder_ + name, ec);
+    if (ec) {
+      env_.hooks().ErrorMessage(folder_ + name + ": " + ec.message());
+      fs::remove_all(stage_ + name, ec);
+      continue;
+    }
+    moved = true;
+    if (report_) report_->written.push_back(folder_ + name);
   }
-  fs::remove_all(stage, ec);
-  if (!moved && report) ++report->failed;
-  return moved ? WriteOutcome::Written : WriteOutcome::WriterFailed;
+  return moved ? WriteOutcome::Written : Fail(WriteOutcome::WriterFailed);
+}
+
+WriteOutcome WriteByFormat(FFFilter& f, const std::string& folder, int format,
+                           const FilterEnv& env, ConvertReport* report) {
+  return TargetWriter(folder, env, report).Write(f, format);
 }
 
 ConvertReport cmd_Convert(FFFilter& f, const ConvertRequest& request, OverwriteChecker& check,
@@ -209,6 +225,7 @@ ConvertReport cmd_Convert(FFFilter& f, const ConvertRequest& request, OverwriteC
 
   if (request.activeView >= 3 || request.selection.empty()) return report;
   std::string folder = WithTrailingSeparator(request.targetFolder);
+  auto writer = std::make_unique<TargetWriter>(folder, env, &report);
   check.OverwriteCheck("", "");
   const size_t count = request.selection.size();
   for (size_t i = 0; i < count && !report.stopped; ++i) {
@@ -222,8 +239,10 @@ ConvertReport cmd_Convert(FFFilter& f, const ConvertRequest& request, OverwriteC
     if (LastFour(name) == ".ffl") {
       // The sub folder replaces the target for the rest of the run, so a second
       // library lands inside the first one's folder.
-      if (request.createSubFolders)
+      if (request.createSubFolders) {
         folder = WithTrailingSeparator(folder + name.substr(0, name.size() - 4));
+        writer = std::make_unique<TargetWriter>(folder, env, &report);
+      }
       Convertffl(f, source, folder, format, env, &report, &check, request.askForLibraryEntries);
     } else if (ReadFFfile(f, source, env)) {
       ++report.read;
@@ -237,7 +256,7 @@ ConvertReport cmd_Convert(FFFilter& f, const ConvertRequest& request, OverwriteC
       }
       if (answer == kOverwriteGo) {
         ApplyNameRule(f, env.options);
-        if (WriteByFormat(f, folder, format, env, &report) == WriteOutcome::FolderFailed &&
+        if (writer->Write(f, format) == WriteOutcome::FolderFailed &&
             !shell.ErrorMessage2(UnusableFolder(folder))) {
           report.stopped = true;
         }

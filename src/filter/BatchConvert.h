@@ -85,11 +85,32 @@ enum class WriteOutcome {
   WriterFailed,  // the writer reported an error or wrote nothing; an old file stays
   FolderFailed,  // nothing can be written into the folder at all
 };
-// Writes the record into `folder` by format number. Whatever the writer does,
-// an existing file is replaced only by a complete new one: the writer works in
-// a scratch folder inside the target folder and its result is moved into
-// place. The paths written are added to `report`, failures counted there.
-// A writer's error reaches the shell; FolderFailed is left to the caller.
+// Writes records into one folder by format number. Whatever a writer does, an
+// existing file is replaced only by a complete new one: the writer works in a
+// scratch folder inside the target folder (made on the first write, removed
+// with this object) and its result is then moved into place. That also keeps
+// the writers inside the folder and tells which files they made: the paths
+// go to `report`, failures are counted there. A writer's error reaches the
+// shell; FolderFailed is left to the caller.
+class TargetWriter {
+ public:
+  TargetWriter(const std::string& folder, const FilterEnv& env, ConvertReport* report);
+  ~TargetWriter();
+  TargetWriter(const TargetWriter&) = delete;
+  TargetWriter& operator=(const TargetWriter&) = delete;
+
+  WriteOutcome Write(FFFilter& f, int format);
+
+ private:
+  WriteOutcome Fail(WriteOutcome outcome);
+
+  std::string folder_;
+  std::string stage_;
+  const FilterEnv& env_;
+  ConvertReport* report_;
+};
+
+// One record through a TargetWriter of its own.
 WriteOutcome WriteByFormat(FFFilter& f, const std::string& folder, int format,
                            const FilterEnv& env, ConvertReport* report);
 

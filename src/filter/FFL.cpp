@@ -353,6 +353,7 @@ bool Convertffl(FFFilter& f, const std::string& libraryPath, std::string targetF
   in->ReadLine(line);
   const std::string count = std::to_string(LeadingNumber(line));
 
+  TargetWriter writer(targetFolder, env, &out);
   bool ok = true;
   // The walk ends at the end of the file; the count only feeds the progress text.
   for (long number = 1;; ++number) {
@@ -380,7 +381,7 @@ bool Convertffl(FFFilter& f, const std::string& libraryPath, std::string targetF
         break;
       }
       if (answer == kOverwriteGo) {
-        if (WriteByFormat(f, targetFolder, format, env, &out) == WriteOutcome::FolderFailed) {
+        if (writer.Write(f, format) == WriteOutcome::FolderFailed) {
           shell.ErrorMessage(UnusableFolder(targetFolder));
           ok = false;
           break;
@@ -410,6 +411,7 @@ bool cmd_Extract(FFFilter& f, const FFLLibrary& library, const std::vector<int>&
   const std::vector<std::string> order = AddtoArrayList(selected);
   const std::string total = std::to_string(order.size());
   check.OverwriteCheck("", "");
+  TargetWriter writer(folder, env, &report);
   bool ok = true;
   for (size_t i = 0; i < order.size(); ++i) {
     if (shell.EscapePressed()) {
@@ -435,7 +437,7 @@ bool cmd_Extract(FFFilter& f, const FFLLibrary& library, const std::vector<int>&
       continue;
     }
     ApplyNameRule(f, env.options);
-    if (WriteByFormat(f, folder, format, env, &report) == WriteOutcome::FolderFailed) {
+    if (writer.Write(f, format) == WriteOutcome::FolderFailed) {
       shell.ErrorMessage(UnusableFolder(folder));
       ok = false;
       break;
