@@ -186,7 +186,7 @@ TEST(FFMath, DivisionByAKnownNumberEqualsIntegerDivision) {
       // Exact multiples are where a reciprocal is most likely to fall short.
       int32_t m = Mul(Div(a, d), d);
       EXPECT_EQ(cd.Quot(m), Div(m, d)) << m << " / " << d;
-      EXPECT_EQ(cd.Quot(m - 1), Div(m - 1, d)) << m - 1 << " / " << d;
+      EXPECT_EQ(cd.Quot(Sub(m, 1)), Div(Sub(m, 1), d)) << m << " - 1 / " << d;
     }
     for (int i = 0; i < 20000; ++i) {
       int32_t a = int32_t(gen());

@@ -1,0 +1,292 @@
+#include "host/ImageLibrary.h"
+
+#include <QByteArray>
+#include <QClipboard>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QImageReader>
+#include <QPainter>
+#include <QSaveFile>
+
+#include "filter/CompiledReaders.h"
+#include "filter/Paths.h"
+
+namespace trel {
+
+namespace {
+
+QString FromLocal(const std::string& s) { return QString::fromLocal8Bit(s.data(), qsizetype(s.size())); }
+
+int16_t BitCountOf(const QImage& img) {
+  switch (img.format()) {
+    case QImage::Format_RGB888:
+    case QImage::Format_BGR888:
+      return 24;
+    default:
+      return static_cast<int16_t>(img.depth());
+  }
+}
+
+bool RectInside(const ImgRect& r, const QImage& img) {
+  return r.left >= 0 && r.top >= 0 && r.left <= r.right && r.top <= r.bottom &&
+         r.right < img.width() && r.bottom < img.height();
+}
+
+QRect ToQRect(const ImgRect& r) { return QRect(QPoint(r.left, r.top), QPoint(r.right, r.bottom)); }
+
+}  // namespace
+
+std::string ImgStatusText(int32_t status) {
+  switch (status) {
+    case IMG_OK: return "No error.";
+    case IMG_ERR_BAD_HANDLE: return "Invalid image handle.";
+    case IMG_ERR_FILE_OPEN: return "The image file could not be opened or read.";
+    case IMG_ERR_FILE_WRITE: return "The image file could not be written.";
+    case IMG_ERR_BAD_FORMAT: return "Unsupported image format.";
+    case IMG_ERR_BAD_RECT: return "The rectangle lies outside the image.";
+    case IMG_ERR_NO_MEMORY: return "Not enough memory for the image.";
+    case IMG_ERR_NO_HOST: return "The plugin host is not loaded.";
+    case IMG_ERR_HOST_FOLDER: return "The plugin host folder does not exist.";
+    case IMG_ERR_PLUGIN_OPEN: return "The plugin file could not be found.";
+    case IMG_ERR_NOT_SUPPORTED: return "This plugin cannot be run by the plugin host.";
+    case IMG_ERR_PLUGIN_CODE: return "The plugin's filter code contains an error.";
+    case IMG_ERR_NO_PLUGIN: return "No plugin is loaded.";
+    case IMG_ERR_CANCELLED: return "The plugin was cancelled.";
+    case IMG_ERR_NO_SCANNER: return "There's no scanning device available.";
+    case IMG_ERR_NO_CLIPBOARD: return "The clipboard holds no picture.";
+    default: return "Unknown image library error " + std::to_string(status) + ".";
+  }
+}
+
+ImageLibrary::ImageLibrary(ShellHooks& shell) : shell_(shell) {}
+
+QImage* ImageLibrary::image(ImgHandle handle) {
+  auto it = images_.find(handle);
+  return it == images_.end() ? nullptr : &it->second;
+}
+
+ImgHandle ImageLibrary::Adopt(QImage img) {
+  if (img.isNull()) return Fail(IMG_ERR_NO_MEMORY), 0;
+  // Handles are never reused within a run, so a stale handle cannot reach a new picture.
+  ImgHandle h = nextHandle_++;
+  images_.emplace(h, std::move(img));
+  status_ = IMG_OK;
+  return h;
+}
+
+ImgHandle ImageLibrary::ImgOpenSolo(const std::string& path, const std::string& options) {
+  (void)options;
+  QImageReader reader(FromLocal(path));
+  QImage img = reader.read();
+  if (img.isNull()) return Fail(IMG_ERR_FILE_OPEN), 0;
+  // Qt widens 24-bit files to 32 bits without alpha; the callers expect the
+  // bit count of a true-colour picture without alpha to be 24.
+  if (img.format() == QImage::Format_RGB32) img = img.convertToFormat(QImage::Format_RGB888);
+  return Adopt(std::move(img));
+}
+
+int32_t ImageLibrary::ImgClose(ImgHandle image) {
+  if (images_.erase(image) == 0) return Fail(IMG_ERR_BAD_HANDLE);
+  return status_ = IMG_OK;
+}
+
+int32_t ImageLibrary::ImgGetInfoStruct(ImgHandle image, ImgInfo& info, int32_t* further) {
+  const QImage* img = this->image(image);
+  if (!img) return Fail(IMG_ERR_BAD_HANDLE);
+  info.width = img->width();
+  info.height = img->height();
+  info.bitCount = BitCountOf(*img);
+  if (further) *further = 0;
+  return status_ = IMG_OK;
+}
+
+ImgHandle ImageLibrary::ImgCopy(ImgHandle image, int32_t left, int32_t top, int32_t right,
+                                int32_t bottom, int32_t further) {
+  (void)further;
+  const QImage* img = this->image(image);
+  if (!img) return Fail(IMG_ERR_BAD_HANDLE), 0;
+  ImgRect r{left, top, right, bottom};
+  if (!RectInside(r, *img)) return Fail(IMG_ERR_BAD_RECT), 0;
+  return Adopt(img->copy(ToQRect(r)));
+}
+
+ImgHandle ImageLibrary::ImgIncreaseColors(ImgHandle image, int32_t bits) {
+  const QImage* img = this->image(image);
+  if (!img) return Fail(IMG_ERR_BAD_HANDLE), 0;
+  QImage::Format format;
+  if (bits == 24) format = QImage::Format_RGB888;
+  else if (bits == 32) format = QImage::Format_ARGB32;
+  else return Fail(IMG_ERR_BAD_FORMAT), 0;
+  return Adopt(img->convertToFormat(format));
+}
+
+int32_t ImageLibrary::ImgDrawImage(ImgHandle image, QPaintDevice* device, const ImgRect& target,
+                                   const ImgRect& source) {
+  const QImage* img = this->image(image);
+  if (!img) return Fail(IMG_ERR_BAD_HANDLE);
+  if (!device) return Fail(IMG_ERR_BAD_RECT);
+  QPainter painter(device);
+  painter.setRenderHint(QPainter::SmoothPixmapTransform);
+  painter.drawImage(ToQRect(target), *img, ToQRect(source));
+  return status_ = IMG_OK;
+}
+
+int32_t ImageLibrary::ImgPrintImage(ImgHandle image, QPaintDevice* device, const ImgRect& target,
+                                    const ImgRect& source) {
+  // A printer is a paint device like any other.
+  return ImgDrawImage(image, device, target, source);
+}
+
+int32_t ImageLibrary::ImgXWriteImage(const std::string& path, const std::string& options,
+                                     ImgHandle image, WindowHandle window) {
+  (void)options;
+  (void)window;
+  const QImage* img = this->image(image);
+  if (!img) return Fail(IMG_ERR_BAD_HANDLE);
+  QString qpath = FromLocal(path);
+  QByteArray format = QFileInfo(qpath).suffix().toLower().toLatin1();
+  if (format == "jpeg") format = "jpg";
+  QSaveFile file(qpath);
+  if (!file.open(QIODevice::WriteOnly)) return Fail(IMG_ERR_FILE_WRITE);
+  if (!img->save(&file, format.isEmpty() ? nullptr : format.constData())) {
+    file.cancelWriting();
+    return Fail(format.isEmpty() ? IMG_ERR_BAD_FORMAT : IMG_ERR_FILE_WRITE);
+  }
+  if (!file.commit()) return Fail(IMG_ERR_FILE_WRITE);
+  return status_ = IMG_OK;
+}
+
+ImgHandle ImageLibrary::ImgFromClipboard() {
+  // Without a GUI application (the command line, tests) there is no clipboard.
+  if (!qobject_cast<QGuiApplication*>(QCoreApplication::instance()))
+    return Fail(IMG_ERR_NO_CLIPBOARD), 0;
+  QImage img = QGuiApplication::clipboard()->image();
+  if (img.isNull()) return Fail(IMG_ERR_NO_CLIPBOARD), 0;
+  return Adopt(std::move(img));
+}
+
+ImgHandle ImageLibrary::ImgOpenDialog(std::string& chosenFile, int32_t flags) {
+  (void)flags;
+  if (!openDialog_) return 0;
+  std::string path = openDialog_();
+  if (path.empty()) return 0;
+  ImgHandle h = ImgOpenSolo(path, "");
+  if (h != 0) chosenFile = path;
+  return h;
+}
+
+int32_t ImageLibrary::ImgErrBox(WindowHandle window) {
+  (void)window;
+  shell_.MsgBox(ImgStatusText(status_), MsgButtons::Ok, MsgIcon::Exclamation, "Image Library");
+  return IMG_OK;
+}
+
+int32_t ImageLibrary::ScanSelectSource(WindowHandle window) {
+  (void)window;
+  Fail(IMG_ERR_NO_SCANNER);
+  return 0;
+}
+
+// --- plugin host -------------------------------------------------------------
+
+int32_t ImageLibrary::ImgPlugInHostLoad(const std::string& folder) {
+  if (!folder.empty() && !QFileInfo(FromLocal(folder)).isDir()) return Fail(IMG_ERR_HOST_FOLDER);
+  hostLoaded_ = true;
+  hostFolder_ = folder.empty() ? std::string() : WithTrailingSeparator(folder);
+  pluginLoaded_ = false;
+  return status_ = IMG_OK;
+}
+
+int32_t ImageLibrary::ImgPlugInHostUnload() {
+  hostLoaded_ = false;
+  pluginLoaded_ = false;
+  compiled_ = {};
+  return status_ = IMG_OK;
+}
+
+bool ImageLibrary::ReadPlugin(const std::string& pluginPath, FFFilter& f) {
+  std::string path = pluginPath;
+  // A bare name such as "temp.dll" is looked for in the host's folder first.
+  if (!hostFolder_.empty() && !QFileInfo(FromLocal(path)).isAbsolute() &&
+      FileExists(hostFolder_ + path))
+    path = hostFolder_ + path;
+  if (!FileExists(path)) return Fail(IMG_ERR_PLUGIN_OPEN), false;
+  std::string folder, name;
+  SplitPath(path, folder, name);
+  FilterEnv env;
+  env.shell = &shell_;
+  if (!Read8bf(f, folder, name, false, false, env)) return Fail(IMG_ERR_NOT_SUPPORTED), false;
+  return true;
+}
+
+int32_t ImageLibrary::ImgPlugInLoad(const std::string& pluginPath) {
+  if (!hostLoaded_) return Fail(IMG_ERR_NO_HOST);
+  pluginLoaded_ = false;
+  compileError_ = {};
+  FFFilter f;
+  if (!ReadPlugin(pluginPath, f)) return status_;
+  ff::CompiledFilter compiled =
+      ff::CompileFilter({f.codeR, f.codeG, f.codeB, f.codeA}, &compileError_);
+  if (!compiled.valid()) return Fail(IMG_ERR_PLUGIN_CODE);
+  filter_ = f;
+  compiled_ = std::move(compiled);
+  pluginLoaded_ = true;
+  return status_ = IMG_OK;
+}
+
+int32_t ImageLibrary::ImgPlugInInvoke(ImgHandle image, WindowHandle window, const ImgRect& rect) {
+  (void)window;  // a Filter Factory plugin runs with its stored values and no dialog
+  if (!hostLoaded_) return Fail(IMG_ERR_NO_HOST);
+  if (!pluginLoaded_) return Fail(IMG_ERR_NO_PLUGIN);
+  QImage* img = this->image(image);
+  if (!img) return Fail(IMG_ERR_BAD_HANDLE);
+  if (!RectInside(rect, *img)) return Fail(IMG_ERR_BAD_RECT);
+
+  // The engine works on R, G, B, A bytes; the picture keeps its own format.
+  const QImage::Format original = img->format();
+  const bool alpha = img->hasAlphaChannel();
+  QImage work = img->copy(ToQRect(rect))
+                    .convertToFormat(alpha ? QImage::Format_RGBA8888 : QImage::Format_RGBX8888);
+  if (work.isNull()) return Fail(IMG_ERR_NO_MEMORY);
+  QImage result(work.size(), work.format());
+  if (result.isNull()) return Fail(IMG_ERR_NO_MEMORY);
+  ff::ConstImageView src{work.constBits(), work.width(), work.height(), work.bytesPerLine(), alpha};
+  ff::ImageView dst{result.bits(), result.width(), result.height(), result.bytesPerLine(), alpha};
+  ff::Controls ctl{};
+  for (int i = 0; i < 8; ++i) ctl[size_t(i)] = filter_.ctlValue[i + 1];
+  ff::RenderOptions options;
+  options.cancel = cancel_;
+  ff::RenderStatus st = ff::RenderFilter(compiled_, ctl, src, dst, options);
+  if (st == ff::RenderStatus::Cancelled) return Fail(IMG_ERR_CANCELLED);
+  if (st != ff::RenderStatus::Done) return Fail(IMG_ERR_NO_MEMORY);
+
+  QImage back = result.convertToFormat(img->format() == QImage::Format_Indexed8 ||
+                                               img->format() == QImage::Format_Mono ||
+                                               img->format() == QImage::Format_MonoLSB
+                                           ? (alpha ? QImage::Format_ARGB32 : QImage::Format_RGB32)
+                                           : original);
+  if (rect.left == 0 && rect.top == 0 && rect.right == img->width() - 1 &&
+      rect.bottom == img->height() - 1) {
+    *img = back;
+  } else {
+    if (img->format() != back.format()) *img = img->convertToFormat(back.format());
+    QPainter painter(img);
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    painter.drawImage(QPoint(rect.left, rect.top), back);
+  }
+  return status_ = IMG_OK;
+}
+
+int32_t ImageLibrary::ImgPlugInAbout(WindowHandle window, const std::string& pluginPath) {
+  (void)window;
+  if (!hostLoaded_) return Fail(IMG_ERR_NO_HOST);
+  FFFilter f;
+  if (!ReadPlugin(pluginPath, f)) return status_;
+  std::string text = f.title;
+  if (!f.copyright.empty()) text += "\n\n" + f.copyright;
+  if (!f.author.empty()) text += "\n" + f.author;
+  shell_.MsgBox(text, MsgButtons::Ok, MsgIcon::Information, "About " + f.title);
+  return status_ = IMG_OK;
+}
+
+}  // namespace trel

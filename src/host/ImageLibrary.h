@@ -1,0 +1,132 @@
+// The image library every picture of the program goes through: pictures are
+// 32-bit handles (0 is none) into a table of QImage owned by one ImageLibrary,
+// with the operations the program calls under their names. It is also the
+// plugin host: a Filter Factory plugin, recognised by its file, runs through
+// our own engine with the control values stored in it and no dialog; any
+// other plugin is refused with an error code, so callers show their message.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+
+#include <QImage>
+
+#include "filter/FFFilter.h"
+#include "filter/FilterEnv.h"
+#include "host/ff/FFEngine.h"
+
+class QPaintDevice;
+
+namespace trel {
+
+using ImgHandle = int32_t;        // 0: no image
+using WindowHandle = uintptr_t;   // opaque; 0: none
+
+// Results other than 1. ImgGetStatus gives the last one, ImgErrBox shows it.
+enum ImgStatus : int32_t {
+  IMG_OK = 1,
+  IMG_ERR_BAD_HANDLE = -1,
+  IMG_ERR_FILE_OPEN = -2,
+  IMG_ERR_FILE_WRITE = -3,
+  IMG_ERR_BAD_FORMAT = -4,
+  IMG_ERR_BAD_RECT = -5,
+  IMG_ERR_NO_MEMORY = -6,
+  IMG_ERR_NO_HOST = -10,        // the plugin host is not loaded
+  IMG_ERR_HOST_FOLDER = -11,    // the host folder does not exist
+  IMG_ERR_PLUGIN_OPEN = -12,    // no such plugin file
+  IMG_ERR_NOT_SUPPORTED = -13,  // a plugin this host cannot run
+  IMG_ERR_PLUGIN_CODE = -14,    // a Filter Factory plugin whose code does not compile
+  IMG_ERR_NO_PLUGIN = -15,      // no plugin loaded
+  IMG_ERR_CANCELLED = -16,
+  IMG_ERR_NO_SCANNER = -20,
+  IMG_ERR_NO_CLIPBOARD = -21,
+};
+
+// The fields of the information record that are used (a BITMAPINFOHEADER).
+struct ImgInfo {
+  int32_t width = 0;
+  int32_t height = 0;
+  int16_t bitCount = 0;
+};
+
+// left, top, right, bottom; right and bottom are the last pixel inside.
+struct ImgRect {
+  int32_t left = 0, top = 0, right = 0, bottom = 0;
+};
+
+class ImageLibrary {
+ public:
+  explicit ImageLibrary(ShellHooks& shell);
+
+  // Pictures.
+  ImgHandle ImgOpenSolo(const std::string& path, const std::string& options);
+  int32_t ImgClose(ImgHandle image);
+  int32_t ImgGetInfoStruct(ImgHandle image, ImgInfo& info, int32_t* further = nullptr);
+  ImgHandle ImgCopy(ImgHandle image, int32_t left, int32_t top, int32_t right, int32_t bottom,
+                    int32_t further = 0);
+  ImgHandle ImgIncreaseColors(ImgHandle image, int32_t bits);
+  int32_t ImgDrawImage(ImgHandle image, QPaintDevice* device, const ImgRect& target,
+                       const ImgRect& source);
+  int32_t ImgPrintImage(ImgHandle image, QPaintDevice* device, const ImgRect& target,
+                        const ImgRect& source);
+  // Writes in the format of the path's extension; a file that stood there is
+  // only replaced once the new one is complete.
+  int32_t ImgXWriteImage(const std::string& path, const std::string& options, ImgHandle image,
+                         WindowHandle window);
+  ImgHandle ImgFromClipboard();
+  // The open dialog with preview; the program installs the dialog (see
+  // setOpenDialog). Returns the new handle, 0 when nothing was chosen.
+  ImgHandle ImgOpenDialog(std::string& chosenFile, int32_t flags);
+  int32_t ImgErrBox(WindowHandle window);
+  int32_t ImgGetStatus() const { return status_; }
+  int32_t ScanIsTWAINAvailable() { return 0; }
+  int32_t ScanSelectSource(WindowHandle window);
+
+  // The plugin host.
+  int32_t ImgPlugInHostIsEnabled() const { return hostLoaded_ ? 1 : 0; }
+  int32_t ImgPlugInHostLoad(const std::string& folder);
+  int32_t ImgPlugInHostUnload();
+  int32_t ImgPlugInLoad(const std::string& pluginPath);
+  int32_t ImgPlugInInvoke(ImgHandle image, WindowHandle window, const ImgRect& rect);
+  int32_t ImgPlugInAbout(WindowHandle window, const std::string& pluginPath);
+
+  // For the program's windows: the picture behind a handle (null if none),
+  // and taking a picture into the table.
+  QImage* image(ImgHandle handle);
+  ImgHandle Adopt(QImage image);
+  size_t openImages() const { return images_.size(); }
+
+  // The filter of the loaded plugin, and why the last plugin would not load.
+  const FFFilter& loadedFilter() const { return filter_; }
+  const ff::CompileError& lastCompileError() const { return compileError_; }
+
+  void setOpenDialog(std::function<std::string()> dialog) { openDialog_ = std::move(dialog); }
+  // Polled while a plugin runs; true cancels it (Esc in the program).
+  void setCancel(std::function<bool()> cancel) { cancel_ = std::move(cancel); }
+
+ private:
+  int32_t Fail(int32_t status) { return status_ = status; }
+  bool ReadPlugin(const std::string& path, FFFilter& f);
+
+  ShellHooks& shell_;
+  std::map<ImgHandle, QImage> images_;
+  ImgHandle nextHandle_ = 1;
+  int32_t status_ = IMG_OK;
+
+  bool hostLoaded_ = false;
+  std::string hostFolder_;
+  bool pluginLoaded_ = false;
+  FFFilter filter_;
+  ff::CompiledFilter compiled_;
+  ff::CompileError compileError_;
+
+  std::function<std::string()> openDialog_;
+  std::function<bool()> cancel_;
+};
+
+// Status texts as ImgErrBox shows them.
+std::string ImgStatusText(int32_t status);
+
+}  // namespace trel

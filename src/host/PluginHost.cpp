@@ -1,0 +1,115 @@
+#include "host/PluginHost.h"
+
+#include <exception>
+
+#include <QProcess>
+#include <QString>
+#include <QStringList>
+
+#include "filter/Paths.h"
+
+namespace trel {
+
+namespace {
+
+const char* const kProgramTitle = "Trel";
+
+}  // namespace
+
+void PluginInvoke(ImageLibrary& lib, HostState& state, ShellHooks& shell,
+                  const std::string& hostFolder, const std::string& pluginFile,
+                  QPaintDevice* target, bool draw, WindowHandle& parentWindow, bool& result) {
+  result = false;
+  if (parentWindow == 0) parentWindow = state.mainWindow;
+  if (state.PreviewImage == 0) return;
+  try {
+    ImgInfo info;
+    lib.ImgGetInfoStruct(state.PreviewImage, info);
+    const ImgRect rect{0, 0, info.width - 1, info.height - 1};
+    // 4 - host load
+    if (lib.ImgPlugInHostLoad(hostFolder) != IMG_OK) {
+      lib.ImgErrBox(state.mainWindow);
+    } else {
+      // 5 - plugin load
+      if (lib.ImgPlugInLoad(pluginFile) != IMG_OK) {
+        shell.MsgBox(
+            "An error occured while loading the plugin!\n"
+            "The plugin may be invalid or\n"
+            "you may need msvcrt10.dll or plugin.dll\n"
+            "in your Windows System folder.",
+            MsgButtons::Ok, MsgIcon::Critical, kProgramTitle);
+      } else if (lib.ImgPlugInInvoke(state.PreviewImage, parentWindow, rect) == IMG_OK) {
+        // 6 - Plugin Invoke went through (a cancelled run is no error); 7 - Drawing
+        if (draw && target) lib.ImgDrawImage(state.PreviewImage, target, rect, rect);
+        result = true;
+      }
+    }
+  } catch (const std::exception& e) {
+    shell.ErrorMessage(e.what());
+  }
+  // 8 - Host Unload, whatever happened above.
+  lib.ImgPlugInHostUnload();
+}
+
+void cmd_AboutDialog(ImageLibrary& lib, HostState& state, ShellHooks& shell,
+                     const std::string& selectedFile) {
+  try {
+    if (selectedFile.empty()) {
+      shell.MsgBox("Please select a plugin or other supported file.", MsgButtons::Ok,
+                   MsgIcon::Exclamation, kProgramTitle);
+      return;
+    }
+    const std::string four = LastFour(selectedFile);
+    if (four == "_8bf") {
+      MsgResult answer = shell.MsgBox(
+          "Photoshop-compatible plugins without a file extension can cause a crash\n"
+          "when you try to execute them. To avoid this risk please use the En/Disable \n"
+          "command to add a .8bf or ._bf extension to the plugin file.\n"
+          "\n"
+          "Do you want to execute this plugin anyway?",
+          MsgButtons::YesNo, MsgIcon::Exclamation, "Warning");
+      if (answer != MsgResult::Yes) return;
+    } else if (four != ".8bf" && four != "._bf") {
+      shell.MsgBox("Please select a Photoshop-compatible plugin to execute this function.",
+                   MsgButtons::Ok, MsgIcon::Exclamation, kProgramTitle);
+      return;
+    }
+    // A host left loaded by an earlier failed about box goes first.
+    if (lib.ImgPlugInHostIsEnabled() != 0 && lib.ImgPlugInHostUnload() != IMG_OK) return;
+    if (lib.ImgPlugInHostLoad("") != IMG_OK) return;
+    if (lib.ImgPlugInAbout(state.mainWindow, selectedFile) == IMG_OK) lib.ImgPlugInHostUnload();
+  } catch (const std::exception& e) {
+    shell.ErrorMessage(e.what());
+  }
+}
+
+bool ApplyFilter(ImageLibrary& lib, ImgHandle image, const std::string& plugin,
+                 WindowHandle parentWindow) {
+  ImgInfo info;
+  if (lib.ImgGetInfoStruct(image, info) != IMG_OK) return false;
+  bool changed = false;
+  if (lib.ImgPlugInHostLoad("") == IMG_OK && lib.ImgPlugInLoad(plugin) == IMG_OK)
+    changed = lib.ImgPlugInInvoke(image, parentWindow, {0, 0, info.width - 1, info.height - 1}) == IMG_OK;
+  lib.ImgPlugInHostUnload();
+  return changed;
+}
+
+bool RunDLL(const std::string& arguments) {
+  const std::string openAs = "shell32.dll,OpenAs_RunDLL ";
+  if (arguments.compare(0, openAs.size(), openAs) != 0) return false;
+  const QString path = QString::fromLocal8Bit(arguments.substr(openAs.size()));
+  return QProcess::startDetached("xdg-open", {path});
+}
+
+int ShellAndWait(const std::string& commandLine) {
+  QStringList parts = QProcess::splitCommand(QString::fromLocal8Bit(commandLine));
+  if (parts.isEmpty()) return -1;
+  QProcess process;
+  const QString program = parts.takeFirst();
+  process.start(program, parts);
+  if (!process.waitForStarted(-1)) return -1;
+  process.waitForFinished(-1);
+  return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+}
+
+}  // namespace trel

@@ -1,0 +1,217 @@
+#include "host/ImageLibrary.h"
+
+#include <gtest/gtest.h>
+
+#include <QPainter>
+
+#include "HostTestSupport.h"
+#include "host/ff/FFEngine.h"
+#include "support/RecordingShell.h"
+#include "support/TempDir.h"
+
+namespace trel {
+namespace {
+
+using test::RecordingShell;
+using test::TempDir;
+
+class ImageLibraryTest : public ::testing::Test {
+ protected:
+  TempDir dir;
+  RecordingShell shell;
+  ImageLibrary lib{shell};
+
+  std::string SavePicture(const QImage& img, const std::string& name) {
+    std::string path = dir.file(name);
+    EXPECT_TRUE(img.save(QString::fromStdString(path)));
+    return path;
+  }
+
+  // What the engine makes of `img` with the filter's code and control values.
+  static QImage RunDirectly(const QImage& img, const FFFilter& f) {
+    const bool alpha = img.hasAlphaChannel();
+    QImage work = img.convertToFormat(alpha ? QImage::Format_RGBA8888 : QImage::Format_RGBX8888);
+    QImage out(work.size(), work.format());
+    ff::CompileError err;
+    ff::CompiledFilter cf = ff::CompileFilter({f.codeR, f.codeG, f.codeB, f.codeA}, &err);
+    EXPECT_TRUE(cf.valid()) << err.message;
+    ff::Controls ctl{};
+    for (int i = 0; i < 8; ++i) ctl[size_t(i)] = f.ctlValue[i + 1];
+    ff::RenderFilter(cf, ctl, {work.constBits(), work.width(), work.height(), work.bytesPerLine(), alpha},
+                     {out.bits(), out.width(), out.height(), out.bytesPerLine(), alpha});
+    return out;
+  }
+};
+
+TEST_F(ImageLibraryTest, OpensDescribesCopiesAndClosesPictures) {
+  const std::string path = SavePicture(test::PatternPicture(7, 5, false), "p.bmp");
+  ImgHandle h = lib.ImgOpenSolo(path, "");
+  ASSERT_NE(h, 0);
+  ImgInfo info;
+  int32_t further = 99;
+  EXPECT_EQ(lib.ImgGetInfoStruct(h, info, &further), IMG_OK);
+  EXPECT_EQ(info.width, 7);
+  EXPECT_EQ(info.height, 5);
+  EXPECT_EQ(info.bitCount, 24);
+
+  ImgHandle part = lib.ImgCopy(h, 1, 2, 3, 4);
+  ASSERT_NE(part, 0);
+  ASSERT_EQ(lib.ImgGetInfoStruct(part, info), IMG_OK);
+  EXPECT_EQ(info.width, 3);
+  EXPECT_EQ(info.height, 3);
+  EXPECT_EQ(lib.image(part)->pixel(0, 0), lib.image(h)->pixel(1, 2));
+  EXPECT_EQ(lib.ImgCopy(h, 0, 0, 7, 4), 0);  // one column too far
+  EXPECT_EQ(lib.ImgGetStatus(), IMG_ERR_BAD_RECT);
+
+  EXPECT_EQ(lib.ImgClose(h), IMG_OK);
+  EXPECT_EQ(lib.ImgClose(h), IMG_ERR_BAD_HANDLE);
+  EXPECT_EQ(lib.ImgGetInfoStruct(h, info), IMG_ERR_BAD_HANDLE);
+  EXPECT_EQ(lib.ImgClose(0), IMG_ERR_BAD_HANDLE);
+  EXPECT_EQ(lib.ImgClose(part), IMG_OK);
+  EXPECT_EQ(lib.openImages(), 0u);
+}
+
+TEST_F(ImageLibraryTest, UnreadableFilesGiveNoHandle) {
+  EXPECT_EQ(lib.ImgOpenSolo(dir.file("missing.png"), ""), 0);
+  EXPECT_EQ(lib.ImgGetStatus(), IMG_ERR_FILE_OPEN);
+  EXPECT_EQ(lib.ImgOpenSolo(dir.Write("junk.bmp", std::string("BM\x10\0\0\0garbage", 13)), ""), 0);
+  EXPECT_EQ(lib.ImgOpenSolo(dir.Write("empty.png", ""), ""), 0);
+  lib.ImgErrBox(0);
+  ASSERT_EQ(shell.boxes.size(), 1u);
+  EXPECT_EQ(shell.boxes[0].text, ImgStatusText(IMG_ERR_FILE_OPEN));
+}
+
+TEST_F(ImageLibraryTest, IncreaseColorsMakesANewTwentyFourBitPicture) {
+  QImage indexed = test::PatternPicture(4, 4, false).convertToFormat(QImage::Format_Indexed8);
+  ImgHandle h = lib.Adopt(indexed);
+  ImgHandle wide = lib.ImgIncreaseColors(h, 24);
+  ASSERT_NE(wide, 0);
+  ImgInfo info;
+  lib.ImgGetInfoStruct(wide, info);
+  EXPECT_EQ(info.bitCount, 24);
+  lib.ImgGetInfoStruct(h, info);
+  EXPECT_EQ(info.bitCount, 8);  // the old one stands
+  EXPECT_EQ(lib.ImgIncreaseColors(h, 13), 0);
+}
+
+TEST_F(ImageLibraryTest, WritesByExtensionAndNeverLeavesAHalfFile) {
+  ImgHandle h = lib.Adopt(test::PatternPicture(6, 3, false));
+  for (const char* name : {"out.bmp", "out.png"}) {
+    ASSERT_EQ(lib.ImgXWriteImage(dir.file(name), "", h, 0), IMG_OK) << name;
+    QImage back(QString::fromStdString(dir.file(name)));
+    EXPECT_EQ(back.size(), QSize(6, 3));
+    EXPECT_EQ(back.pixel(5, 2), lib.image(h)->pixel(5, 2));
+  }
+  const std::string keep = dir.Write("keep.xyz", "precious");
+  EXPECT_NE(lib.ImgXWriteImage(keep, "", h, 0), IMG_OK);
+  EXPECT_EQ(dir.Read("keep.xyz"), "precious");
+  EXPECT_NE(lib.ImgXWriteImage(dir.file("nofolder/out.png"), "", h, 0), IMG_OK);
+  EXPECT_NE(lib.ImgXWriteImage(dir.file("x.png"), "", 12345, 0), IMG_OK);
+}
+
+TEST_F(ImageLibraryTest, DrawsIntoAPaintDevice) {
+  QImage red(2, 2, QImage::Format_RGB32);
+  red.fill(Qt::red);
+  ImgHandle h = lib.Adopt(red);
+  QImage canvas(10, 10, QImage::Format_RGB32);
+  canvas.fill(Qt::white);
+  EXPECT_EQ(lib.ImgDrawImage(h, &canvas, {2, 2, 5, 5}, {0, 0, 1, 1}), IMG_OK);
+  EXPECT_EQ(canvas.pixelColor(3, 3), QColor(Qt::red));
+  EXPECT_EQ(canvas.pixelColor(0, 0), QColor(Qt::white));
+  EXPECT_EQ(canvas.pixelColor(7, 7), QColor(Qt::white));
+  EXPECT_NE(lib.ImgDrawImage(0, &canvas, {0, 0, 1, 1}, {0, 0, 1, 1}), IMG_OK);
+}
+
+TEST_F(ImageLibraryTest, NoScannerAndNoClipboardWithoutAWindowSystem) {
+  EXPECT_EQ(lib.ScanIsTWAINAvailable(), 0);
+  EXPECT_EQ(lib.ScanSelectSource(0), 0);
+  EXPECT_EQ(lib.ImgFromClipboard(), 0);
+}
+
+TEST_F(ImageLibraryTest, CompiledPluginGivesTheSamePixelsAsItsSource) {
+  FFFilter f = test::SampleFilter("src(x+1,y,z) - ctl(0) + x*y");
+  f.codeA = "255 - a/2";
+  const std::string plugin = test::CompilePlugin(dir, f);
+  ASSERT_FALSE(plugin.empty());
+  for (bool alpha : {false, true}) {
+    QImage picture = test::PatternPicture(9, 6, alpha);
+    ImgHandle h = lib.Adopt(picture);
+    ASSERT_EQ(lib.ImgPlugInHostLoad(dir.path()), IMG_OK);
+    EXPECT_EQ(lib.ImgPlugInHostIsEnabled(), 1);
+    ASSERT_EQ(lib.ImgPlugInLoad(plugin), IMG_OK) << ImgStatusText(lib.ImgGetStatus());
+    EXPECT_EQ(lib.loadedFilter().title, "Sample Filter");
+    ASSERT_EQ(lib.ImgPlugInInvoke(h, 0, {0, 0, 8, 5}), IMG_OK);
+    QImage expect = RunDirectly(picture, f);
+    QImage got = *lib.image(h);
+    EXPECT_EQ(got.format(), picture.format());  // the picture keeps its format
+    for (int y = 0; y < 6; ++y)
+      for (int x = 0; x < 9; ++x) {
+        QColor e = expect.pixelColor(x, y), g = got.pixelColor(x, y);
+        ASSERT_EQ(g.red(), e.red()) << x << "," << y;
+        ASSERT_EQ(g.green(), e.green());
+        ASSERT_EQ(g.blue(), e.blue());
+        ASSERT_EQ(g.alpha(), alpha ? e.alpha() : 255);
+      }
+    EXPECT_EQ(lib.ImgPlugInHostUnload(), IMG_OK);
+    EXPECT_EQ(lib.ImgPlugInHostIsEnabled(), 0);
+  }
+}
+
+TEST_F(ImageLibraryTest, InvokeOnPartOfThePictureLeavesTheRest) {
+  const std::string plugin = test::CompilePlugin(dir, test::SampleFilter("255"));
+  ASSERT_FALSE(plugin.empty());
+  QImage picture = test::PatternPicture(8, 8, false);
+  ImgHandle h = lib.Adopt(picture);
+  lib.ImgPlugInHostLoad("");
+  ASSERT_EQ(lib.ImgPlugInLoad(plugin), IMG_OK);
+  ASSERT_EQ(lib.ImgPlugInInvoke(h, 0, {2, 3, 4, 5}), IMG_OK);
+  EXPECT_EQ(lib.image(h)->pixelColor(3, 4), QColor(255, 255, 255));
+  EXPECT_EQ(lib.image(h)->pixelColor(1, 4), picture.pixelColor(1, 4));
+  EXPECT_EQ(lib.image(h)->pixelColor(5, 4), picture.pixelColor(5, 4));
+  EXPECT_EQ(lib.image(h)->pixelColor(3, 6), picture.pixelColor(3, 6));
+  EXPECT_EQ(lib.ImgPlugInInvoke(h, 0, {0, 0, 8, 7}), IMG_ERR_BAD_RECT);
+}
+
+TEST_F(ImageLibraryTest, RefusesWhatItCannotRun) {
+  ImgHandle h = lib.Adopt(test::PatternPicture(3, 3, false));
+  EXPECT_EQ(lib.ImgPlugInLoad(dir.Write("any.8bf", "MZ")), IMG_ERR_NO_HOST);
+  EXPECT_EQ(lib.ImgPlugInHostLoad(dir.file("no-such-folder")), IMG_ERR_HOST_FOLDER);
+  ASSERT_EQ(lib.ImgPlugInHostLoad(""), IMG_OK);
+  EXPECT_EQ(lib.ImgPlugInInvoke(h, 0, {0, 0, 2, 2}), IMG_ERR_NO_PLUGIN);
+  EXPECT_EQ(lib.ImgPlugInLoad(dir.file("missing.8bf")), IMG_ERR_PLUGIN_OPEN);
+  EXPECT_EQ(lib.ImgPlugInLoad(dir.Write("other.8bf", std::string(57344, 'x'))), IMG_ERR_NOT_SUPPORTED);
+  EXPECT_EQ(lib.ImgPlugInLoad(dir.Write("tiny.8bf", "MZ")), IMG_ERR_NOT_SUPPORTED);
+
+  FFFilter broken = test::SampleFilter("r +");
+  broken.filename = "broken.afs";
+  const std::string plugin = test::CompilePlugin(dir, broken);
+  ASSERT_FALSE(plugin.empty());
+  EXPECT_EQ(lib.ImgPlugInLoad(plugin), IMG_ERR_PLUGIN_CODE);
+  EXPECT_EQ(lib.lastCompileError().channel, 0);
+  EXPECT_EQ(lib.ImgPlugInInvoke(h, 0, {0, 0, 2, 2}), IMG_ERR_NO_PLUGIN);
+}
+
+TEST_F(ImageLibraryTest, BareNamesAreFoundInTheHostFolder) {
+  const std::string plugin = test::CompilePlugin(dir, test::SampleFilter("0"));
+  ASSERT_FALSE(plugin.empty());
+  test::WriteFileBytes(dir.file("temp.dll"), test::ReadFileBytes(plugin));
+  ASSERT_EQ(lib.ImgPlugInHostLoad(dir.path()), IMG_OK);
+  EXPECT_EQ(lib.ImgPlugInLoad("temp.dll"), IMG_OK);
+}
+
+TEST_F(ImageLibraryTest, AboutBoxOfAFilterFactoryPlugin) {
+  const std::string plugin = test::CompilePlugin(dir, test::SampleFilter("r"));
+  ASSERT_FALSE(plugin.empty());
+  EXPECT_EQ(lib.ImgPlugInAbout(0, plugin), IMG_ERR_NO_HOST);
+  lib.ImgPlugInHostLoad("");
+  EXPECT_EQ(lib.ImgPlugInAbout(0, plugin), IMG_OK);
+  ASSERT_EQ(shell.boxes.size(), 1u);
+  EXPECT_NE(shell.boxes[0].text.find("Sample Filter"), std::string::npos);
+  EXPECT_NE(shell.boxes[0].text.find("(c) 2026 The Tests"), std::string::npos);
+  EXPECT_NE(shell.boxes[0].text.find("A. Tester"), std::string::npos);
+  EXPECT_EQ(lib.ImgPlugInAbout(0, dir.Write("plain.8bf", "MZ")), IMG_ERR_NOT_SUPPORTED);
+  EXPECT_EQ(shell.boxes.size(), 1u);
+}
+
+}  // namespace
+}  // namespace trel
