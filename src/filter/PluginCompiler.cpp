@@ -40,7 +40,7 @@ std::optional<std::string> ReadWholeFile(const std::string& path) {
 // there is none to use.
 std::optional<ChosenTemplate> ChooseTemplate(const FilterOptions& options, std::string& error) {
   const CompileOptions& compile = options.compile;
-  const std::string& folder = options.programFolder;
+  const std::string folder = WithTrailingSeparator(options.programFolder);
   switch (compile.templateChoice) {
     case CompileTemplate::FilterFactory304:
       return ChosenTemplate{folder + L::kPhoto304, L::kShift304, false};
@@ -296,7 +296,7 @@ void Write8bf(FFFilter& f, std::string folder, bool toTemp, bool editorPlugin, c
 
   std::string error;
   std::optional<ChosenTemplate> chosen =
-      toTemp ? ChosenTemplate{env.options.programFolder + L::kPhoto30, L::kShift30, false}
+      toTemp ? ChosenTemplate{WithTrailingSeparator(env.options.programFolder) + L::kPhoto30, L::kShift30, false}
              : ChooseTemplate(env.options, error);
   if (!chosen) {
     env.hooks().ErrorMessage(error);
@@ -381,7 +381,7 @@ void WritePremiere(const FFFilter& source, std::string folder, const FilterEnv& 
   folder = WithTrailingSeparator(folder);
   std::string templatePath = transition ? options.premiereTFTemplate : options.premiereFFTemplate;
   if (templatePath.empty())
-    templatePath = env.options.programFolder + (transition ? L::kPremiereTF : L::kPremiereFF);
+    templatePath = WithTrailingSeparator(env.options.programFolder) + (transition ? L::kPremiereTF : L::kPremiereFF);
 
   FFFilter f = source;
   f.filename = PremiereTargetName(f.filename);

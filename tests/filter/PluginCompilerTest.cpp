@@ -303,6 +303,12 @@ TEST_F(PluginCompiler, MacintoshFormSqueezesLongNamesAndKeepsTheWrapperValid) {
   EXPECT_EQ(ByteAt(p, 52713), 17);  // the original length
   EXPECT_EQ(Bytes(p, 52714, squeezed.size() + 1), squeezed + '\0');
   EXPECT_EQ(ByteAt(p, 50620 + 4), 1);  // map 2
+  EXPECT_EQ(Bytes(p, 49853, 15), std::string("\x0dWavy Lines: 2\0", 15));
+  EXPECT_EQ(Bytes(p, 50125, 9), std::string("\x07" "Distort\0", 9));
+  EXPECT_EQ(Bytes(p, 50665, 9), std::string("\x07" "Distort\0", 9));
+  EXPECT_EQ(ByteAt(p, 19308 + 31257), 1);
+  EXPECT_EQ(ByteAt(p, 50572 + 4 * 7), 88);
+  EXPECT_EQ(Bytes(p, 19308 + 35453, 12), std::string("r+ctl(0)\0\0\0\0", 12));
 
   bool ok = false;
   const FFFilter back = Read("wavy.bin", &ok);
