@@ -1,6 +1,7 @@
 #include "shell/DirectoryListing.h"
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -12,9 +13,18 @@ namespace trel {
 
 namespace {
 
-bool NameLess(const DirEntry& a, const DirEntry& b) {
-  const std::string la = ToLower(a.name), lb = ToLower(b.name);
-  return la != lb ? la < lb : a.name < b.name;
+// Sorts by the lower-cased name, made once per entry rather than per comparison.
+void SortByName(std::vector<DirEntry>& entries) {
+  std::vector<std::pair<std::string, size_t>> keys;
+  keys.reserve(entries.size());
+  for (size_t i = 0; i < entries.size(); ++i) keys.emplace_back(ToLower(entries[i].name), i);
+  std::sort(keys.begin(), keys.end(), [&](const auto& a, const auto& b) {
+    return a.first != b.first ? a.first < b.first : entries[a.second].name < entries[b.second].name;
+  });
+  std::vector<DirEntry> sorted;
+  sorted.reserve(entries.size());
+  for (const auto& key : keys) sorted.push_back(std::move(entries[key.second]));
+  entries = std::move(sorted);
 }
 
 }  // namespace
@@ -29,7 +39,8 @@ DirListing ListDirectory(const std::string& folder, const std::string& pattern) 
     const std::string name = entry->d_name;
     if (name.empty() || name[0] == '.') continue;
     struct stat st {};
-    if (::stat((base + name).c_str(), &st) != 0) continue;
+    // Relative to the open folder: no walk of the whole path per entry.
+    if (::fstatat(::dirfd(dir), entry->d_name, &st, 0) != 0) continue;
     DirEntry item;
     item.name = name;
     item.modified = static_cast<int64_t>(st.st_mtime);
@@ -42,8 +53,8 @@ DirListing ListDirectory(const std::string& folder, const std::string& pattern) 
     }
   }
   ::closedir(dir);
-  std::sort(listing.files.begin(), listing.files.end(), NameLess);
-  std::sort(listing.folders.begin(), listing.folders.end(), NameLess);
+  SortByName(listing.files);
+  SortByName(listing.folders);
   return listing;
 }
 

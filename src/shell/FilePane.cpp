@@ -19,6 +19,7 @@
 #include <QTreeView>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <ctime>
 
 #include "filter/Paths.h"
 #include "settings/Preferences.h"
@@ -36,12 +37,16 @@ QString Named(const char* control, int pane) { return QString("%1_%2").arg(contr
 // The date part of a time stamp as the system writes dates; many files share a
 // day, so each day is formatted once.
 QString DateText(int64_t seconds) {
-  static QHash<qint64, QString> days;
-  const QDateTime stamp = QDateTime::fromSecsSinceEpoch(seconds);
-  const QDate date = stamp.date();
-  const qint64 day = date.toJulianDay();
+  static QHash<int, QString> days;
+  const std::time_t t = static_cast<std::time_t>(seconds);
+  std::tm local{};
+  if (!localtime_r(&t, &local)) return {};
+  const int day = (local.tm_year + 1900) * 10000 + (local.tm_mon + 1) * 100 + local.tm_mday;
   auto it = days.find(day);
-  if (it == days.end()) it = days.insert(day, QLocale::system().toString(date, QLocale::ShortFormat));
+  if (it == days.end()) {
+    const QDate date(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday);
+    it = days.insert(day, QLocale::system().toString(date, QLocale::ShortFormat));
+  }
   return it.value();
 }
 
