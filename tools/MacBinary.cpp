@@ -26,26 +26,26 @@ uint16_t MacBinaryCrc(const std::string& bytes) {
   return crc;
 }
 
-std::string BuildMacBinary(const MacBinarySpec& spec) {
-  if (spec.fileName.empty() || spec.fileName.size() > 63 || spec.fileSize % 128)
+std::string BuildMacBinary(const MacBinaryDescription& desc) {
+  if (desc.fileName.empty() || desc.fileName.size() > 63 || desc.fileSize % 128)
     throw std::runtime_error("bad Mac Binary header data");
-  ByteImage img(spec.fileSize);
-  const size_t fork = kHeader + Pad128(spec.dataFork.size());
-  if (fork + kForkHeader >= spec.fileSize) throw std::runtime_error("no room for the resource fork");
-  const size_t forkLength = spec.fileSize - fork;
-  img.Bytes(kHeader, spec.dataFork);
+  ByteImage img(desc.fileSize);
+  const size_t fork = kHeader + Pad128(desc.dataFork.size());
+  if (fork + kForkHeader >= desc.fileSize) throw std::runtime_error("no room for the resource fork");
+  const size_t forkLength = desc.fileSize - fork;
+  img.Bytes(kHeader, desc.dataFork);
 
   // The resource map: header copy, then the type list, then reference lists.
   std::vector<std::string> types;
-  for (const auto& r : spec.resources)
+  for (const auto& r : desc.resources)
     if (std::find(types.begin(), types.end(), r.type) == types.end()) types.push_back(r.type);
   const size_t typeList = 28, refLists = typeList + 2 + 8 * types.size();
-  const size_t mapLength = refLists + 12 * spec.resources.size();
+  const size_t mapLength = refLists + 12 * desc.resources.size();
   const size_t mapOffset = forkLength - mapLength;  // fork-relative
   const size_t dataArea = fork + kForkHeader;
 
   size_t lastEnd = dataArea;
-  std::vector<MacResource> sorted = spec.resources;
+  std::vector<MacResource> sorted = desc.resources;
   std::sort(sorted.begin(), sorted.end(),
             [](const MacResource& a, const MacResource& b) { return a.fileOffset < b.fileOffset; });
   for (const auto& r : sorted) {
@@ -72,7 +72,7 @@ std::string BuildMacBinary(const MacBinarySpec& spec) {
   for (size_t t = 0; t < types.size(); ++t) {
     size_t count = 0;
     const size_t firstRef = ref;
-    for (const auto& r : spec.resources) {
+    for (const auto& r : desc.resources) {
       if (r.type != types[t]) continue;
       img.U16BE(map + ref, static_cast<uint16_t>(r.id));
       img.U16BE(map + ref + 2, 0xFFFF);  // no name
@@ -86,11 +86,11 @@ std::string BuildMacBinary(const MacBinarySpec& spec) {
     img.U16BE(entry + 6, static_cast<uint16_t>(firstRef - typeList));
   }
 
-  img.U8(1, static_cast<uint8_t>(spec.fileName.size()));
-  img.Bytes(2, spec.fileName);
-  img.Bytes(65, spec.fileType);
-  img.Bytes(69, spec.creator);
-  img.U32BE(83, static_cast<uint32_t>(spec.dataFork.size()));
+  img.U8(1, static_cast<uint8_t>(desc.fileName.size()));
+  img.Bytes(2, desc.fileName);
+  img.Bytes(65, desc.fileType);
+  img.Bytes(69, desc.creator);
+  img.U32BE(83, static_cast<uint32_t>(desc.dataFork.size()));
   img.U32BE(87, static_cast<uint32_t>(forkLength));
   img.U32BE(91, kFixedDate);
   img.U32BE(95, kFixedDate);

@@ -16,7 +16,7 @@ struct MacResource {
   std::string data;
 };
 
-struct MacBinarySpec {
+struct MacBinaryDescription {
   std::string fileName;  // up to 63 characters
   std::string fileType, creator;
   size_t fileSize;       // a multiple of 128
@@ -24,7 +24,7 @@ struct MacBinarySpec {
   std::vector<MacResource> resources;
 };
 
-std::string BuildMacBinary(const MacBinarySpec& spec);
+std::string BuildMacBinary(const MacBinaryDescription& desc);
 uint16_t MacBinaryCrc(const std::string& bytes);  // CRC-16/XMODEM
 
 }  // namespace trel::gen

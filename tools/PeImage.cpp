@@ -48,15 +48,15 @@ struct CodeLayout {
 // DllMain returns TRUE; the entry point answers every call with
 // userCanceledErr (-128) in *result, so a host that loads the template on its
 // own does nothing with the image.
-CodeLayout PutCode(ByteImage& img, const PeSpec& spec, uint32_t textVa) {
-  const size_t base = spec.textOffset;
+CodeLayout PutCode(ByteImage& img, const PeDescription& desc, uint32_t textVa) {
+  const size_t base = desc.textOffset;
   img.Bytes(base, std::string("\xB8\x01\x00\x00\x00\xC2\x0C\x00", 8));
   img.Bytes(base + 0x10, std::string("\x8B\x44\x24\x10\x66\xC7\x00\x80\xFF\xC3", 10));
   CodeLayout code{textVa, textVa + 0x10, textVa + kExportOffset, 0};
 
   const size_t dir = base + kExportOffset;
   const uint32_t eat = code.exportDir + 40, ent = eat + 4, ordinals = ent + 4, dllName = ordinals + 4;
-  const uint32_t entryName = dllName + static_cast<uint32_t>(spec.dllName.size()) + 1;
+  const uint32_t entryName = dllName + static_cast<uint32_t>(desc.dllName.size()) + 1;
   img.U32(dir + 12, dllName);
   img.U32(dir + 16, 1);  // ordinal base
   img.U32(dir + 20, 1);
@@ -67,8 +67,8 @@ CodeLayout PutCode(ByteImage& img, const PeSpec& spec, uint32_t textVa) {
   img.U32(dir + 40, code.entry);
   img.U32(dir + 44, entryName);
   img.U16(dir + 48, 0);
-  img.Bytes(dir + 52, spec.dllName + '\0' + spec.entryName + '\0');
-  code.exportSize = entryName + static_cast<uint32_t>(spec.entryName.size()) + 1 - code.exportDir;
+  img.Bytes(dir + 52, desc.dllName + '\0' + desc.entryName + '\0');
+  code.exportSize = entryName + static_cast<uint32_t>(desc.entryName.size()) + 1 - code.exportDir;
   return code;
 }
 
@@ -103,10 +103,10 @@ size_t PutResourceDirectory(ByteImage& img, std::vector<PeResource> resources, s
   return strings;
 }
 
-void CheckPlacement(const PeSpec& spec, size_t directorySize) {
-  std::vector<std::pair<size_t, size_t>> spans{{spec.rsrcOffset, spec.rsrcOffset + directorySize}};
-  for (const auto& r : spec.resources) {
-    if (r.fileOffset < spec.rsrcOffset || r.fileOffset + r.data.size() > spec.fileSize)
+void CheckPlacement(const PeDescription& desc, size_t directorySize) {
+  std::vector<std::pair<size_t, size_t>> spans{{desc.rsrcOffset, desc.rsrcOffset + directorySize}};
+  for (const auto& r : desc.resources) {
+    if (r.fileOffset < desc.rsrcOffset || r.fileOffset + r.data.size() > desc.fileSize)
       throw std::runtime_error("resource " + r.type + " lies outside the resource section");
     spans.emplace_back(r.fileOffset, r.fileOffset + r.data.size());
   }
@@ -118,22 +118,22 @@ void CheckPlacement(const PeSpec& spec, size_t directorySize) {
 
 }  // namespace
 
-std::string BuildPeImage(const PeSpec& spec) {
-  if (spec.textOffset % kFileAlignment || spec.rsrcOffset % kFileAlignment ||
-      spec.fileSize % kFileAlignment || spec.textOffset < kSectionTable + 80 ||
-      spec.rsrcOffset <= spec.textOffset + kExportOffset + 128)
-    throw std::runtime_error("section layout of " + spec.dllName + " is not aligned");
-  ByteImage img(spec.fileSize);
+std::string BuildPeImage(const PeDescription& desc) {
+  if (desc.textOffset % kFileAlignment || desc.rsrcOffset % kFileAlignment ||
+      desc.fileSize % kFileAlignment || desc.textOffset < kSectionTable + 80 ||
+      desc.rsrcOffset <= desc.textOffset + kExportOffset + 128)
+    throw std::runtime_error("section layout of " + desc.dllName + " is not aligned");
+  ByteImage img(desc.fileSize);
   PutDosHeader(img);
 
-  const uint32_t textSize = static_cast<uint32_t>(spec.rsrcOffset - spec.textOffset);
-  const uint32_t rsrcSize = static_cast<uint32_t>(spec.fileSize - spec.rsrcOffset);
+  const uint32_t textSize = static_cast<uint32_t>(desc.rsrcOffset - desc.textOffset);
+  const uint32_t rsrcSize = static_cast<uint32_t>(desc.fileSize - desc.rsrcOffset);
   const uint32_t textVa = kSectionAlignment;
   const uint32_t rsrcVa = textVa + AlignUp(textSize, kSectionAlignment);
-  const CodeLayout code = PutCode(img, spec, textVa);
-  const size_t directorySize = PutResourceDirectory(img, spec.resources, spec.rsrcOffset, rsrcVa);
-  CheckPlacement(spec, directorySize);
-  for (const auto& r : spec.resources) img.Bytes(r.fileOffset, r.data);
+  const CodeLayout code = PutCode(img, desc, textVa);
+  const size_t directorySize = PutResourceDirectory(img, desc.resources, desc.rsrcOffset, rsrcVa);
+  CheckPlacement(desc, directorySize);
+  for (const auto& r : desc.resources) img.Bytes(r.fileOffset, r.data);
 
   img.Bytes(kPeOffset, std::string("PE\0\0", 4));
   img.U16(kPeOffset + 4, 0x014C);  // i386
@@ -155,7 +155,7 @@ std::string BuildPeImage(const PeSpec& spec) {
   img.U16(o + 44, 1);
   img.U16(o + 48, 4);
   img.U32(o + 56, rsrcVa + AlignUp(rsrcSize, kSectionAlignment));
-  img.U32(o + 60, static_cast<uint32_t>(spec.textOffset));
+  img.U32(o + 60, static_cast<uint32_t>(desc.textOffset));
   img.U16(o + 68, 2);  // Windows GUI
   img.U32(o + 72, 0x100000);
   img.U32(o + 76, 0x1000);
@@ -166,8 +166,8 @@ std::string BuildPeImage(const PeSpec& spec) {
   img.U32(o + 100, code.exportSize);
   img.U32(o + 96 + 16, rsrcVa);
   img.U32(o + 100 + 16, rsrcSize);
-  PutSection(img, kSectionTable, ".text", textVa, textSize, static_cast<uint32_t>(spec.textOffset), 0x60000020);
-  PutSection(img, kSectionTable + 40, ".rsrc", rsrcVa, rsrcSize, static_cast<uint32_t>(spec.rsrcOffset),
+  PutSection(img, kSectionTable, ".text", textVa, textSize, static_cast<uint32_t>(desc.textOffset), 0x60000020);
+  PutSection(img, kSectionTable + 40, ".rsrc", rsrcVa, rsrcSize, static_cast<uint32_t>(desc.rsrcOffset),
              0x40000040);
   return img.bytes();
 }

@@ -17,7 +17,7 @@ struct PeResource {
   std::string data;
 };
 
-struct PeSpec {
+struct PeDescription {
   std::string dllName;
   std::string entryName;  // exported name of the plugin entry point
   size_t fileSize;
@@ -28,7 +28,7 @@ struct PeSpec {
 
 // Throws std::runtime_error when the resources overlap each other or the
 // resource directory, or don't fit the section.
-std::string BuildPeImage(const PeSpec& spec);
+std::string BuildPeImage(const PeDescription& desc);
 
 inline constexpr uint32_t kSectionAlignment = 0x1000;
 inline constexpr uint32_t kFileAlignment = 0x200;

@@ -99,21 +99,21 @@ std::string PhotoshopTemplate(TemplateKind kind) {
                                  Property("wx86", Padded("PluginMain", 24), false),
                                  Property("mode", ByteImage::Le(16, 4), false)},
                                 false);
-  PeSpec spec;
-  spec.dllName = is304 ? L::kPhoto304 : L::kPhoto30;
-  spec.entryName = "PluginMain";
-  spec.fileSize = static_cast<size_t>(is304 ? L::kPhoto304Size : L::kPhoto30Size);
-  spec.textOffset = 0x400;
+  PeDescription desc;
+  desc.dllName = is304 ? L::kPhoto304 : L::kPhoto30;
+  desc.entryName = "PluginMain";
+  desc.fileSize = static_cast<size_t>(is304 ? L::kPhoto304Size : L::kPhoto30Size);
+  desc.textOffset = 0x400;
   // Only the code section differs in size between the two: everything in the
   // resource section moves by the shift.
-  spec.rsrcOffset = is304 ? 0x4400 : 0x6000;
-  spec.resources = {
+  desc.rsrcOffset = is304 ? 0x4400 : 0x6000;
+  desc.resources = {
       {"FFABOUT", 1, Off(is304 ? L::kMarker304 : L::kMarker30), Padded(L::kMarkerText, 16)},
       {"PIPL", 16000, Off(s + L::kTitleLength) - 16 - 40 - 10, pipl},
       {"PARM", 16, Off(s + L::kParmStart), ParameterBlock(BlockForm::Windows)},
       {"LAYOUT", 1, Off(s + L::kDialogLayout), L::DialogLayoutBlock(L::DialogSize::Normal)},
   };
-  return BuildPeImage(spec);
+  return BuildPeImage(desc);
 }
 
 std::string PremiereTemplate(bool transition) {
@@ -124,21 +124,21 @@ std::string PremiereTemplate(bool transition) {
   const std::string titleField = transition ? Padded(f.title, 256) + Padded(f.title, 256) : Padded(f.title, 256);
   const std::string pipl =
       PiPL({Property("name", Pascal(f.title, field), false), Property("catg", titleField, false)}, false);
-  PeSpec spec;
-  spec.dllName = transition ? L::kPremiereTF : L::kPremiereFF;
-  spec.entryName = "xFilter";
-  spec.fileSize = static_cast<size_t>(transition ? L::kPremiereTFSize : L::kPremiereFFSize);
-  spec.textOffset = 0x400;
-  spec.rsrcOffset = transition ? 0x5000 : 0x6000;
+  PeDescription desc;
+  desc.dllName = transition ? L::kPremiereTF : L::kPremiereFF;
+  desc.entryName = "xFilter";
+  desc.fileSize = static_cast<size_t>(transition ? L::kPremiereTFSize : L::kPremiereFFSize);
+  desc.textOffset = 0x400;
+  desc.rsrcOffset = transition ? 0x5000 : 0x6000;
   const int64_t nameProperty = transition ? L::kTfNameProperty : L::kPrmNameProperty;
-  spec.resources = {
+  desc.resources = {
       {"FFVER", 1, Off(transition ? L::kTfProbe : L::kPrmProbe), Padded(transition ? "2.00" : "5.00", 8)},
       {"PIPL", 16000, Off(nameProperty) - 10, pipl},
       {"PARM", 16, Off(transition ? L::kTfParmStart : L::kPrmParmStart), ParameterBlock(BlockForm::Premiere)},
   };
   if (transition)
-    spec.resources.push_back({"FFABOUT", 1, Off(L::kTfMarker), Padded(L::kTfMarkerText, 28)});
-  return BuildPeImage(spec);
+    desc.resources.push_back({"FFABOUT", 1, Off(L::kTfMarker), Padded(L::kTfMarkerText, 28)});
+  return BuildPeImage(desc);
 }
 
 std::string MacTemplate() {
@@ -148,23 +148,23 @@ std::string MacTemplate() {
                                  Property("catg", Pascal(f.category, field), true),
                                  Property("mode", ByteImage::Be(16u << 16, 4), true)},
                                 true);
-  MacBinarySpec spec;
-  spec.fileName = f.title;
-  spec.fileType = "8BFM";
-  spec.creator = "8BIM";
-  spec.fileSize = static_cast<size_t>(L::kMacSize);
+  MacBinaryDescription desc;
+  desc.fileName = f.title;
+  desc.fileType = "8BFM";
+  desc.creator = "8BIM";
+  desc.fileSize = static_cast<size_t>(L::kMacSize);
   // The data fork is the room for the plugin's code; it keeps its size so that
   // nothing in the resource fork moves when it is filled.
-  spec.dataFork = std::string(32768, '\0');
+  desc.dataFork = std::string(32768, '\0');
   // The marker is the 'STR ' resource "Filter Factory"; the reader looks at
   // its second word only.
   const std::string marker = Pascal(L::kMarkerText, 16);
-  spec.resources = {
+  desc.resources = {
       {"PiPL", 16000, Off(L::kMacTitleLength) - 16 - 20 - 8, pipl},
       {"PARM", 16, Off(L::kShiftMac + L::kParmStart), ParameterBlock(BlockForm::Macintosh)},
       {"STR ", 16000, Off(L::kMacMarker) - 8, marker},
   };
-  return BuildMacBinary(spec);
+  return BuildMacBinary(desc);
 }
 
 }  // namespace

@@ -148,14 +148,14 @@ TEST(Templates, MacintoshFormIsAConsistentMacBinaryFile) {
 TEST(Templates, GenerationIsReproducibleAndPlacementIsChecked) {
   for (const auto& t : AllTemplates()) EXPECT_EQ(BuildTemplate(t.kind), BuildTemplate(t.kind)) << t.name;
 
-  PeSpec spec{"x.dll", "Main", 0x2000, 0x400, 0x1000, {{"A", 1, 0x1100, "abcd"}, {"B", 1, 0x1102, "efgh"}}};
-  EXPECT_THROW(BuildPeImage(spec), std::runtime_error);  // overlapping resources
-  spec.resources = {{"A", 1, 0x1004, "abcd"}};
-  EXPECT_THROW(BuildPeImage(spec), std::runtime_error);  // on top of the directory
-  spec.resources = {{"A", 1, 0x1FFE, "abcd"}};
-  EXPECT_THROW(BuildPeImage(spec), std::runtime_error);  // past the end
-  spec.resources = {{"A", 1, 0x1100, "abcd"}};
-  EXPECT_EQ(BuildPeImage(spec).size(), 0x2000u);
+  PeDescription desc{"x.dll", "Main", 0x2000, 0x400, 0x1000, {{"A", 1, 0x1100, "abcd"}, {"B", 1, 0x1102, "efgh"}}};
+  EXPECT_THROW(BuildPeImage(desc), std::runtime_error);  // overlapping resources
+  desc.resources = {{"A", 1, 0x1004, "abcd"}};
+  EXPECT_THROW(BuildPeImage(desc), std::runtime_error);  // on top of the directory
+  desc.resources = {{"A", 1, 0x1FFE, "abcd"}};
+  EXPECT_THROW(BuildPeImage(desc), std::runtime_error);  // past the end
+  desc.resources = {{"A", 1, 0x1100, "abcd"}};
+  EXPECT_EQ(BuildPeImage(desc).size(), 0x2000u);
 }
 
 }  // namespace
