@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
 #include <cstring>
 #include <thread>
 #include <vector>
@@ -111,36 +114,68 @@ RenderStatus RenderFilter(const CompiledFilter& filter, const Controls& controls
   threads = std::clamp(threads, 1, 64);
   threads = std::min(threads, total);
 
-  std::atomic<int> nextRow{0};
-  std::atomic<int> doneRows{0};
-  std::atomic<bool> stop{false};
-  // Rows are handed out a few at a time so that threads rarely contend.
-  const int chunk = std::max(1, std::min(16, total / (threads * 8)));
-  auto work = [&](bool caller) {
+  if (threads == 1) {
     RunState state;
     state.Reset();
     Machine machine(prog, src, ctl, &state);
-    for (;;) {
-      if (stop.load(std::memory_order_relaxed)) return;
+    for (int y = 0; y < total; ++y) {
+      if (cancelled()) return RenderStatus::Cancelled;
+      machine.RunRowBlocks(y, rowOut(y));
+      report(y + 1);
+    }
+    return RenderStatus::Done;
+  }
+
+  // Workers take rows a few at a time; the calling thread only watches, so
+  // that progress and cancel are served while the rows are computed, however
+  // the threads are scheduled.
+  std::atomic<int> nextRow{0};
+  std::atomic<int> doneRows{0};
+  std::atomic<bool> stop{false};
+  std::mutex mutex;
+  std::condition_variable wake;
+  int running = threads;
+  const int chunk = std::max(1, std::min(16, total / (threads * 8)));
+  auto work = [&] {
+    RunState state;
+    state.Reset();
+    Machine machine(prog, src, ctl, &state);
+    while (!stop.load(std::memory_order_relaxed)) {
       int first = nextRow.fetch_add(chunk, std::memory_order_relaxed);
-      if (first >= total) return;
+      if (first >= total) break;
       int last = std::min(total, first + chunk);
       for (int y = first; y < last; ++y) machine.RunRowBlocks(y, rowOut(y));
-      int done = doneRows.fetch_add(last - first, std::memory_order_relaxed) + (last - first);
-      if (caller) {
-        report(done);
-        if (cancelled()) stop.store(true, std::memory_order_relaxed);
-      }
+      doneRows.fetch_add(last - first, std::memory_order_relaxed);
+      wake.notify_one();
     }
+    {
+      std::lock_guard<std::mutex> lock(mutex);
+      --running;
+    }
+    wake.notify_one();
   };
 
   if (cancelled()) return RenderStatus::Cancelled;
   std::vector<std::thread> pool;
-  pool.reserve(size_t(threads - 1));
-  for (int t = 1; t < threads; ++t) pool.emplace_back(work, false);
-  work(true);
+  pool.reserve(size_t(threads));
+  for (int t = 0; t < threads; ++t) pool.emplace_back(work);
+  int reported = 0;
+  {
+    std::unique_lock<std::mutex> lock(mutex);
+    while (running > 0) {
+      wake.wait_for(lock, std::chrono::milliseconds(20));
+      const int done = doneRows.load(std::memory_order_relaxed);
+      lock.unlock();
+      if (done != reported && done < total) {
+        report(done);
+        reported = done;
+      }
+      if (!stop.load() && cancelled()) stop.store(true);
+      lock.lock();
+    }
+  }
   for (std::thread& t : pool) t.join();
-  if (stop.load()) return RenderStatus::Cancelled;
+  if (stop.load() && doneRows.load() < total) return RenderStatus::Cancelled;
   report(total);
   return RenderStatus::Done;
 }

@@ -1,0 +1,124 @@
+#include "host/ImageWrappers.h"
+
+#include <gtest/gtest.h>
+
+#include <QImage>
+
+#include "HostTestSupport.h"
+#include "support/RecordingShell.h"
+#include "support/TempDir.h"
+
+namespace trel {
+namespace {
+
+using test::RecordingShell;
+using test::TempDir;
+
+// A picture box backed by a QImage, as a window's box would be.
+class ImageBox : public PictureBox {
+ public:
+  ImageBox(int w, int h) : img(w, h, QImage::Format_RGB32) { img.fill(Qt::white); }
+  int width() const override { return img.width(); }
+  int height() const override { return img.height(); }
+  void resize(int w, int h) override {
+    img = QImage(w, h, QImage::Format_RGB32);
+    img.fill(Qt::white);
+  }
+  QPaintDevice* device() override { return &img; }
+  QImage img;
+};
+
+class ImageWrappersTest : public ::testing::Test {
+ protected:
+  TempDir dir;
+  RecordingShell shell;
+  ImageLibrary lib{shell};
+};
+
+TEST_F(ImageWrappersTest, CopyAtFullOrGivenSize) {
+  ImgHandle source = lib.Adopt(test::PatternPicture(10, 8, false));
+  ImgHandle target = 0;
+  int w = 0, h = 0;
+  ASSERT_TRUE(CopyImageSized(lib, w, h, source, target));
+  ASSERT_NE(target, source);
+  EXPECT_EQ(*lib.image(target), *lib.image(source));
+
+  ImgHandle old = target;
+  w = 5;
+  h = 4;
+  ASSERT_TRUE(CopyImageSized(lib, w, h, source, target));
+  EXPECT_EQ(lib.image(old), nullptr);  // the former target was closed
+  EXPECT_EQ(lib.image(target)->size(), QSize(5, 4));
+
+  ImgHandle none = 0;
+  EXPECT_FALSE(CopyImageSized(lib, w, h, none, target));
+  EXPECT_EQ(target, 0);
+}
+
+TEST_F(ImageWrappersTest, DrawFitCentresSmallPicturesAndSqueezesLargeOnes) {
+  ImageBox box(20, 10);
+  ImgHandle none = 0;
+  DrawImageFit(lib, none, box);
+  EXPECT_EQ(box.img.pixelColor(10, 5), QColor(Qt::white));
+
+  QImage red(4, 4, QImage::Format_RGB32);
+  red.fill(Qt::red);
+  ImgHandle small = lib.Adopt(red);
+  DrawImageFit(lib, small, box);
+  EXPECT_EQ(box.img.pixelColor(10, 5), QColor(Qt::red));
+  EXPECT_EQ(box.img.pixelColor(1, 5), QColor(Qt::white));
+  EXPECT_EQ(box.img.pixelColor(10, 0), QColor(Qt::white));
+
+  QImage blue(100, 100, QImage::Format_RGB32);
+  blue.fill(Qt::blue);
+  ImgHandle large = lib.Adopt(blue);
+  DrawImageFit(lib, large, box);
+  EXPECT_EQ(box.img.pixelColor(0, 0), QColor(Qt::blue));
+  EXPECT_EQ(box.img.pixelColor(19, 9), QColor(Qt::blue));
+}
+
+TEST_F(ImageWrappersTest, CloseOpenAndSize) {
+  ImgHandle h = 0;
+  CloseImage(lib, h);
+  EXPECT_EQ(h, 0);
+
+  QImage pic = test::PatternPicture(6, 5, false);
+  std::string path = dir.file("p.png");
+  ASSERT_TRUE(pic.save(QString::fromStdString(path)));
+  bool quiet = false;
+  OpenImageFile(lib, shell, path, h, quiet);
+  ASSERT_NE(h, 0);
+  ImageBox box(1, 1);
+  SizeBoxToImage(lib, path, box, h);
+  EXPECT_EQ(box.width(), 5);
+  EXPECT_EQ(box.height(), 4);
+
+  std::string missing = dir.file("missing.png");
+  OpenImageFile(lib, shell, missing, h, quiet);
+  EXPECT_EQ(h, 0);
+  ASSERT_EQ(shell.boxes.size(), 1u);
+  EXPECT_EQ(shell.boxes[0].text, "Couldn't open " + missing);
+  EXPECT_EQ(shell.boxes[0].icon, MsgIcon::Exclamation);
+  quiet = true;
+  OpenImageFile(lib, shell, missing, h, quiet);
+  EXPECT_EQ(shell.boxes.size(), 1u);
+  EXPECT_EQ(lib.openImages(), 0u);
+}
+
+TEST_F(ImageWrappersTest, OpenDialogKeepsTheFirstSixtyFourCharacters) {
+  QImage pic = test::PatternPicture(3, 3, false);
+  const std::string longName = dir.file(std::string(80, 'n') + ".png");
+  ASSERT_TRUE(pic.save(QString::fromStdString(longName)));
+  ImgHandle h = lib.Adopt(pic);
+  std::string file;
+  OpenImageDialog(lib, h, file);  // no dialog installed: nothing chosen
+  EXPECT_EQ(h, 0);
+  EXPECT_TRUE(file.empty());
+  lib.setOpenDialog([&] { return longName; });
+  OpenImageDialog(lib, h, file);
+  EXPECT_NE(h, 0);
+  EXPECT_EQ(file, longName.substr(0, 64));
+}
+
+}  // namespace
+}  // namespace trel

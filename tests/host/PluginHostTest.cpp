@@ -1,0 +1,162 @@
+#include "host/PluginHost.h"
+
+#include <gtest/gtest.h>
+
+#include <QImage>
+
+#include "HostTestSupport.h"
+#include "support/RecordingShell.h"
+#include "support/TempDir.h"
+
+namespace trel {
+namespace {
+
+using test::RecordingShell;
+using test::TempDir;
+
+const char* const kLoadFailure =
+    "An error occured while loading the plugin!\n"
+    "The plugin may be invalid or\n"
+    "you may need msvcrt10.dll or plugin.dll\n"
+    "in your Windows System folder.";
+
+class PluginHostTest : public ::testing::Test {
+ protected:
+  TempDir dir;
+  RecordingShell shell;
+  ImageLibrary lib{shell};
+  HostState state;
+  QImage canvas{8, 6, QImage::Format_RGB32};
+
+  void SetUp() override {
+    state.mainWindow = 4242;
+    canvas.fill(Qt::black);
+  }
+};
+
+TEST_F(PluginHostTest, WithoutAPreviewNothingHappens) {
+  WindowHandle parent = 0;
+  bool result = true;
+  PluginInvoke(lib, state, shell, dir.path(), "temp.dll", &canvas, true, parent, result);
+  EXPECT_FALSE(result);
+  EXPECT_EQ(parent, 4242u);  // the main window, written back
+  EXPECT_TRUE(shell.boxes.empty());
+  EXPECT_EQ(lib.ImgPlugInHostIsEnabled(), 0);
+}
+
+TEST_F(PluginHostTest, FiltersThePreviewAndDrawsIt) {
+  const std::string plugin = test::CompilePlugin(dir, test::SampleFilter("255 - c"));
+  ASSERT_FALSE(plugin.empty());
+  QImage picture = test::PatternPicture(8, 6, false);
+  state.PreviewImage = lib.Adopt(picture);
+  WindowHandle parent = 7;
+  bool result = false;
+  PluginInvoke(lib, state, shell, dir.path(), plugin, &canvas, false, parent, result);
+  EXPECT_TRUE(result);
+  EXPECT_EQ(parent, 7u);
+  const QColor before = picture.pixelColor(3, 2), after = lib.image(state.PreviewImage)->pixelColor(3, 2);
+  EXPECT_EQ(after.red(), 255 - before.red());
+  EXPECT_EQ(canvas.pixelColor(3, 2), QColor(Qt::black));  // not drawn
+  EXPECT_EQ(lib.ImgPlugInHostIsEnabled(), 0);
+
+  PluginInvoke(lib, state, shell, dir.path(), plugin, &canvas, true, parent, result);
+  EXPECT_TRUE(result);
+  // Filtered twice: the original again, now on the canvas.
+  EXPECT_EQ(canvas.pixelColor(3, 2).red(), before.red());
+  EXPECT_TRUE(shell.boxes.empty());
+}
+
+TEST_F(PluginHostTest, ALoadFailureShowsTheFourLinesAndUnloads) {
+  state.PreviewImage = lib.Adopt(test::PatternPicture(4, 4, false));
+  const QImage before = *lib.image(state.PreviewImage);
+  WindowHandle parent = 0;
+  bool result = true;
+  PluginInvoke(lib, state, shell, dir.path(), dir.Write("plain.8bf", "MZ not a filter"), &canvas,
+               true, parent, result);
+  EXPECT_FALSE(result);
+  ASSERT_EQ(shell.boxes.size(), 1u);
+  EXPECT_EQ(shell.boxes[0].text, kLoadFailure);
+  EXPECT_EQ(shell.boxes[0].icon, MsgIcon::Critical);
+  EXPECT_EQ(lib.ImgPlugInHostIsEnabled(), 0);
+  EXPECT_EQ(*lib.image(state.PreviewImage), before);
+}
+
+TEST_F(PluginHostTest, AHostThatWillNotLoadShowsTheLibrarysError) {
+  state.PreviewImage = lib.Adopt(test::PatternPicture(4, 4, false));
+  WindowHandle parent = 0;
+  bool result = true;
+  PluginInvoke(lib, state, shell, dir.file("gone/"), "temp.dll", &canvas, true, parent, result);
+  EXPECT_FALSE(result);
+  ASSERT_EQ(shell.boxes.size(), 1u);
+  EXPECT_EQ(shell.boxes[0].text, ImgStatusText(IMG_ERR_HOST_FOLDER));
+}
+
+TEST_F(PluginHostTest, AboutDialogChecksTheSelectionFirst) {
+  cmd_AboutDialog(lib, state, shell, "");
+  cmd_AboutDialog(lib, state, shell, dir.file("effect.prm"));
+  ASSERT_EQ(shell.boxes.size(), 2u);
+  EXPECT_EQ(shell.boxes[0].text, "Please select a plugin or other supported file.");
+  EXPECT_EQ(shell.boxes[1].text, "Please select a Photoshop-compatible plugin to execute this function.");
+  EXPECT_EQ(lib.ImgPlugInHostIsEnabled(), 0);
+}
+
+TEST_F(PluginHostTest, AboutDialogAsksBeforeAPluginWithoutExtension) {
+  const std::string plugin = test::CompilePlugin(dir, test::SampleFilter("r"));
+  ASSERT_FALSE(plugin.empty());
+  const std::string bare = dir.file("sample_8bf");
+  const std::string hidden = dir.file("sample._bf");
+  test::WriteFileBytes(bare, test::ReadFileBytes(plugin));
+  test::WriteFileBytes(hidden, test::ReadFileBytes(plugin));
+
+  shell.nextAnswer = MsgResult::No;
+  cmd_AboutDialog(lib, state, shell, bare);
+  ASSERT_EQ(shell.boxes.size(), 1u);
+  EXPECT_EQ(shell.boxes[0].title, "Warning");
+  EXPECT_EQ(shell.boxes[0].buttons, MsgButtons::YesNo);
+  EXPECT_EQ(shell.boxes[0].text,
+            "Photoshop-compatible plugins without a file extension can cause a crash\n"
+            "when you try to execute them. To avoid this risk please use the En/Disable \n"
+            "command to add a .8bf or ._bf extension to the plugin file.\n\n"
+            "Do you want to execute this plugin anyway?");
+
+  shell.nextAnswer = MsgResult::Yes;
+  cmd_AboutDialog(lib, state, shell, bare);
+  ASSERT_EQ(shell.boxes.size(), 3u);
+  EXPECT_NE(shell.boxes[2].text.find("Sample Filter"), std::string::npos);
+  EXPECT_EQ(lib.ImgPlugInHostIsEnabled(), 0);
+
+  cmd_AboutDialog(lib, state, shell, hidden);  // no question
+  ASSERT_EQ(shell.boxes.size(), 4u);
+  EXPECT_NE(shell.boxes[3].text.find("A. Tester"), std::string::npos);
+}
+
+TEST_F(PluginHostTest, AFailedAboutBoxLeavesTheHostForTheNextTime) {
+  const std::string other = dir.Write("other.8bf", "MZ plain plugin");
+  cmd_AboutDialog(lib, state, shell, other);
+  EXPECT_EQ(lib.ImgPlugInHostIsEnabled(), 1);
+  const std::string plugin = test::CompilePlugin(dir, test::SampleFilter("r"));
+  cmd_AboutDialog(lib, state, shell, plugin);
+  EXPECT_EQ(lib.ImgPlugInHostIsEnabled(), 0);
+  EXPECT_EQ(shell.boxes.size(), 1u);
+}
+
+TEST_F(PluginHostTest, ApplyFilterSaysWhetherThePictureChanged) {
+  const std::string plugin = test::CompilePlugin(dir, test::SampleFilter("0"));
+  ASSERT_FALSE(plugin.empty());
+  ImgHandle h = lib.Adopt(test::PatternPicture(3, 3, false));
+  EXPECT_TRUE(ApplyFilter(lib, h, plugin, 0));
+  EXPECT_EQ(lib.image(h)->pixelColor(1, 1), QColor(0, 0, 0));
+  EXPECT_FALSE(ApplyFilter(lib, h, dir.Write("x.8bf", "MZ"), 0));
+  EXPECT_FALSE(ApplyFilter(lib, 0, plugin, 0));
+  EXPECT_EQ(lib.ImgPlugInHostIsEnabled(), 0);
+}
+
+TEST_F(PluginHostTest, ProcessStarters) {
+  EXPECT_EQ(ShellAndWait("sh -c \"exit 3\""), 3);
+  EXPECT_EQ(ShellAndWait("/no/such/program"), -1);
+  EXPECT_EQ(ShellAndWait(""), -1);
+  EXPECT_FALSE(RunDLL("user32.dll,Something"));
+}
+
+}  // namespace
+}  // namespace trel
