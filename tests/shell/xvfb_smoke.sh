@@ -2,9 +2,11 @@
 # Starts trel twice on an empty settings store under Xvfb and checks the first
 # run, the state written at the end and the second run. Usage: xvfb_smoke.sh TREL OUTDIR
 set -euo pipefail
-trel=$1
-out=$2
+trel=$(realpath "$1")
+out=$(realpath -m "$2")
 mkdir -p "$out"
+# A sanitizer build reports the D-Bus library's own allocations as leaks.
+export LSAN_OPTIONS="suppressions=$(dirname "$(realpath "$0")")/lsan.supp${LSAN_OPTIONS:+:$LSAN_OPTIONS}"
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 home="$work/home"
@@ -19,7 +21,7 @@ run() {
 }
 fail() { echo "FAIL: $*"; cat "$work/stderr.txt" 2>/dev/null; exit 1; }
 
-first=$(run "$out/trel-window.png")
+first=$(run "$out/trel-window.png") || fail "the first start failed"
 echo "$first"
 [[ $(grep -c '^auto-accepted: Trel$' <<<"$first") == 1 ]] || fail "the first start shows the welcome once"
 grep -q '^auto-accepted: Tip of the Day$' <<<"$first" || fail "the tip of the day shows at the first start"
@@ -38,7 +40,7 @@ grep -qx "FileViewMode1=3" "$ini" || fail "pane 1 is not in Details mode"
 
 # The second start: a typed mask and a view mode to restore, no welcome.
 sed -i 's/^Pattern1=.*/Pattern1=-*.8bf/; s/^FileViewMode1=.*/FileViewMode1=4/' "$ini"
-second=$(run "$out/trel-window-second.png")
+second=$(run "$out/trel-window-second.png") || fail "the second start failed"
 echo "$second"
 grep -q '^auto-accepted: Trel$' <<<"$second" && fail "the welcome came back"
 grep -qx 'Pattern1=-\*.8bf' "$ini" || fail "the typed mask was not kept"
