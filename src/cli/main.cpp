@@ -17,6 +17,8 @@ int main(int argc, char** argv) {
   AddFilterCommands(app, ctx);
   AddConvertCommands(app, ctx);
   AddFflCommands(app, ctx);
+  AddApplyCommands(app, ctx);
+  AddCatalogueCommands(app, ctx);
   try {
     app.parse(argc, argv);
   } catch (const CLI::Error& e) {
