@@ -282,6 +282,11 @@ bool ReadFFLLibrary(const std::string& libraryPath, FFLLibrary& library, const F
   FFFilter f;
   for (;;) {
     const int64_t position = in->Position();
+    if (position > kMaxLibraryTable) {
+      library.problem = "the file is too large to be listed beyond " +
+                        std::to_string(library.positions.size()) + " entries";
+      break;
+    }
     const FFLRead r = ReadFFLEntry(f, *in, library.problem);
     if (r != FFLRead::Entry) break;
     library.positions.push_back(position);

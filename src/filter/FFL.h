@@ -23,6 +23,7 @@ struct ConvertReport;
 constexpr int kFFLEntryLines = 29;
 constexpr int64_t kFFLCountPosition = 9;  // behind "FFL1.x" CR LF
 constexpr int kFFLMaxCount = 99999;       // what five characters can hold
+constexpr int64_t kMaxLibraryTable = int64_t{256} << 20;
 
 // Reads a library as text, line by line, with CR LF or a lone CR as line end
 // (a lone LF is part of the line). Knows the 1-based position of the next
@@ -104,6 +105,8 @@ struct FFLLibrary {
 
 // Reads the table of a library. False with the "Format Violation" message when
 // the magic is wrong; a broken entry ends the table and is told in `problem`.
+// The table is kept in memory, so a file above kMaxLibraryTable bytes is read
+// only that far and told as a problem too.
 bool ReadFFLLibrary(const std::string& libraryPath, FFLLibrary& library, const FilterEnv& env);
 // Entry numbers whose title, category, author or code holds `text`, any case.
 std::vector<int> cmd_SearchFFL(const std::string& libraryPath, const std::string& text,
