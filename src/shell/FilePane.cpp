@@ -7,6 +7,8 @@
 #include <QHash>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QMouseEvent>
+#include <QWindow>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
@@ -129,6 +131,7 @@ void FilePane::BuildFileView(QWidget* page) {
   label6_->setToolTip("Right click to display Folders context menu");
   label6_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
   label6_->setFrameShape(QFrame::StyledPanel);
+  label6_->installEventFilter(this);
   column->addWidget(label6_);
 
   auto* body = new QHBoxLayout;
@@ -564,6 +567,18 @@ void FilePane::SelectTab(int view) {
 }
 
 bool FilePane::eventFilter(QObject* watched, QEvent* event) {
+  if (watched == label6_ && event->type() == QEvent::MouseButtonPress) {
+    auto* mouse = static_cast<QMouseEvent*>(event);
+    if (mouse->button() == Qt::RightButton) {
+      emit folderMenuRequested(pane_, mouse->globalPosition().toPoint());
+      return true;
+    }
+    // The caption moves the window like its title bar does.
+    if (mouse->button() == Qt::LeftButton && window()->windowHandle()) {
+      window()->windowHandle()->startSystemMove();
+      return true;
+    }
+  }
   if (watched == file1_ && event->type() == QEvent::KeyPress) {
     auto* key = static_cast<QKeyEvent*>(event);
     if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter || key->key() == Qt::Key_Backspace) {

@@ -114,6 +114,7 @@ class FilePane : public QWidget {
   void fixedFolderRequested(int pane);      // Image6
   void viewModeMenuRequested(int pane, QPoint globalPos);  // Image2
   void viewChanged(int pane);               // another tab was chosen
+  void folderMenuRequested(int pane, QPoint globalPos);  // a right click on the caption
 
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;

@@ -269,6 +269,10 @@ void MainWindow::ConnectPane(FilePane* p) {
   connect(p, &FilePane::synchronizeRequested, this, &MainWindow::Image4_Click);
   connect(p, &FilePane::fixedFolderRequested, this, &MainWindow::Image6_Click);
   connect(p, &FilePane::viewModeMenuRequested, this, &MainWindow::ShowViewModeMenu);
+  connect(p, &FilePane::folderMenuRequested, this, [this](int index, QPoint globalPos) {
+    if (index != activePane_) Switchit(index);
+    folderMenu_->popup(globalPos);
+  });
 }
 
 void MainWindow::Switchit(int index) {

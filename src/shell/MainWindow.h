@@ -127,6 +127,7 @@ class MainWindow : public QMainWindow {
   void SelectInterfaceEntry();
   void ToggleFFUI(const std::string& tempDll);
   void LoadFFEditorHidden();
+  void ClosePreviewImages();
   void GetIcons();
   void AttachMenuBitmaps();
 

@@ -26,6 +26,15 @@ namespace {
 
 const char* kFolderListFile = "FolderList.log";
 
+// A file of the program folder by its name compared lower-cased, as the names
+// of the shipped files were never kept in one case.
+QString FindInFolder(const std::string& folder, const QString& name) {
+  const QDir dir(QString::fromStdString(folder));
+  for (const QString& entry : dir.entryList(QDir::Files))
+    if (entry.compare(name, Qt::CaseInsensitive) == 0) return dir.filePath(entry);
+  return {};
+}
+
 }  // namespace
 
 void MainWindow::SplashStatus(const QString& text) {
@@ -70,8 +79,8 @@ void MainWindow::Form_Load(const QString& commandLine) {
     p->maskBox()->setCurrentIndex(0);
   }
 
-  const QString photo30 = QString::fromStdString(programFolder_ + "Photo30.dll");
-  if (QFile::exists(photo30)) {
+  const QString photo30 = FindInFolder(programFolder_, "Photo30.dll");
+  if (!photo30.isEmpty()) {
     const QString temp = QString::fromStdString(programFolder_ + "temp.dll");
     QFile::remove(temp);
     if (QFile::copy(photo30, temp)) ToggleFFUI(temp.toStdString());
@@ -244,6 +253,7 @@ void MainWindow::Form_Unload() {
   store_.Save(kSectionFolders, "LastX", std::to_string(pos().x()));
   store_.Save(kSectionFolders, "LastY", std::to_string(pos().y()));
   store_.Flush();
+  ClosePreviewImages();
   // The preferences keep their lists current even when never confirmed.
   std::vector<ListEntry> folders;
   for (const std::string& f : folderList_) folders.push_back({f, false});
@@ -257,6 +267,8 @@ void MainWindow::LookforInterface() {}
 void MainWindow::SelectInterfaceEntry() {}
 void MainWindow::ToggleFFUI(const std::string& tempDll) { (void)tempDll; }
 void MainWindow::LoadFFEditorHidden() {}
+// The preview keeps two images open; the preview completes this step.
+void MainWindow::ClosePreviewImages() {}
 // The artwork steps: icons of the toolbar and bitmaps of the menu entries come
 // with the style; the toolbar and the command row share one line by layout.
 void MainWindow::GetIcons() {}

@@ -237,3 +237,26 @@ TEST_F(FilePaneTest, AnUnreadableFolderShowsOnlyTheParentEntry) {
 
 }  // namespace
 }  // namespace trel
+
+namespace trel {
+namespace {
+
+TEST_F(FilePaneTest, ClassicListKeysAndTheDriveBox) {
+  FilePane pane(0, shared);
+  pane.FillDirList(dir.file("Alpha"));
+  pane.SetViewMode(FilePane::kClassic);
+  QSignalSpy information(&pane, &FilePane::fileInformationRequested);
+  pane.File1_KeyDown(Qt::Key_Return, Qt::AltModifier);
+  EXPECT_EQ(information.count(), 1);
+  pane.File1_KeyDown(Qt::Key_Backspace, Qt::NoModifier);
+  EXPECT_EQ(pane.folder(), dir.path());
+  const int root = pane.driveBox()->findData("/");
+  ASSERT_GE(root, 0);
+  pane.SetViewMode(3);
+  pane.Drive1_Change(root);
+  EXPECT_EQ(pane.folder(), "/");
+  EXPECT_EQ(pane.model()->FindText(" .."), -1);
+}
+
+}  // namespace
+}  // namespace trel

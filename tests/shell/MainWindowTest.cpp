@@ -314,3 +314,39 @@ TEST_F(MainWindowTest, VisitedFoldersJoinTheHistoryWhenAutoAddIsOn) {
 
 }  // namespace
 }  // namespace trel
+
+namespace trel {
+namespace {
+
+TEST_F(MainWindowTest, TheTemplateIsCopiedForThePreviewAtStart) {
+  home.Write("photo30.dll", "MZ template");
+  home.Write("temp.dll", "stale");
+  Started run(home, files.path());
+  EXPECT_EQ(home.Read("temp.dll"), "MZ template");
+}
+
+TEST_F(MainWindowTest, AMaximisedWindowKeepsTheLastNormalSize) {
+  {
+    SettingsStore store(home.file("Trel10.ini"));
+    store.Save(kSectionFolders, "Folder0", files.path());
+    store.Save(kSectionSettings, "Width", "640");
+    store.Save(kSectionSettings, "Height", "480");
+    store.Flush();
+  }
+  {
+    Started run(home, files.path());
+    run.window->showMaximized();
+    QApplication::processEvents();
+    run.Close();
+  }
+  SettingsStore store(home.file("Trel10.ini"));
+  EXPECT_EQ(store.Get(kSectionFolders, "Maximize"), "True");
+  EXPECT_EQ(store.Get(kSectionSettings, "Width"), "640");
+  EXPECT_EQ(store.Get(kSectionSettings, "Height"), "480");
+  EXPECT_FALSE(store.Get(kSectionFolders, "LastX").empty());
+  Started again(home, files.path());
+  EXPECT_TRUE(again.window->isMaximized());
+}
+
+}  // namespace
+}  // namespace trel
