@@ -73,9 +73,13 @@ struct FolderContent {
   std::vector<std::string> subfolders;
 };
 
-bool NameLess(const std::string& a, const std::string& b) {
-  const std::string la = ToLower(a), lb = ToLower(b);
-  return la != lb ? la < lb : a < b;
+// Case-insensitive name order, each key lower-cased once.
+void SortByName(std::vector<std::string>& names) {
+  std::vector<std::pair<std::string, std::string>> keyed;
+  keyed.reserve(names.size());
+  for (std::string& n : names) keyed.emplace_back(ToLower(n), std::move(n));
+  std::sort(keyed.begin(), keyed.end());
+  for (size_t i = 0; i < keyed.size(); ++i) names[i] = std::move(keyed[i].second);
 }
 
 // A folder's files and subfolders in the order of the file commander's lists.
@@ -87,16 +91,18 @@ FolderContent ListFolder(const std::string& folder) {
   for (fs::directory_iterator it(folder, ec), end; !ec && it != end; it.increment(ec)) {
     std::error_code typeError;
     const std::string name = it->path().filename().string();
-    if (it->is_symlink(typeError)) {
+    // The type the listing delivers; only a link needs a look at its target.
+    const fs::file_type type = it->symlink_status(typeError).type();
+    if (type == fs::file_type::symlink) {
       if (it->is_regular_file(typeError)) content.files.push_back(name);
-    } else if (it->is_directory(typeError)) {
+    } else if (type == fs::file_type::directory) {
       content.subfolders.push_back(name);
-    } else if (it->is_regular_file(typeError)) {
+    } else if (type == fs::file_type::regular) {
       content.files.push_back(name);
     }
   }
-  std::sort(content.files.begin(), content.files.end(), NameLess);
-  std::sort(content.subfolders.begin(), content.subfolders.end(), NameLess);
+  SortByName(content.files);
+  SortByName(content.subfolders);
   return content;
 }
 

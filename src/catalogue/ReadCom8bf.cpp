@@ -7,7 +7,7 @@
 
 #include "catalogue/ByteView.h"
 #include "catalogue/PluginIdentification.h"
-#include "filter/BinFile.h"
+#include "catalogue/FileWindow.h"
 #include "filter/CompiledReaders.h"
 #include "filter/Paths.h"
 
@@ -99,21 +99,22 @@ void InterpretPipl(const ByteView& d, int64_t readPosition, int64_t dataOffset, 
 
 bool ReadCom8bf(const std::string& path, ResourceProbe& probe, const FilterEnv& env) {
   probe.elements.assign(1, ProbeElement{});
-  const int64_t fileLength = FileLength(path);
-  if (fileLength < 0) return false;
-
-  if (LastFour(path) == ".bin" && (fileLength == 99712 || fileLength == 99840)) {
-    std::string folder, name;
-    SplitPath(path, folder, name);
-    FFFilter f;
-    if (!Read8bf(f, folder, name, true, false, env)) return false;
-    probe.elements[0] = {f.category, f.title, 0, static_cast<int32_t>(f.category.size())};
-    return true;
+  if (LastFour(path) == ".bin") {
+    const int64_t length = FileLength(path);
+    if (length == 99712 || length == 99840) {
+      std::string folder, name;
+      SplitPath(path, folder, name);
+      FFFilter f;
+      if (!Read8bf(f, folder, name, true, false, env)) return false;
+      probe.elements[0] = {f.category, f.title, 0, static_cast<int32_t>(f.category.size())};
+      return true;
+    }
   }
 
-  auto file = BinFile::Open(path, BinFile::Mode::Read);
-  if (!file) return false;
-  std::string head = file->Read(kHeaderWindowPosition, kHeaderWindowSize);
+  const FileWindow file(path);
+  if (!file.IsOpen()) return false;
+  const int64_t fileLength = file.Length();
+  std::string head = file.Read(kHeaderWindowPosition - 1, kHeaderWindowSize);
   head.resize(kHeaderWindowSize, '\0');
   const ByteView h(head);
 
@@ -137,8 +138,7 @@ bool ReadCom8bf(const std::string& path, ResourceProbe& probe, const FilterEnv& 
   int64_t readLength = static_cast<int64_t>(*rawSize) + 1;
   if (readPosition + readLength - 1 > fileLength) readLength = fileLength - readPosition;
   if (readLength <= 0) return false;
-  std::string bytes = file->Read(readPosition, readLength);
-  file->Close();
+  const std::string bytes = file.Read(readPosition - 1, readLength);
   const Section s{ByteView(bytes)};
 
   // Named entries, or else the numbered ones read with their bytes swapped: a

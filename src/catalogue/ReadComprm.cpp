@@ -6,7 +6,7 @@
 
 #include "catalogue/ByteView.h"
 #include "catalogue/PluginIdentification.h"
-#include "filter/BinFile.h"
+#include "catalogue/FileWindow.h"
 
 namespace trel {
 namespace {
@@ -74,12 +74,12 @@ std::string TransitionTitle(const ByteView& b, int64_t i) {
 }
 
 // Searches the chunk [start, end) and fills what it finds into `out`.
-void SearchChunk(BinFile& file, int64_t start, int64_t end, Found& out) {
+void SearchChunk(const FileWindow& file, int64_t start, int64_t end, Found& out) {
   for (int regrowth = 0; regrowth <= kMaxRegrowths; ++regrowth) {
     start = start - (start % 4) + 3;
     const int64_t n = end - start;
     if (n <= 0 || n > kMaxChunk) return;
-    std::string bytes = file.Read(start, n);
+    std::string bytes = file.Read(start - 1, n);
     bytes.resize(static_cast<size_t>(n), '\0');
     const ByteView b(bytes);
     bool regrow = false;
@@ -133,12 +133,12 @@ void TrimTrailingNuls(std::string& s) {
 
 bool ReadComprm(const std::string& path, std::string& category, std::string& title,
                 int32_t& categoryOffset, int32_t& maximumLength) {
-  auto file = BinFile::Open(path, BinFile::Mode::Read);
-  if (!file) return false;
+  const FileWindow file(path);
+  if (!file.IsOpen()) return false;
   Found out{category, title, categoryOffset, maximumLength};
-  const int64_t L = file->Length();
+  const int64_t L = file.Length();
 
-  std::string head = file->Read(374, 1000);
+  std::string head = file.Read(374 - 1, 1000);
   head.resize(1000, '\0');
   const ByteView h(head);
   int64_t start = 0;
@@ -151,7 +151,7 @@ bool ReadComprm(const std::string& path, std::string& category, std::string& tit
       break;
     }
   }
-  SearchChunk(*file, start, start + 7000, out);
+  SearchChunk(file, start, start + 7000, out);
 
   const auto at = [L](double fraction) {
     return static_cast<int64_t>(std::nearbyint(fraction * static_cast<double>(L)));
@@ -166,9 +166,8 @@ bool ReadComprm(const std::string& path, std::string& category, std::string& tit
   passes.push_back(L < 1000001 ? Pass{1, at(0.48)} : Pass{at(0.11), at(0.48)});
   for (const Pass& pass : passes) {
     if (!category.empty()) break;
-    SearchChunk(*file, pass.start, pass.end, out);
+    SearchChunk(file, pass.start, pass.end, out);
   }
-  file->Close();
   TrimTrailingNuls(category);
   TrimTrailingNuls(title);
   return !category.empty() && !title.empty();
