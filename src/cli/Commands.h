@@ -22,6 +22,7 @@ struct CliContext {
 void AddFilterCommands(CLI::App& app, CliContext& ctx);  // show, convert, code
 void AddConvertCommands(CLI::App& app, CliContext& ctx);  // convert
 void AddFflCommands(CLI::App& app, CliContext& ctx);  // ffl list|extract|create|add|delete
+void AddApplyCommands(CLI::App& app, CliContext& ctx);  // apply
 void AddCatalogueCommands(CLI::App& app, CliContext& ctx);  // scan, info, list, toggle, category
 
 }  // namespace trel::cli

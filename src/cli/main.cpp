@@ -17,6 +17,7 @@ int main(int argc, char** argv) {
   AddFilterCommands(app, ctx);
   AddConvertCommands(app, ctx);
   AddFflCommands(app, ctx);
+  AddApplyCommands(app, ctx);
   AddCatalogueCommands(app, ctx);
   try {
     app.parse(argc, argv);

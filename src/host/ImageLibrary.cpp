@@ -242,29 +242,37 @@ int32_t ImageLibrary::ImgPlugInInvoke(ImgHandle image, WindowHandle window, cons
   if (!img) return Fail(IMG_ERR_BAD_HANDLE);
   if (!RectInside(rect, *img)) return Fail(IMG_ERR_BAD_RECT);
 
+  ff::Controls ctl{};
+  for (int i = 0; i < 8; ++i) ctl[size_t(i)] = filter_.ctlValue[i + 1];
+  int32_t st = RunFilterOnPicture(compiled_, ctl, *img, rect, cancel_);
+  if (st != IMG_OK) return Fail(st);
+  return status_ = IMG_OK;
+}
+
+int32_t RunFilterOnPicture(const ff::CompiledFilter& filter, const ff::Controls& controls,
+                           QImage& picture, const ImgRect& rect, const std::function<bool()>& cancel) {
+  QImage* img = &picture;
+  if (!RectInside(rect, *img)) return IMG_ERR_BAD_RECT;
   // The engine works on R, G, B, A bytes; the picture keeps its own format.
   const QImage::Format original = img->format();
   const bool alpha = img->hasAlphaChannel();
   QImage work = img->copy(ToQRect(rect))
                     .convertToFormat(alpha ? QImage::Format_RGBA8888 : QImage::Format_RGBX8888);
-  if (work.isNull()) return Fail(IMG_ERR_NO_MEMORY);
+  if (work.isNull()) return IMG_ERR_NO_MEMORY;
   QImage result(work.size(), work.format());
-  if (result.isNull()) return Fail(IMG_ERR_NO_MEMORY);
+  if (result.isNull()) return IMG_ERR_NO_MEMORY;
   ff::ConstImageView src{work.constBits(), work.width(), work.height(), work.bytesPerLine(), alpha};
   ff::ImageView dst{result.bits(), result.width(), result.height(), result.bytesPerLine(), alpha};
-  ff::Controls ctl{};
-  for (int i = 0; i < 8; ++i) ctl[size_t(i)] = filter_.ctlValue[i + 1];
   ff::RenderOptions options;
-  options.cancel = cancel_;
-  ff::RenderStatus st = ff::RenderFilter(compiled_, ctl, src, dst, options);
-  if (st == ff::RenderStatus::Cancelled) return Fail(IMG_ERR_CANCELLED);
-  if (st != ff::RenderStatus::Done) return Fail(IMG_ERR_NO_MEMORY);
+  options.cancel = cancel;
+  ff::RenderStatus st = ff::RenderFilter(filter, controls, src, dst, options);
+  if (st == ff::RenderStatus::Cancelled) return IMG_ERR_CANCELLED;
+  if (st != ff::RenderStatus::Done) return IMG_ERR_NO_MEMORY;
 
-  QImage back = result.convertToFormat(img->format() == QImage::Format_Indexed8 ||
-                                               img->format() == QImage::Format_Mono ||
-                                               img->format() == QImage::Format_MonoLSB
-                                           ? (alpha ? QImage::Format_ARGB32 : QImage::Format_RGB32)
-                                           : original);
+  const bool paletted = original == QImage::Format_Indexed8 || original == QImage::Format_Mono ||
+                        original == QImage::Format_MonoLSB;
+  QImage back = result.convertToFormat(
+      paletted ? (alpha ? QImage::Format_ARGB32 : QImage::Format_RGB32) : original);
   if (rect.left == 0 && rect.top == 0 && rect.right == img->width() - 1 &&
       rect.bottom == img->height() - 1) {
     *img = back;
@@ -274,7 +282,7 @@ int32_t ImageLibrary::ImgPlugInInvoke(ImgHandle image, WindowHandle window, cons
     painter.setCompositionMode(QPainter::CompositionMode_Source);
     painter.drawImage(QPoint(rect.left, rect.top), back);
   }
-  return status_ = IMG_OK;
+  return IMG_OK;
 }
 
 int32_t ImageLibrary::ImgPlugInAbout(WindowHandle window, const std::string& pluginPath) {

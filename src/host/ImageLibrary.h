@@ -126,6 +126,12 @@ class ImageLibrary {
   std::function<bool()> cancel_;
 };
 
+// Runs a compiled filter over the rectangle of a picture in place, whatever
+// its format (the picture keeps it). IMG_OK, IMG_ERR_CANCELLED or an error.
+int32_t RunFilterOnPicture(const ff::CompiledFilter& filter, const ff::Controls& controls,
+                           QImage& picture, const ImgRect& rect,
+                           const std::function<bool()>& cancel = {});
+
 // Status texts as ImgErrBox shows them.
 std::string ImgStatusText(int32_t status);
 
