@@ -360,7 +360,12 @@ void FilePane::SetTypedMask(const QString& text) {
   typedMask_ = true;
 }
 
-int FilePane::maskEntry() const { return typedMask_ ? -1 : combo1_->currentIndex(); }
+int FilePane::maskEntry() const {
+  // Text typed over an entry, even unconfirmed, means no entry is selected.
+  const int entry = combo1_->currentIndex();
+  if (typedMask_ || entry < 0 || combo1_->currentText() != combo1_->itemText(entry)) return -1;
+  return entry;
+}
 
 QString FilePane::maskText() const { return combo1_->currentText(); }
 

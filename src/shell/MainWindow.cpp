@@ -170,8 +170,8 @@ void MainWindow::BuildMenus() {
   AddCommand(file, "mnuOptions", "Preferences...", false);
   AddCommand(file, "mnuClearTmp", "Gain Harddisc Space", false);
   file->addSeparator();
-  QAction* pictures = AddCommand(file, "mnuPictures", "", false);
-  pictures->setVisible(false);  // the pictures list fills it
+  picturesMenu_ = file->addMenu("&Pictures");
+  picturesMenu_->setObjectName("mnuPicturesMenu");
   file->addSeparator();
   QAction* exit = AddCommand(file, "mnuExiting", "E&xit", true);
   connect(exit, &QAction::triggered, this, &QWidget::close);
@@ -240,9 +240,10 @@ void MainWindow::BuildMenus() {
   AddCommand(folderMenu_, "mnuEditFolders", "Edit Folders...", false);
   folderMenu_->addSeparator();
 
-  QMenu* apps = bar->addMenu("&Apps");
-  apps->setObjectName("mnuAppsMenu");
-  AddCommand(apps, "mnuEditApps", "Edit Apps...", false);
+  appsMenu_ = bar->addMenu("&Apps");
+  appsMenu_->setObjectName("mnuAppsMenu");
+  AddCommand(appsMenu_, "mnuEditApps", "Edit Apps...", false);
+  appsMenu_->addSeparator();
 
   QMenu* help = bar->addMenu("&Help");
   help->setObjectName("mnuHelpMenu");
@@ -385,7 +386,26 @@ void MainWindow::FolderVisited(int index) {
 }
 
 void MainWindow::ListToMenu(int list) {
-  if (list != 0) return;  // the pictures and apps menus come with their lists
+  if (list == 1 || list == 2) {
+    // The entries show; running an app or choosing a picture comes with the
+    // preferences and the preview, so they stay disabled until then.
+    QMenu* menu = list == 1 ? picturesMenu_ : appsMenu_;
+    std::vector<QAction*>& entries = list == 1 ? pictureEntries_ : appEntries_;
+    const std::vector<std::string>& items = list == 1 ? prefs_.pics : prefs_.apps;
+    for (QAction* entry : entries) {
+      menu->removeAction(entry);
+      entry->deleteLater();
+    }
+    entries.clear();
+    for (size_t i = 0; i < items.size(); ++i) {
+      QAction* entry = menu->addAction(QString::fromStdString(items[i]));
+      entry->setObjectName(QString(list == 1 ? "mnuPictures_%1" : "mnuApps_%1").arg(i));
+      entry->setEnabled(false);
+      entries.push_back(entry);
+    }
+    return;
+  }
+  if (list != 0) return;
   for (QAction* entry : folderEntries_) {
     folderMenu_->removeAction(entry);
     entry->deleteLater();

@@ -152,6 +152,10 @@ class MainWindow : public QMainWindow {
   QMenu* viewModeMenu_ = nullptr;
   std::array<QAction*, 5> viewModeActions_{};
   std::vector<QAction*> folderEntries_;
+  QMenu* picturesMenu_ = nullptr;
+  QMenu* appsMenu_ = nullptr;
+  std::vector<QAction*> pictureEntries_;
+  std::vector<QAction*> appEntries_;
   std::array<QPushButton*, 6> commandButtons_{};
   QToolBar* toolbar_ = nullptr;
   QLabel* label3_ = nullptr;

@@ -92,7 +92,7 @@ void MainWindow::Form_Load(const QString& commandLine) {
     folderList_.clear();
     for (const ListEntry& entry : *folders) folderList_.push_back(entry.text);
   }
-  ListToMenu(0);
+  for (int list = 0; list < 3; ++list) ListToMenu(list);
 
   for (int i = 0; i < 2; ++i) {
     FilePane* p = pane(i);

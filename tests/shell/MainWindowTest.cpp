@@ -350,3 +350,43 @@ TEST_F(MainWindowTest, AMaximisedWindowKeepsTheLastNormalSize) {
 
 }  // namespace
 }  // namespace trel
+
+namespace trel {
+namespace {
+
+TEST_F(MainWindowTest, WelcomeOnceTipsAsTheBoxSays) {
+  testing::internal::CaptureStdout();
+  {
+    Started first(home, files.path());
+    first.Close();
+  }
+  std::string out = testing::internal::GetCapturedStdout();
+  EXPECT_NE(out.find("auto-accepted: Trel\n"), std::string::npos);
+  EXPECT_NE(out.find("auto-accepted: Tip of the Day\n"), std::string::npos);
+  {
+    SettingsStore store(home.file("Trel10.ini"));
+    store.Save(kSectionOptions, "Show Tips at Startup", "0");
+    store.Flush();
+  }
+  testing::internal::CaptureStdout();
+  {
+    Started second(home, files.path());
+    second.Close();
+  }
+  out = testing::internal::GetCapturedStdout();
+  EXPECT_EQ(out, "");
+}
+
+TEST_F(MainWindowTest, AMaskTypedButNotConfirmedIsStoredAsTyped) {
+  {
+    Started run(home, files.path());
+    run.window->pane(0)->maskBox()->setEditText("*.zip");
+    run.Close();
+  }
+  SettingsStore store(home.file("Trel10.ini"));
+  EXPECT_EQ(store.Get(kSectionFolders, "Pattern1"), "-*.zip");
+  EXPECT_EQ(store.Get(kSectionFolders, "Pattern2"), "0");
+}
+
+}  // namespace
+}  // namespace trel
