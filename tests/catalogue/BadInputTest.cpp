@@ -138,9 +138,9 @@ TEST(BadInput, HugeSparseFilesAreReadOnlyInPart) {
   const std::string big8bf = dir.Write("huge.8bf", "MZ");
   const std::string bigPrm = dir.Write("huge.prm", "MZ");
   std::error_code ec;
-  std::filesystem::resize_file(big8bf, 3ULL << 30, ec);
+  std::filesystem::resize_file(big8bf, 8ULL << 30, ec);
   if (ec) GTEST_SKIP() << "no room for a sparse file: " << ec.message();
-  std::filesystem::resize_file(bigPrm, 3ULL << 30, ec);
+  std::filesystem::resize_file(bigPrm, 8ULL << 30, ec);
   if (ec) GTEST_SKIP() << "no room for a sparse file: " << ec.message();
   PaneCatalogue pane;
   ASSERT_EQ(ScanPluginRecurse(pane, dir.path(), {}, {}, env), 2);
