@@ -55,8 +55,11 @@ std::optional<bool> ParseBool(const std::string& text) {
 }
 
 std::optional<int> CheckValue(const std::string& text) {
-  if (Trim(text).empty()) return std::nullopt;
-  const double value = LenientNumber(text);
+  const std::string t = Trim(text);
+  if (t.empty()) return std::nullopt;
+  char* end = nullptr;
+  const double value = std::strtod(t.c_str(), &end);
+  if (end == t.c_str() || *end != '\0') return std::nullopt;
   if (value != 0.0 && value != 1.0 && value != 2.0) return std::nullopt;
   return static_cast<int>(value);
 }

@@ -56,9 +56,10 @@ TEST(SettingsStore, DeleteReportsAMissingKey) {
 
 TEST(SettingsStore, GarbageFileReadsWithoutFailing) {
   TempDir dir;
-  dir.Write("Trel10.ini", std::string("\x01\x02\xff garbage\n[Folders\nFolder0\n=x\n[Folders]\n"
-                                      "Sortkey0=abc\nFolder1=a,b,c\nLastX=@Invalid()\n[Settings]\nWidth=\"\n",
-                                      120));
+  const char garbage[] =
+      "\x01\x02\xff garbage\0\n[Folders\nFolder0\n=x\n[Folders]\n"
+      "Sortkey0=abc\nFolder1=a,b,c\nLastX=@Invalid()\n[Settings]\nWidth=\"\n";
+  dir.Write("Trel10.ini", std::string(garbage, sizeof garbage - 1));
   SettingsStore store(dir.file("Trel10.ini"));
   EXPECT_EQ(store.Get(kSectionFolders, "Sortkey0"), "abc");
   EXPECT_EQ(store.Get(kSectionFolders, "Folder1"), "a,b,c");  // a list to the parser, text to us
