@@ -1,6 +1,7 @@
 #include "catalogue/PluginTypes.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>

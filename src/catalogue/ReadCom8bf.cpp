@@ -66,9 +66,9 @@ int32_t ZerosAfter(const ByteView& d, int64_t firstAfter) {
 }
 
 void InterpretPipl(const ByteView& d, int64_t readPosition, int64_t dataOffset, ProbeElement& e) {
-  // The property list isn't walked: the keys are searched. In the 1-based terms
-  // of the description a key at d[p + 4] has its count at d[p + 16]; here the
-  // key stands at 0-based k = p + 3. The vendor code before it isn't tested.
+  // The property list isn't walked: the keys are searched. Counting d from 1,
+  // a key at d[p + 4] has its count at d[p + 16]; here, counting from 0, the
+  // key stands at k = p + 3. The vendor code before the key isn't tested.
   const std::string_view all = d.chars();
   size_t from = 4;
   for (;;) {
