@@ -67,10 +67,11 @@ bool SettingsStore::HasSetting(const std::string& app, const std::string& sectio
   return settings_->contains(KeyPath(app, section, key));
 }
 
-void SettingsStore::Flush() {
+bool SettingsStore::Flush() {
   // The folder of a fresh store may not exist yet; QSettings does not create it.
   QDir().mkpath(QFileInfo(QString::fromStdString(path_)).absolutePath());
   settings_->sync();
+  return settings_->status() != QSettings::AccessError;
 }
 
 }  // namespace trel

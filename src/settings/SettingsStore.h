@@ -46,8 +46,9 @@ class SettingsStore {
     SaveSetting(kAppName, section, key, value);
   }
 
-  // Writes pending changes to the file.
-  void Flush();
+  // Writes pending changes to the file; false when the file could not be
+  // written (the values stay readable for the rest of the run).
+  bool Flush();
   const std::string& path() const { return path_; }
 
  private:

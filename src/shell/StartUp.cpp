@@ -1,6 +1,8 @@
 // The start-up and shutdown orders of the main window. Every step of the start
 // runs with its failures passed over: a broken value, a folder that is gone or
 // a window position off the screen leave the default and the start goes on.
+#include <cstdio>
+
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
@@ -252,7 +254,8 @@ void MainWindow::Form_Unload() {
   }
   store_.Save(kSectionFolders, "LastX", std::to_string(pos().x()));
   store_.Save(kSectionFolders, "LastY", std::to_string(pos().y()));
-  store_.Flush();
+  if (!store_.Flush())
+    std::fprintf(stderr, "Trel: the settings could not be written to %s\n", store_.path().c_str());
   ClosePreviewImages();
   // The preferences keep their lists current even when never confirmed.
   std::vector<ListEntry> folders;

@@ -89,3 +89,18 @@ TEST(SettingsStore, LiesUnderTrelHomeWhenSet) {
 
 }  // namespace
 }  // namespace trel
+
+namespace trel {
+namespace {
+
+TEST(SettingsStore, AFileThatCannotBeWrittenIsReported) {
+  test::TempDir dir;
+  dir.Write("blocker", "a file where the folder should be");
+  SettingsStore store(dir.file("blocker/Trel10.ini"));
+  store.Save(kSectionFolders, "Folder0", "/x/");
+  EXPECT_FALSE(store.Flush());
+  EXPECT_EQ(store.Get(kSectionFolders, "Folder0"), "/x/");
+}
+
+}  // namespace
+}  // namespace trel
