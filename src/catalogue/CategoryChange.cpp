@@ -1,6 +1,9 @@
 #include "catalogue/CategoryChange.h"
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <filesystem>
 
 #include "catalogue/EnableState.h"
 #include "filter/BinFile.h"
@@ -90,26 +93,66 @@ bool ChangeCat_FV(const PluginEntry& entry, const std::string& newCategory, cons
   return PatchFile(entry.path, env, [&](BinFile& file) { file.WriteAt(first - 1, bytes); });
 }
 
+namespace {
+
+// A fresh folder beside `folder`, on the same file system, so that its file can
+// replace the original by a rename.
+std::filesystem::path ScratchFolder(const std::string& folder) {
+  namespace fs = std::filesystem;
+  static std::atomic<unsigned> counter{0};
+  const auto stamp = std::chrono::steady_clock::now().time_since_epoch().count();
+  for (int attempt = 0; attempt < 100; ++attempt) {
+    const fs::path candidate = fs::path(folder) / (".trel-category-" + std::to_string(stamp) + "-" +
+                                                   std::to_string(++counter));
+    std::error_code ec;
+    if (fs::create_directory(candidate, ec) && !ec) return candidate;
+  }
+  return {};
+}
+
+}  // namespace
+
 bool ChangeSourceCategory(const PluginEntry& entry, const std::string& newCategory,
                           const FilterEnv& env) {
+  namespace fs = std::filesystem;
   std::string folder, name;
   SplitPath(entry.path, folder, name);
   const std::string suffix = LastFour(name);
-  FFFilter f;
-  const auto read = [&](FFFilter& into) {
-    if (suffix == ".afs") return ReadAFS(into, folder, name, env);
-    if (suffix == ".pff") return ReadPFF(into, folder, name, env);
-    if (suffix == ".txt") return ReadTXT(into, folder, name, false, true, env);
+  const auto read = [&](FFFilter& into, const std::string& from, const std::string& file) {
+    if (suffix == ".afs") return ReadAFS(into, from, file, env);
+    if (suffix == ".pff") return ReadPFF(into, from, file, env);
+    if (suffix == ".txt") return ReadTXT(into, from, file, false, true, env);
     return false;
   };
-  if (!read(f)) return false;
+  FFFilter f;
+  if (!read(f, folder, name)) return false;
   f.category = newCategory;
-  if (suffix == ".afs") Writeafspff(f, folder, 0, env);
-  if (suffix == ".pff") Writeafspff(f, folder, 1, env);
-  if (suffix == ".txt") WriteTXT(f, folder, true, env);
-  // The writers don't report; reading the file back tells whether it worked.
-  FFFilter check;
-  return read(check) && check.category == newCategory;
+
+  // The writers name their file after the filter (a text source may carry a
+  // file name of its own), so the new file is written into a scratch folder,
+  // checked, and then put in the place of the source it replaces.
+  const fs::path scratch = ScratchFolder(folder);
+  if (scratch.empty()) return false;
+  const std::string scratchFolder = WithTrailingSeparator(scratch.string());
+  if (suffix == ".afs") Writeafspff(f, scratchFolder, 0, env);
+  if (suffix == ".pff") Writeafspff(f, scratchFolder, 1, env);
+  if (suffix == ".txt") WriteTXT(f, scratchFolder, true, env);
+  bool done = false;
+  std::error_code ec;
+  std::vector<fs::path> written;
+  for (fs::directory_iterator it(scratch, ec), end; !ec && it != end; it.increment(ec)) {
+    written.push_back(it->path());
+  }
+  if (written.size() == 1) {
+    FFFilter check;
+    if (read(check, scratchFolder, written[0].filename().string()) && check.category == newCategory) {
+      fs::permissions(written[0], fs::status(entry.path, ec).permissions(), ec);
+      fs::rename(written[0], entry.path, ec);
+      done = !ec;
+    }
+  }
+  fs::remove_all(scratch, ec);
+  return done;
 }
 
 std::vector<std::string> CategoryChoices(const PaneCatalogue& pane) {

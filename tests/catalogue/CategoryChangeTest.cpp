@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "catalogue/CategoryChange.h"
 #include "catalogue/EnableState.h"
 #include "catalogue/PluginIdentification.h"
@@ -215,6 +217,35 @@ TEST_F(CategoryChangeTest, FilterSourceIsReadAndWrittenAgain) {
   EXPECT_EQ(back.category, "Lights");
   EXPECT_EQ(back.codeG, "g");
   EXPECT_EQ(pane.categories, (std::vector<std::string>{"Lights", "Old"}));
+}
+
+TEST_F(CategoryChangeTest, TextSourceKeepsItsFileNameFieldAndItsPlace) {
+  FFFilter f;
+  f.filename = "Other.8bf";
+  f.category = "Old";
+  f.title = "Glow";
+  f.codeR = "r";
+  f.codeG = "g";
+  f.codeB = "b";
+  f.codeA = "a";
+  WriteTXT(f, dir.path(), false, env);
+  std::filesystem::rename(dir.file("Other.txt"), dir.file("Glow.txt"));
+  const PluginEntry entry{dir.file("Glow.txt"), "Old", "Glow (.txt)", 0, 0};
+  ASSERT_TRUE(ChangeSourceCategory(entry, "New Place", env));
+  FFFilter back;
+  ASSERT_TRUE(ReadTXT(back, dir.path(), "Glow.txt", false, true, env));
+  EXPECT_EQ(back.category, "New Place");
+  EXPECT_EQ(back.filename, "Other.8bf");
+  EXPECT_FALSE(dir.Exists("Other.txt"));
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1);
+}
+
+TEST_F(CategoryChangeTest, UnreadableSourceFailsAndStaysAsItWas) {
+  const std::string broken = "%RGB-1.0\r300\r";  // a control value no byte can hold
+  dir.Write("Broken.afs", broken);
+  EXPECT_FALSE(ChangeSourceCategory({dir.file("Broken.afs"), "X", "Broken (.afs)", 0, 0}, "New", env));
+  EXPECT_EQ(dir.Read("Broken.afs"), broken);
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1);
 }
 
 }  // namespace
