@@ -64,6 +64,9 @@ bool ChangeCat_FV(const PluginEntry& entry, const std::string& newCategory, cons
     const auto* place = std::find_if(std::begin(kFilterFactoryPlaces), std::end(kFilterFactoryPlaces),
                                      [size](const FilterFactoryPlace& p) { return p.size == size; });
     if (place == std::end(kFilterFactoryPlaces)) return false;
+    // The room isn't checked, as it never was; a text its count byte can't
+    // state is refused, though, rather than written over the filter's code.
+    if (newCategory.size() > 255) return false;
     return PatchFile(entry.path, env, [&](BinFile& file) {
       // The count goes in as 16 bits; its high byte lands on the first
       // character's place and is overwritten by the text.

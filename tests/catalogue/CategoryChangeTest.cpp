@@ -113,6 +113,9 @@ TEST_F(CategoryChangeTest, FilterFactorySizesArePatchedAtTheirFixedPlace) {
   after = dir.Read("ff.8bf");
   EXPECT_EQ(after.substr(31062, longer.size() + 2),
             static_cast<char>(longer.size()) + longer + '\0');
+
+  EXPECT_FALSE(ChangeCat_FV({entry.path, "X", "FF Title", 0, 0}, std::string(256, 'L'), env));
+  EXPECT_EQ(dir.Read("ff.8bf"), after);
 }
 
 TEST_F(CategoryChangeTest, FilterFactoryOffsetOnAnotherSizeFails) {
