@@ -117,9 +117,16 @@ void RunDelete(const FflArgs& args, CliContext& ctx) {
   for (int number : args.numbers) {
     const bool listed = std::any_of(library.items.begin(), library.items.end(),
                                     [number](const FFLListItem& item) { return item.number == number; });
-    if (!listed || !DeleteFFLEntry(args.library, library.PositionOf(number))) {
+    if (!listed) {
       *ctx.err << "trel-cli ffl delete: " << args.library << ": there is no entry " << number
                << " to delete\n";
+      ctx.exitCode = 1;
+      continue;
+    }
+    if (!DeleteFFLEntry(args.library, library.PositionOf(number))) {
+      *ctx.err << "trel-cli ffl delete: " << args.library << ": entry " << number
+               << " can't be struck out (a file we may not write, or a name line under two "
+                  "characters)\n";
       ctx.exitCode = 1;
       continue;
     }

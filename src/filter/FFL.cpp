@@ -254,6 +254,21 @@ bool DeleteFFLEntry(const std::string& libraryPath, int64_t position) {
   return file->Close();
 }
 
+std::vector<int> DeleteFFLItems(const FFLLibrary& library, const std::vector<int>& selected,
+                                const FilterEnv& env) {
+  std::vector<int> deleted;
+  if (selected.empty() ||
+      env.hooks().MsgBox("Do you want to delete these/this FFL item(s)?", MsgButtons::YesNo,
+                         MsgIcon::Question, "Delete FFL Item") != MsgResult::Yes)
+    return deleted;
+  const std::vector<std::string> order = AddtoArrayList(selected);
+  for (auto it = order.rbegin(); it != order.rend(); ++it) {
+    const int number = std::stoi(*it);
+    if (DeleteFFLEntry(library.path, library.PositionOf(number))) deleted.push_back(number);
+  }
+  return deleted;
+}
+
 // ---------------------------------------------------------------- whole library
 
 int64_t FFLLibrary::PositionOf(int number) const {

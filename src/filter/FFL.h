@@ -85,6 +85,13 @@ std::vector<std::string> AddtoArrayList(const std::vector<int>& selectedNumbers)
 // False when the position does not start a name line of at least two bytes.
 bool DeleteFFLEntry(const std::string& libraryPath, int64_t position);
 
+struct FFLLibrary;
+// The FFL View's delete: asks "Do you want to delete these/this FFL item(s)?"
+// and strikes the selected entries out, from the last to the first. Returns
+// the numbers struck out (none when the answer is No).
+std::vector<int> DeleteFFLItems(const FFLLibrary& library, const std::vector<int>& selected,
+                                const FilterEnv& env);
+
 // What a pane shows of a library: entries are numbered from 1 in file order,
 // deleted ones included, so numbers and positions stay valid after a delete.
 struct FFLListItem {

@@ -251,14 +251,6 @@ TEST(BatchConvert, AfsOverALongerFileKeepsTheOldTail) {
   EXPECT_EQ(now.back(), 'x');
 }
 
-TEST(BatchConvert, NamesFromFileContentStayInTheTargetFolder) {
-  Fixture fx;
-  fx.request.selection = {fx.dir.Write("a.txt", Txt("A", "../escaped.8bf"))};
-  fx.Run();
-  EXPECT_FALSE(fx.dir.Exists("escaped.afs"));
-  EXPECT_EQ(fx.Files(), (std::vector<std::string>{".._escaped.afs"}));
-}
-
 TEST(BatchConvert, AnUnusableTargetFolderAsksWhetherToGoOn) {
   Fixture fx;
   fx.request.targetFolder = fx.dir.file("missing/deeper");

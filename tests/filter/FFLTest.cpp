@@ -134,20 +134,6 @@ TEST(FFLRead, BrokenEntriesAreToldNotGuessed) {
   EXPECT_EQ(ReadFFLEntry(fx.f, *in, problem), FFLRead::EndOfFile);
 }
 
-TEST(FFLRead, LineEndsAreCrLfOrLoneCr) {
-  Fixture fx;
-  auto in = FFLTextReader::Open(fx.dir.Write("e.ffl", "a\r\nb\rc\nd\r\n"));
-  std::string line;
-  ASSERT_TRUE(in->ReadLine(line));
-  EXPECT_EQ(line, "a");
-  EXPECT_EQ(in->Position(), 4);
-  ASSERT_TRUE(in->ReadLine(line));
-  EXPECT_EQ(line, "b");
-  ASSERT_TRUE(in->ReadLine(line));
-  EXPECT_EQ(line, "c\nd");
-  EXPECT_FALSE(in->ReadLine(line));
-}
-
 TEST(FFLRead, EntryByPositionSetsDialectFromTheName) {
   Fixture fx;
   std::vector<RawEntry> entries = {Named("one.8bf", "One"), Named("two.PRM", "Two")};
@@ -347,8 +333,24 @@ TEST(FFLInPlace, CountIsPatchedRightAlignedInFiveCharacters) {
   EXPECT_FALSE(fx.dir.Exists("none.ffl"));
 }
 
-TEST(FFLInPlace, SelectionSortsByEntryNumber) {
-  EXPECT_EQ(AddtoArrayList({12, 3, 100}), (std::vector<std::string>{"00003", "00012", "00100"}));
+TEST(FFLInPlace, DeletingItemsAsksFirst) {
+  Fixture fx;
+  std::vector<RawEntry> entries = {Named("a.8bf", "A"), Named("b.8bf", "B"), Named("c.8bf", "C")};
+  const std::string path = fx.dir.Write("lib.ffl", Library(entries));
+  FFLLibrary lib;
+  ReadFFLLibrary(path, lib, fx.env);
+  fx.shell.nextAnswer = MsgResult::No;
+  EXPECT_TRUE(DeleteFFLItems(lib, {1, 3}, fx.env).empty());
+  ASSERT_EQ(fx.shell.boxes.size(), 1u);
+  EXPECT_EQ(fx.shell.boxes[0].text, "Do you want to delete these/this FFL item(s)?");
+  EXPECT_EQ(fx.shell.boxes[0].title, "Delete FFL Item");
+  EXPECT_EQ(fx.shell.boxes[0].buttons, MsgButtons::YesNo);
+
+  fx.shell.nextAnswer = MsgResult::Yes;
+  EXPECT_EQ(DeleteFFLItems(lib, {1, 3}, fx.env), (std::vector<int>{3, 1}));
+  ReadFFLLibrary(path, lib, fx.env);
+  ASSERT_EQ(lib.items.size(), 1u);
+  EXPECT_EQ(lib.items[0].title, "B");
 }
 
 // ---------------------------------------------------------------- Convertffl
@@ -515,14 +517,6 @@ TEST(FFLCreate, LibraryOfTheReadableFiltersReadsBack) {
   fx.env.options.writeFFL10 = false;
   ASSERT_TRUE(cmd_CreateFFL(lib, {a}, fx.env).ok);
   EXPECT_EQ(fx.dir.Read("new.ffl").substr(0, 15), "FFL1.1\r\n    1\r\n");
-}
-
-TEST(FFLCreate, NothingReadableLeavesAnExistingFileAlone) {
-  Fixture fx;
-  fx.dir.Write("keep.ffl", "precious");
-  const FFLAddResult r = cmd_CreateFFL(fx.dir.file("keep.ffl"), {fx.dir.Write("x.doc", "no")}, fx.env);
-  EXPECT_FALSE(r.ok);
-  EXPECT_EQ(fx.dir.Read("keep.ffl"), "precious");
 }
 
 TEST(FFLAdd, AppendsAndCorrectsTheCountDeletedEntriesIncluded) {
