@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QComboBox>
 #include <QHeaderView>
 #include <QLabel>
@@ -256,6 +257,31 @@ TEST_F(FilePaneTest, ClassicListKeysAndTheDriveBox) {
   pane.Drive1_Change(root);
   EXPECT_EQ(pane.folder(), "/");
   EXPECT_EQ(pane.model()->FindText(" .."), -1);
+}
+
+}  // namespace
+}  // namespace trel
+
+namespace trel {
+namespace {
+
+TEST_F(FilePaneTest, ALongFolderCaptionShowsItsEnd) {
+  FilePane pane(0, shared);
+  pane.resize(120, 300);
+  pane.show();
+  std::string deep = dir.path();
+  for (const char* part : {"a-rather-long-folder-name", "and-another-one", "end"}) {
+    deep += std::string(part) + "/";
+    std::filesystem::create_directory(deep);
+  }
+  pane.FillDirList(deep);
+  pane.DrawDirLabel();
+  EXPECT_EQ(pane.caption()->text().toStdString(), deep);
+  EXPECT_TRUE(pane.caption()->alignment() & Qt::AlignRight);
+  pane.resize(4000, 300);
+  QApplication::processEvents();
+  pane.DrawDirLabel();
+  EXPECT_TRUE(pane.caption()->alignment() & Qt::AlignLeft);
 }
 
 }  // namespace

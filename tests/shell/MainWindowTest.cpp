@@ -13,6 +13,7 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <filesystem>
+#include <unistd.h>
 #include <memory>
 
 #include "settings/SettingsStore.h"
@@ -386,6 +387,30 @@ TEST_F(MainWindowTest, AMaskTypedButNotConfirmedIsStoredAsTyped) {
   SettingsStore store(home.file("Trel10.ini"));
   EXPECT_EQ(store.Get(kSectionFolders, "Pattern1"), "-*.zip");
   EXPECT_EQ(store.Get(kSectionFolders, "Pattern2"), "0");
+}
+
+}  // namespace
+}  // namespace trel
+
+namespace trel {
+namespace {
+
+TEST_F(MainWindowTest, AnUnreadableStoredFolderDoesNotStopTheStart) {
+  if (::geteuid() == 0) GTEST_SKIP() << "root reads every folder";
+  std::filesystem::create_directory(files.file("locked"));
+  files.Write("locked/inside.8bf", "x");
+  std::filesystem::permissions(files.file("locked"), std::filesystem::perms::none);
+  {
+    SettingsStore store(home.file("Trel10.ini"));
+    store.Save(kSectionFolders, "Folder0", files.file("locked/"));
+    store.Flush();
+  }
+  {
+    Started run(home, files.path());
+    EXPECT_TRUE(run.window->isVisible());
+    EXPECT_EQ(run.window->pane(0)->model()->FindText("inside.8bf"), -1);
+  }
+  std::filesystem::permissions(files.file("locked"), std::filesystem::perms::owner_all);
 }
 
 }  // namespace
