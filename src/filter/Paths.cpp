@@ -8,7 +8,8 @@
 namespace trel {
 
 std::string WithTrailingSeparator(std::string folder) {
-  if (folder.empty() || folder.back() != kPathSeparator) folder += kPathSeparator;
+  if (folder.empty()) return std::string(".") + kPathSeparator;  // never the root by accident
+  if (folder.back() != kPathSeparator) folder += kPathSeparator;
   return folder;
 }
 
