@@ -260,7 +260,7 @@ void MainWindow::ConnectPane(FilePane* p) {
   connect(p, &FilePane::activated, this, [this](int index) {
     if (index != activePane_) Switchit(index);
   });
-  connect(p, &FilePane::viewChanged, this, [this](int index) { Switchit(index); });
+  connect(p, &FilePane::viewChanged, this, &MainWindow::SSTab1_Click);
   connect(p, &FilePane::fileDblClicked, this, &MainWindow::File1_DblClick);
   connect(p, &FilePane::fileInformationRequested, this, [this](int index) {
     if (index != activePane_) Switchit(index);
@@ -274,6 +274,12 @@ void MainWindow::ConnectPane(FilePane* p) {
     if (index != activePane_) Switchit(index);
     folderMenu_->popup(globalPos);
   });
+}
+
+void MainWindow::SSTab1_Click(int index) {
+  Switchit(index);
+  if (pane(index)->paneView() == FilePane::kPluginView && !pluginViewFresh_[static_cast<size_t>(index & 1)])
+    ScanForPluginView(index);
 }
 
 void MainWindow::Switchit(int index) {
@@ -435,6 +441,8 @@ void MainWindow::mnuDirectorys_Click(int index) {
   if (p->listViewShown()) p->FillDirList(folder);
   p->DrawDirLabel();
 }
+
+void MainWindow::ScanForPluginView(int index) { (void)index; }
 
 void MainWindow::LoadintoFFEditor(const QString& path) { emit routeTaken("LoadintoFFEditor", path); }
 

@@ -56,6 +56,9 @@ class MainWindow : public QMainWindow {
   FilePane* pane(int index) const { return panes_[static_cast<size_t>(index & 1)]; }
   int ActivePane() const { return activePane_; }
   void Switchit(int pane);
+  void SSTab1_Click(int pane);  // a pane changed its view
+  // The plugin list of a pane no longer matches its folder.
+  void ClearPluginViewFresh(int pane) { pluginViewFresh_[static_cast<size_t>(pane & 1)] = false; }
   void RefreshFile1(int pane);
   void RefreshFile1C(int pane);
   void RefreshBoth();
@@ -128,6 +131,9 @@ class MainWindow : public QMainWindow {
   void ToggleFFUI(const std::string& tempDll);
   void LoadFFEditorHidden();
   void ClosePreviewImages();
+  // Entering Plugin View with a stale list scans the pane's folder; the
+  // category browser completes this step.
+  void ScanForPluginView(int pane);
   void GetIcons();
   void AttachMenuBitmaps();
 
