@@ -209,7 +209,8 @@ ConvertReport cmd_Convert(FFFilter& f, const ConvertRequest& request, OverwriteC
       }
       if (answer == kOverwriteGo) {
         ApplyNameRule(f, env.options);
-        WriteByFormat(f, folder, format, env, &report);
+        if (WriteByFormat(f, folder, format, env, &report) == WriteOutcome::FolderFailed)
+          shell.ErrorMessage(UnusableFolder(folder));
       } else {
         ++report.skipped;
       }
