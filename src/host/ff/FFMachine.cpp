@@ -265,6 +265,8 @@ Machine::Machine(const Program& prog, const ConstImageView& src, const int32_t* 
   for (int i = 0; i < 8; ++i) fill(uint16_t(kRegCtl0 + i), ctl[i]);
   for (const auto& [reg, value] : prog.constants) fill(reg, value);
   if (channels_ < 4) fill(kRegA, 255);
+  for (int z = 0; z < channels_; ++z)
+    pixelCode_.code.insert(pixelCode_.code.end(), prog.channels[z].code.begin(), prog.channels[z].code.end());
 }
 
 void Machine::LoadInputs(int x0, int n, uint32_t used) {
@@ -371,11 +373,8 @@ void Machine::RunRowOrdered(int y, uint8_t* dstRow) {
     LoadInputs(x0, n, used_);
     uint8_t* out = dstRow + ptrdiff_t(x0) * 4;
     for (int k = 0; k < n; ++k) {
-      for (int z = 0; z < channels_; ++z) {
-        const ChannelCode& code = prog_.channels[z];
-        RunOne(code, k);
-        out[k * 4 + z] = ClampByte(Reg(code.result)[k]);
-      }
+      RunOne(pixelCode_, k);
+      for (int z = 0; z < channels_; ++z) out[k * 4 + z] = ClampByte(Reg(prog_.channels[z].result)[k]);
       if (channels_ < 4) out[k * 4 + 3] = 255;
     }
   }

@@ -46,6 +46,9 @@ class Machine {
   uint32_t used_ = 0;
   std::vector<int32_t> regs_;
   std::vector<int32_t> scratch_;
+  // The channels' instructions one after the other, R first: one pass of it
+  // computes a whole pixel in the language's order.
+  ChannelCode pixelCode_;
 };
 
 }  // namespace trel::ff

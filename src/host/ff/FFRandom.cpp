@@ -21,8 +21,9 @@ void FFRandom::Seed(int32_t s) {
 }
 
 int32_t FFRandom::Next(int32_t a, int32_t b) {
-  i1_ = i1_ % 55 + 1;
-  i2_ = i2_ % 55 + 1;
+  // i % 55 + 1 for i in 0..55, without a division.
+  i1_ = i1_ >= 55 ? 1 : i1_ + 1;
+  i2_ = i2_ >= 55 ? 1 : i2_ + 1;
   uint32_t v = tab_[i1_] - tab_[i2_];
   tab_[i1_] = v;
   uint32_t span = uint32_t(b) - uint32_t(a);
