@@ -383,6 +383,16 @@ void MainWindow::ShellOpen(const QString& path) {
   }
 }
 
+void MainWindow::ApplyPluginTypes(const PluginTypeList& rows) {
+  pluginTypeList_ = rows;
+  pluginTypeTable_ = {};
+  GetPlugTypes(pluginTypeList_, pluginTypeTable_);
+  shared_.pluginTypePattern = pluginTypeTable_.PluginTypePattern;
+  pluginTypeExtensions_.clear();
+  for (const PluginType& type : pluginTypeTable_.PluginTypes)
+    if (!type.empty()) pluginTypeExtensions_.push_back(type.extension);
+}
+
 void MainWindow::FolderVisited(int index) {
   FolderHistoryOptions options;
   options.autoAdd = prefs_.autoAdd[0] == 1;

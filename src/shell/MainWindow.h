@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "catalogue/PluginTypes.h"
 #include "settings/Preferences.h"
 #include "shell/FilePane.h"
 #include "shell/MessageShell.h"
@@ -90,6 +91,9 @@ class MainWindow : public QMainWindow {
   void SetPluginTypeExtensions(std::vector<std::string> extensions) {
     pluginTypeExtensions_ = std::move(extensions);
   }
+  const PluginTypeTable& pluginTypes() const { return pluginTypeTable_; }
+  // Takes the plugin type rows into the table, the masks and the routes.
+  void ApplyPluginTypes(const PluginTypeList& rows);
 
   // --- commands and their availability
   QAction* command(const QString& objectName) const { return commands_.value(objectName); }
@@ -150,6 +154,8 @@ class MainWindow : public QMainWindow {
   bool unloaded_ = false;
   std::vector<std::string> folderList_;
   std::vector<std::string> pluginTypeExtensions_;
+  PluginTypeList pluginTypeList_;    // the rows of the preferences' list
+  PluginTypeTable pluginTypeTable_;  // the checked rows, parsed
   QPointer<Splash> splash_;
 
   QHash<QString, QAction*> commands_;

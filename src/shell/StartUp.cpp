@@ -90,6 +90,9 @@ void MainWindow::Form_Load(const QString& commandLine) {
 
   SplashStatus("Loading Registry Settings ...");
   LoadPreferences(store_, prefs_);
+  ApplyPluginTypes(InitialPluginTypeList(programFolder_, [this](const std::string& key) {
+    return store_.Get(kSectionSettings, key);
+  }));
   if (auto folders = LoadList(programFolder_ + kFolderListFile, false)) {
     folderList_.clear();
     for (const ListEntry& entry : *folders) folderList_.push_back(entry.text);

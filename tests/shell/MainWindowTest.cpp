@@ -415,3 +415,25 @@ TEST_F(MainWindowTest, AnUnreadableStoredFolderDoesNotStopTheStart) {
 
 }  // namespace
 }  // namespace trel
+
+namespace trel {
+namespace {
+
+TEST_F(MainWindowTest, DefinedPluginTypesDriveTheMaskAndTheRoute) {
+  home.Write("PlugTypes.ini", "Paint Shop Pro Tube (tub|3)\r\nTrue\r\nJasc Brush (jbr|3)\r\nFalse\r\n");
+  files.Write("rose.tub", "x");
+  files.Write("soft.jbr", "x");
+  Started run(home, files.path());
+  MainWindow& w = *run.window;
+  FilePane* p = w.pane(0);
+  p->Combo1_Click(3);
+  EXPECT_NE(p->model()->FindText("rose.tub"), -1);
+  EXPECT_EQ(p->model()->FindText("soft.jbr"), -1);  // its row is switched off
+  EXPECT_EQ(p->model()->FindText("blur.8bf"), -1);
+  p->ListView1_DblClick(p->model()->FindText("rose.tub"));
+  ASSERT_EQ(run.routes.size(), 1u);
+  EXPECT_TRUE(run.routes[0].startsWith("cmd_PlugInInformation "));
+}
+
+}  // namespace
+}  // namespace trel
