@@ -19,7 +19,7 @@ struct CliContext {
   std::ostream* err;   // stderr
 };
 
-void AddFilterCommands(CLI::App& app, CliContext& ctx);  // show, convert, code
+void AddFilterCommands(CLI::App& app, CliContext& ctx);  // show, code
 void AddConvertCommands(CLI::App& app, CliContext& ctx);  // convert
 void AddFflCommands(CLI::App& app, CliContext& ctx);  // ffl list|extract|create|add|delete
 void AddApplyCommands(CLI::App& app, CliContext& ctx);  // apply

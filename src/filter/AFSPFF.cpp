@@ -113,12 +113,7 @@ void Writeafspff(FFFilter& f, std::string folder, int kind, const FilterEnv& env
       file->Put(13);
     }
   } else {
-    if (!f.isPhotoshop) {
-      f.codeR = Correctprmcode(f.codeR);
-      f.codeG = Correctprmcode(f.codeG);
-      f.codeB = Correctprmcode(f.codeB);
-      f.codeA = Correctprmcode(f.codeA);
-    }
+    if (!f.isPhotoshop) CorrectprmcodeAll(f);
     if (env.options.macFFAdaption) CorrectCodeForMac(f);
     for (const std::string* code : {&f.codeR, &f.codeG, &f.codeB, &f.codeA}) {
       Writecode(*code, *file);

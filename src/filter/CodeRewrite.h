@@ -17,6 +17,8 @@ std::string OptimizeChannel(std::string s, int channel, bool noFFOptimize);
 
 // Premiere dialect to Photoshop dialect. Not idempotent: run it once per load.
 std::string Correctprmcode(std::string code);
+// Correctprmcode on the four code strings of the record, each stored back.
+void CorrectprmcodeAll(FFFilter& f);
 // Swaps the first two arguments of every `mix(` (the dialects differ there).
 std::string SwapMixArguments(std::string code);
 // Photoshop dialect to Premiere dialect, on the four code strings of the record.

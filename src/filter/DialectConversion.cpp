@@ -97,6 +97,13 @@ std::string Correctprmcode(std::string code) {
   return SwapMixArguments(PremiereNamesToPhotoshop(std::move(code)));
 }
 
+void CorrectprmcodeAll(FFFilter& f) {
+  f.codeR = Correctprmcode(std::move(f.codeR));
+  f.codeG = Correctprmcode(std::move(f.codeG));
+  f.codeB = Correctprmcode(std::move(f.codeB));
+  f.codeA = Correctprmcode(std::move(f.codeA));
+}
+
 namespace {
 
 bool IsNameStart(char c) { return std::isalpha(static_cast<unsigned char>(c)) || c == '_'; }

@@ -28,13 +28,6 @@ bool ReadPremierePlugin(FFFilter& f, const std::string& folder, const std::strin
   return Readprm(f, folder, name, false, true, env) || ReadTF(f, folder, name, false, env);
 }
 
-void CorrectprmcodeAll(FFFilter& f) {
-  f.codeR = Correctprmcode(f.codeR);
-  f.codeG = Correctprmcode(f.codeG);
-  f.codeB = Correctprmcode(f.codeB);
-  f.codeA = Correctprmcode(f.codeA);
-}
-
 // The record shows the source format it came from: "abc.8bf" read from a
 // source file becomes "abc.afs".
 void ExchangeExtension(FFFilter& f, const char* extension) {

@@ -261,12 +261,7 @@ void PatchPhotoshop(TemplatePatch& file, FFFilter& f, const ChosenTemplate& chos
     for (int i = 1; i <= 8; ++i) file.PutAt(shift + L::kCtlValues + 4 * (i - 1), f.ctlValue[i]);
   }
 
-  if (!f.isPhotoshop) {
-    f.codeB = Correctprmcode(f.codeB);
-    f.codeG = Correctprmcode(f.codeG);
-    f.codeR = Correctprmcode(f.codeR);
-    f.codeA = Correctprmcode(f.codeA);
-  }
+  if (!f.isPhotoshop) CorrectprmcodeAll(f);
   if (chosen.mac) CorrectCodeForMac(f);
   // Red to alpha: a code over 1023 bytes is overwritten by the next channel.
   PutCode(file, shift + L::kCodeR, f.codeR);

@@ -270,12 +270,7 @@ bool ReadTXT(FFFilter& f, std::string folder, const std::string& name, bool /*ig
 }
 
 void WriteTXT(FFFilter& f, std::string folder, bool withPresets, const FilterEnv& env) {
-  if (!f.isPhotoshop) {
-    f.codeR = Correctprmcode(f.codeR);
-    f.codeG = Correctprmcode(f.codeG);
-    f.codeB = Correctprmcode(f.codeB);
-    f.codeA = Correctprmcode(f.codeA);
-  }
+  if (!f.isPhotoshop) CorrectprmcodeAll(f);
   if (env.options.macFFAdaption) CorrectCodeForMac(f);
   if (f.filename.find('.') == std::string::npos) f.filename += ".txt";
   const std::string stem = f.filename.substr(0, f.filename.size() >= 4 ? f.filename.size() - 4 : 0);
