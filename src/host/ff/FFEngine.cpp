@@ -111,6 +111,8 @@ RenderStatus RenderFilter(const CompiledFilter& filter, const Controls& controls
   }
 
   int threads = options.threads > 0 ? options.threads : int(std::thread::hardware_concurrency());
+  // Starting threads costs more than a small preview takes on one core.
+  if (options.threads <= 0 && int64_t(src.width) * src.height < 32768) threads = 1;
   threads = std::clamp(threads, 1, 64);
   threads = std::min(threads, total);
 

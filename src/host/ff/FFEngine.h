@@ -51,7 +51,7 @@ CompiledFilter CompileFilter(const std::array<std::string, 4>& code, CompileErro
 using Controls = std::array<int32_t, 8>;
 
 struct RenderOptions {
-  int threads = 0;  // 0: all cores; 1: the calling thread only
+  int threads = 0;  // 0: all cores (one for small pictures); 1: the calling thread only
   // Called on the calling thread with the number of rows finished so far.
   std::function<void(int done, int total)> progress;
   // Polled on the calling thread between rows; true stops the run.
