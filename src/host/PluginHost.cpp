@@ -95,10 +95,15 @@ bool ApplyFilter(ImageLibrary& lib, ImgHandle image, const std::string& plugin,
 }
 
 bool RunDLL(const std::string& arguments) {
+#ifdef Q_OS_WIN
+  return QProcess::startDetached("rundll32.exe", QProcess::splitCommand(QString::fromLocal8Bit(arguments)));
+#else
+  // The desktop has no open-with dialog to call; its default program stands in.
   const std::string openAs = "shell32.dll,OpenAs_RunDLL ";
   if (arguments.compare(0, openAs.size(), openAs) != 0) return false;
   const QString path = QString::fromLocal8Bit(arguments.substr(openAs.size()));
   return QProcess::startDetached("xdg-open", {path});
+#endif
 }
 
 int ShellAndWait(const std::string& commandLine) {
