@@ -148,7 +148,6 @@ RenderStatus RenderFilter(const CompiledFilter& filter, const Controls& controls
       int last = std::min(total, first + chunk);
       for (int y = first; y < last; ++y) machine.RunRowBlocks(y, rowOut(y));
       doneRows.fetch_add(last - first, std::memory_order_relaxed);
-      wake.notify_one();
     }
     {
       std::lock_guard<std::mutex> lock(mutex);
@@ -164,8 +163,10 @@ RenderStatus RenderFilter(const CompiledFilter& filter, const Controls& controls
   int reported = 0;
   {
     std::unique_lock<std::mutex> lock(mutex);
+    // Waking only every few milliseconds keeps the watcher from competing
+    // with the workers for the cores.
     while (running > 0) {
-      wake.wait_for(lock, std::chrono::milliseconds(20));
+      wake.wait_for(lock, std::chrono::milliseconds(10), [&] { return running == 0; });
       const int done = doneRows.load(std::memory_order_relaxed);
       lock.unlock();
       if (done != reported && done < total) {
