@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <unordered_map>
 
 #include "host/ff/FFTreeEval.h"
 
@@ -70,15 +71,20 @@ class ChannelCompiler {
   ChannelCompiler(const Ast& ast, int channel, Program& prog)
       : ast_(ast), channel_(channel), prog_(prog), out_(prog.channels[channel]) {
     info_.resize(ast.nodes.size());
+    for (const auto& [reg, v] : prog.constants) {
+      constByValue_.emplace(v, reg);
+      constByReg_.emplace(reg, v);
+    }
     // Children always come before their parents in the node array, so one
     // forward sweep settles every node's facts.
     for (uint32_t n = 0; n < ast.nodes.size(); ++n) Analyse(n);
   }
 
-  void Run() {
+  bool Run() {
     out_.code.clear();
     out_.sideEffects = info_[ast_.root].effects;
     out_.result = Gen(ast_.root);
+    return !tooLarge_;
   }
 
  private:
@@ -140,33 +146,51 @@ class ChannelCompiler {
     return ApplyNode(node, v, env);
   }
 
-  uint16_t Constant(int32_t value) {
-    for (const auto& [reg, v] : prog_.constants)
-      if (v == value) return reg;
-    uint16_t reg = prog_.regCount++;
-    prog_.constants.emplace_back(reg, value);
-    return reg;
-  }
-
-  uint16_t Temp() {
-    if (!free_.empty()) {
-      uint16_t r = free_.back();
-      free_.pop_back();
-      return r;
+  // A new register; past the limit the program is marked unusable and a
+  // harmless register stands in, so compiling still ends normally.
+  uint16_t NewRegister() {
+    if (prog_.regCount >= kMaxRegisters) {
+      tooLarge_ = true;
+      return kRegR;
     }
     return prog_.regCount++;
   }
 
-  void Release(uint16_t reg) {
-    if (std::find(temps_.begin(), temps_.end(), reg) != temps_.end() &&
-        std::find(free_.begin(), free_.end(), reg) == free_.end())
-      free_.push_back(reg);
+  uint16_t Constant(int32_t value) {
+    auto it = constByValue_.find(value);
+    if (it != constByValue_.end()) return it->second;
+    uint16_t reg = NewRegister();
+    if (!tooLarge_) {
+      prog_.constants.emplace_back(reg, value);
+      constByValue_.emplace(value, reg);
+      constByReg_.emplace(reg, value);
+    }
+    return reg;
   }
 
+  // Temporaries are handed out again once released; state[r] says whether
+  // register r is one of this channel's temporaries, and whether it is free.
+  enum : uint8_t { kNotTemp = 0, kInUse = 1, kFree = 2 };
+
   uint16_t NewTemp() {
-    uint16_t r = Temp();
-    if (std::find(temps_.begin(), temps_.end(), r) == temps_.end()) temps_.push_back(r);
+    if (!free_.empty()) {
+      uint16_t r = free_.back();
+      free_.pop_back();
+      tempState_[r] = kInUse;
+      return r;
+    }
+    uint16_t r = NewRegister();
+    if (tooLarge_) return r;
+    if (tempState_.size() <= r) tempState_.resize(size_t(r) + 1, kNotTemp);
+    tempState_[r] = kInUse;
     return r;
+  }
+
+  void Release(uint16_t reg) {
+    if (reg < tempState_.size() && tempState_[reg] == kInUse) {
+      tempState_[reg] = kFree;
+      free_.push_back(reg);
+    }
   }
 
   uint16_t Input(FixedReg reg) {
@@ -206,9 +230,9 @@ class ChannelCompiler {
   }
 
   std::optional<int32_t> ConstantIn(uint16_t reg) const {
-    for (const auto& [r, v] : prog_.constants)
-      if (r == reg) return v;
-    return std::nullopt;
+    auto it = constByReg_.find(reg);
+    if (it == constByReg_.end()) return std::nullopt;
+    return it->second;
   }
 
   // The same value for every pixel of a row.
@@ -422,14 +446,17 @@ class ChannelCompiler {
   Program& prog_;
   ChannelCode& out_;
   std::vector<Info> info_;
-  std::vector<uint16_t> temps_;
+  std::vector<uint8_t> tempState_;
   std::vector<uint16_t> free_;
+  std::unordered_map<int32_t, uint16_t> constByValue_;
+  std::unordered_map<uint16_t, int32_t> constByReg_;
+  bool tooLarge_ = false;
 };
 
 }  // namespace
 
-void CompileChannel(const Ast& ast, int channel, Program& program) {
-  ChannelCompiler(ast, channel, program).Run();
+bool CompileChannel(const Ast& ast, int channel, Program& program) {
+  return ChannelCompiler(ast, channel, program).Run();
 }
 
 bool DependsOnChannel(const Ast& ast) {

@@ -10,8 +10,9 @@
 namespace trel::ff {
 
 // Appends channel `channel` (0..3) of `ast` to `program`. Constants are shared
-// between the channels of one program.
-void CompileChannel(const Ast& ast, int channel, Program& program);
+// between the channels of one program. False when the program would need more
+// registers than kMaxRegisters; it must not be run then.
+bool CompileChannel(const Ast& ast, int channel, Program& program);
 
 // True when the expression's value can differ between channels at one pixel.
 bool DependsOnChannel(const Ast& ast);

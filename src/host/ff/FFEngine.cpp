@@ -35,7 +35,10 @@ CompiledFilter CompileFilter(const std::array<std::string, 4>& code, CompileErro
       if (err) *err = CompileError{z, pe.position, pe.message};
       return result;
     }
-    CompileChannel(ast, z, *prog);
+    if (!CompileChannel(ast, z, *prog)) {
+      if (err) *err = CompileError{z, 0, "The filter is too large to compile: it needs too many distinct values."};
+      return result;
+    }
     independent[z] = !DependsOnChannel(ast);
   }
   // Filters often give several channels one formula; without side effects

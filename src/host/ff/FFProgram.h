@@ -45,6 +45,9 @@ enum FixedReg : uint16_t {
   kFirstFreeReg = kRegCtl0 + 8
 };
 
+// Registers are 16-bit numbers; far below that, a filter is unreasonably large.
+constexpr uint16_t kMaxRegisters = 60000;
+
 struct ChannelCode {
   std::vector<Instr> code;
   uint16_t result = 0;

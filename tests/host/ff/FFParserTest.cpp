@@ -107,6 +107,26 @@ TEST(FFParser, LongChainsAreBoundedButRealisticFormulasPass) {
   EXPECT_NE(err.message.find("too long a chain"), std::string::npos);
 }
 
+// A balanced sum of n terms (x+k): shallow, but with n distinct numbers.
+std::string WideSum(int first, int n) {
+  if (n == 1) return "(x+" + std::to_string(first) + ")";
+  return "(" + WideSum(first, n / 2) + "+" + WideSum(first + n / 2, n - n / 2) + ")";
+}
+
+TEST(FFParser, WideFormulasCompileOrFailCleanly) {
+  CompileError err;
+  CompiledFilter ok = CompileFilter({WideSum(1, 2000), "g", "b", "a"}, &err);
+  ASSERT_TRUE(ok.valid()) << err.message;
+  ImageRGBA8 img(2, 2, false), out(2, 2, false);
+  EXPECT_EQ(RenderFilter(ok, {}, img.view(), out.view()), RenderStatus::Done);
+  EXPECT_EQ(out.at(1, 1)[0], 255);
+
+  CompiledFilter big = CompileFilter({"r", "g", WideSum(1, 70000), "a"}, &err);
+  EXPECT_FALSE(big.valid());
+  EXPECT_EQ(err.channel, 2);
+  EXPECT_NE(err.message.find("too large"), std::string::npos);
+}
+
 TEST(FFParser, RandomBytesNeverCrash) {
   std::mt19937 gen(2024);
   const std::string alphabet = "rgbaxyzXYZcdmiuv0123456789x()+-*/%<>=!&|^~?:, \tsrcadmnlt_\n";
