@@ -172,6 +172,20 @@ TEST_F(ImageLibraryTest, InvokeOnPartOfThePictureLeavesTheRest) {
   EXPECT_EQ(lib.ImgPlugInInvoke(h, 0, {0, 0, 8, 7}), IMG_ERR_BAD_RECT);
 }
 
+TEST_F(ImageLibraryTest, PalettedAndTinyPicturesRunToo) {
+  const std::string plugin = test::CompilePlugin(dir, test::SampleFilter("255 - c"));
+  ASSERT_FALSE(plugin.empty());
+  lib.ImgPlugInHostLoad("");
+  ASSERT_EQ(lib.ImgPlugInLoad(plugin), IMG_OK);
+  QImage indexed = test::PatternPicture(5, 5, false).convertToFormat(QImage::Format_Indexed8);
+  ImgHandle h = lib.Adopt(indexed);
+  ASSERT_EQ(lib.ImgPlugInInvoke(h, 0, {0, 0, 4, 4}), IMG_OK);
+  EXPECT_EQ(lib.image(h)->pixelColor(2, 3).red(), 255 - indexed.pixelColor(2, 3).red());
+  ImgHandle one = lib.Adopt(test::PatternPicture(1, 1, true));
+  ASSERT_EQ(lib.ImgPlugInInvoke(one, 0, {0, 0, 0, 0}), IMG_OK);
+  EXPECT_EQ(lib.image(one)->pixelColor(0, 0).green(), 255 - 200);
+}
+
 TEST_F(ImageLibraryTest, RefusesWhatItCannotRun) {
   ImgHandle h = lib.Adopt(test::PatternPicture(3, 3, false));
   EXPECT_EQ(lib.ImgPlugInLoad(dir.Write("any.8bf", "MZ")), IMG_ERR_NO_HOST);
