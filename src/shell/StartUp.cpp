@@ -217,7 +217,10 @@ void MainWindow::StartWithFile(const QString& commandLine) {
   const std::string name = ToLower(FileNameOf(path));
   const std::string folder = FolderOf(path);
   FilePane* p = pane(0);
-  if (!folder.empty() && p->ChangeFolder(folder)) RefreshFile1(0);
+  if (!folder.empty() && p->ChangeFolder(folder)) {
+    RefreshFile1(0);
+    p->DrawDirLabel();  // the caption was drawn for the stored folder before this
+  }
   p->Combo1_Click(0);
   p->SelectListItem(QString::fromStdString(name));
   if (p->SelectInFile1(QString::fromStdString(name))) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QLabel>
 #include <QAction>
 #include <QComboBox>
 #include <QDir>
@@ -183,6 +184,9 @@ TEST_F(MainWindowTest, TheCommandLineOpensLikeADoubleClickInTheLeftPane) {
   other.Write("Wave.AFS", "%RGB-1.0\n");
   Started run(home, files.path(), QString::fromStdString(other.file("wave.afs")));
   EXPECT_EQ(run.window->pane(0)->folder(), other.path());
+  auto* caption = run.window->findChild<QLabel*>("Label6_0");
+  ASSERT_NE(caption, nullptr);
+  EXPECT_EQ(caption->text().toStdString(), other.path());
   ASSERT_EQ(run.routes.size(), 1u);
   EXPECT_EQ(run.routes[0], "LoadintoFFEditor " + QString::fromStdString(other.file("Wave.AFS")));
 }
