@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "filter/Paths.h"
+#include "filter/SafeTarget.h"
 
 namespace trel {
 
@@ -148,27 +149,7 @@ bool SaveList(const std::string& path, const PluginTypeList& list, bool withStat
     text << row.text << "\r\n";
     if (withState) text << (row.checked ? "True" : "False") << "\r\n";
   }
-  // The old file stays in place until the new one is complete.
-  const std::string temp = path + ".new";
-  {
-    std::ofstream out(temp, std::ios::binary | std::ios::trunc);
-    if (!out) return false;
-    const std::string bytes = text.str();
-    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    out.flush();
-    if (!out) {
-      out.close();
-      std::remove(temp.c_str());
-      return false;
-    }
-  }
-  std::error_code ec;
-  std::filesystem::rename(temp, path, ec);
-  if (ec) {
-    std::remove(temp.c_str());
-    return false;
-  }
-  return true;
+  return WriteWholeFile(path, text.str());  // the old file stays unless the new one is complete
 }
 
 std::string PluginTypeRowText(const std::string& name, const std::string& extension,

@@ -69,4 +69,11 @@ bool SafeTarget::Commit() {
   return true;
 }
 
+bool WriteWholeFile(const std::string& path, const std::string& bytes) {
+  SafeTarget target(path, /*startFromExisting=*/false);
+  if (!target.file()) return false;
+  target.file()->Write(bytes);
+  return target.Commit();
+}
+
 }  // namespace trel

@@ -32,4 +32,8 @@ class SafeTarget {
   bool committed_ = false;
 };
 
+// Writes `bytes` as the whole new content of `path` through a SafeTarget: the
+// old file stays as it was unless everything could be written.
+bool WriteWholeFile(const std::string& path, const std::string& bytes);
+
 }  // namespace trel

@@ -6,6 +6,7 @@
 #include <iterator>
 
 #include "filter/Paths.h"
+#include "filter/SafeTarget.h"
 #include "settings/Conversions.h"
 
 namespace trel {
@@ -77,28 +78,12 @@ std::optional<std::vector<ListEntry>> LoadList(const std::string& path, bool wit
 }
 
 bool SaveList(const std::string& path, const std::vector<ListEntry>& entries, bool withState) {
-  const std::string temp = path + ".new";
-  {
-    std::ofstream out(temp, std::ios::binary | std::ios::trunc);
-    if (!out) return false;
-    for (const auto& entry : entries) {
-      out << entry.text << "\r\n";
-      if (withState) out << BoolText(entry.state) << "\r\n";
-    }
-    out.flush();
-    if (!out) {
-      out.close();
-      std::remove(temp.c_str());
-      return false;
-    }
+  std::string text;
+  for (const auto& entry : entries) {
+    text += entry.text + "\r\n";
+    if (withState) text += BoolText(entry.state) + "\r\n";
   }
-  std::error_code ec;
-  std::filesystem::rename(temp, path, ec);
-  if (ec) {
-    std::remove(temp.c_str());
-    return false;
-  }
-  return true;
+  return WriteWholeFile(path, text);  // the old file stays unless the new one is complete
 }
 
 }  // namespace trel
