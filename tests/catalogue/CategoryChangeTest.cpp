@@ -1,22 +1,17 @@
-#include <gtest/gtest.h>
-
 #include <filesystem>
 
+#include "catalogue/CatalogueTesting.h"
 #include "catalogue/CategoryChange.h"
 #include "catalogue/EnableState.h"
 #include "catalogue/PluginIdentification.h"
 #include "catalogue/PluginScanner.h"
 #include "filter/TextFormats.h"
-#include "support/PeBuilder.h"
-#include "support/RecordingShell.h"
-#include "support/TempDir.h"
 
 namespace trel {
 namespace {
 
-class CategoryChangeTest : public ::testing::Test {
+class CategoryChangeTest : public test::CatalogueTest {
  protected:
-  CategoryChangeTest() { env.shell = &shell; }
   // Scans one file as the Plugin View would and returns its first entry.
   PluginEntry Scanned(const std::string& name, const std::string& bytes) {
     dir.Write(name, bytes);
@@ -24,9 +19,12 @@ class CategoryChangeTest : public ::testing::Test {
     EXPECT_TRUE(IdentifyFile(dir.path(), name, {}, {}, env, out));
     return out.empty() ? PluginEntry{} : out.front();
   }
-  test::TempDir dir;
-  test::RecordingShell shell;
-  FilterEnv env;
+  ResourceProbe ReadBack(const std::string& name) {
+    ResourceProbe probe;
+    EXPECT_TRUE(ReadCom8bf(dir.file(name), probe, env));
+    return probe;
+  }
+  auto FileCount() const { return std::distance(std::filesystem::directory_iterator(dir.path()), {}); }
 };
 
 TEST_F(CategoryChangeTest, GeneralPluginRewritesOnlyItsOwnRoom) {
@@ -39,53 +37,44 @@ TEST_F(CategoryChangeTest, GeneralPluginRewritesOnlyItsOwnRoom) {
   ASSERT_EQ(after.size(), before.size());
   const size_t count = static_cast<size_t>(entry.categoryOffset) - 2;  // 0-based count byte
   for (size_t i = 0; i < before.size(); ++i) {
-    if (i >= count && i <= count + entry.maxCategoryLength) continue;
-    ASSERT_EQ(after[i], before[i]) << "byte " << i << " outside the room changed";
+    if (i < count || i > count + entry.maxCategoryLength) { ASSERT_EQ(after[i], before[i]) << "byte " << i; }
   }
   EXPECT_EQ(after.substr(count, 1 + entry.maxCategoryLength),
             std::string("\x04Warp") + std::string(entry.maxCategoryLength - 4, '\0'));
 
-  ResourceProbe probe;
-  ASSERT_TRUE(ReadCom8bf(dir.file("p.8bf"), probe, env));
+  const ResourceProbe probe = ReadBack("p.8bf");
   EXPECT_EQ(probe[1].category, "Warp");
   EXPECT_EQ(probe[1].title, "Twirl");
   EXPECT_EQ(probe[1].maximumLength, entry.maxCategoryLength);
   EXPECT_EQ(probe[2].category, "Distort");  // the second filter keeps its own
 }
 
-TEST_F(CategoryChangeTest, CategoryFillingTheWholeRoomFits) {
-  const PluginEntry entry = Scanned("p.8bf", test::BuildPe({test::Pipl({"Blur", "Soft"})}));
-  ASSERT_EQ(entry.maxCategoryLength, 7);
-  EXPECT_TRUE(ChangeCat_FV(entry, "Sharpen", env));
-  ResourceProbe probe;
-  ReadCom8bf(dir.file("p.8bf"), probe, env);
-  EXPECT_EQ(probe[1].category, "Sharpen");
-}
-
-TEST_F(CategoryChangeTest, TooLongCategoryFailsWithoutTouchingTheFile) {
-  const std::string before = test::BuildPe({test::Pipl({"Blur", "Soft"})});
+TEST_F(CategoryChangeTest, TooLongCategoryFailsUntouchedAndAFullRoomFits) {
+  const std::string before = test::PiplPlugin("Blur", "Soft");
   const PluginEntry entry = Scanned("p.8bf", before);
+  ASSERT_EQ(entry.maxCategoryLength, 7);
   EXPECT_FALSE(ChangeCat_FV(entry, "Much Too Long For The Room", env));
   EXPECT_EQ(dir.Read("p.8bf"), before);
   EXPECT_TRUE(shell.boxes.empty());
+  EXPECT_TRUE(ChangeCat_FV(entry, "Sharpen", env));
+  EXPECT_EQ(ReadBack("p.8bf")[1].category, "Sharpen");
 }
 
 TEST_F(CategoryChangeTest, EntriesWithoutAPlaceInTheFileFail) {
-  const std::string bytes = test::BuildPe({test::Pipl({"Blur", "Soft"})});
-  PluginEntry entry = Scanned("p.8bf", bytes);
-  PluginEntry virtualOne = entry;
-  virtualOne.category = "[Premiere Video]";
-  EXPECT_FALSE(ChangeCat_FV(virtualOne, "New", env));
-  PluginEntry typeRow = entry;
-  typeRow.categoryOffset = -1;
-  EXPECT_FALSE(ChangeCat_FV(typeRow, "New", env));
-  PluginEntry noRoom = entry;
-  noRoom.maxCategoryLength = 0;
-  EXPECT_FALSE(ChangeCat_FV(noRoom, "New", env));
-  // A file changed since the scan no longer has the category at that place.
-  PluginEntry stale = entry;
-  stale.category = "Noise";
-  EXPECT_FALSE(ChangeCat_FV(stale, "New", env));
+  const std::string bytes = test::PiplPlugin("Blur", "Soft");
+  const PluginEntry entry = Scanned("p.8bf", bytes);
+  const std::vector<std::pair<const char*, void (*)(PluginEntry&)>> damages = {
+      {"virtual category", [](PluginEntry& e) { e.category = "[Premiere Video]"; }},
+      {"type table file", [](PluginEntry& e) { e.categoryOffset = -1; }},
+      {"no room", [](PluginEntry& e) { e.maxCategoryLength = 0; }},
+      {"changed since the scan", [](PluginEntry& e) { e.category = "Noise"; }},
+      {"Filter Factory place on another size", [](PluginEntry& e) { e.categoryOffset = 0; }},
+  };
+  for (const auto& [name, damage] : damages) {
+    PluginEntry e = entry;
+    damage(e);
+    EXPECT_FALSE(ChangeCat_FV(e, "New", env)) << name;
+  }
   EXPECT_EQ(dir.Read("p.8bf"), bytes);
   // An unreadable plugin of a Filter Factory size is no Filter Factory plugin.
   const PluginEntry unknown = Scanned("u.8bf", std::string(57344, '\x01'));
@@ -95,13 +84,10 @@ TEST_F(CategoryChangeTest, EntriesWithoutAPlaceInTheFileFail) {
 }
 
 TEST_F(CategoryChangeTest, FilterFactorySizesArePatchedAtTheirFixedPlace) {
-  test::PeOptions o;
-  o.fileSize = 57344;
-  const std::string before =
-      test::BuildPeWithTextAt({test::Pipl({"FF Category", "FF Title"})}, o, "FF Category", 31064);
+  const std::string before = test::BuildPeWithTextAt({test::Pipl({"FF Category", "FF Title"})},
+                                                     {.fileSize = 57344}, "FF Category", 31064);
   const PluginEntry entry = Scanned("ff.8bf", before);
   ASSERT_EQ(entry.categoryOffset, 0);
-
   ASSERT_TRUE(ChangeCat_FV(entry, "Short", env));
   std::string after = dir.Read("ff.8bf");
   EXPECT_EQ(after.substr(31062, 7), std::string("\x05Short\0", 7));
@@ -111,18 +97,9 @@ TEST_F(CategoryChangeTest, FilterFactorySizesArePatchedAtTheirFixedPlace) {
   const std::string longer = "A Category Longer Than The Old One";
   ASSERT_TRUE(ChangeCat_FV({entry.path, "Short", "FF Title", 0, 0}, longer, env));
   after = dir.Read("ff.8bf");
-  EXPECT_EQ(after.substr(31062, longer.size() + 2),
-            static_cast<char>(longer.size()) + longer + '\0');
-
+  EXPECT_EQ(after.substr(31062, longer.size() + 2), static_cast<char>(longer.size()) + longer + '\0');
   EXPECT_FALSE(ChangeCat_FV({entry.path, "X", "FF Title", 0, 0}, std::string(256, 'L'), env));
   EXPECT_EQ(dir.Read("ff.8bf"), after);
-}
-
-TEST_F(CategoryChangeTest, FilterFactoryOffsetOnAnotherSizeFails) {
-  const std::string bytes = test::BuildPe({test::Pipl({"Blur", "Soft"})});
-  dir.Write("p.8bf", bytes);
-  EXPECT_FALSE(ChangeCat_FV({dir.file("p.8bf"), "Blur", "Soft", 0, 7}, "New", env));
-  EXPECT_EQ(dir.Read("p.8bf"), bytes);
 }
 
 TEST_F(CategoryChangeTest, MissingFileIsReportedAsAccessError) {
@@ -132,21 +109,56 @@ TEST_F(CategoryChangeTest, MissingFileIsReportedAsAccessError) {
   EXPECT_EQ(shell.boxes[0].title, "Error");
 }
 
+TEST_F(CategoryChangeTest, SourcesAreReadAndWrittenAgainInTheirPlace) {
+  FFFilter f = test::SourceFilter("Glow.afs", "Old");
+  Writeafspff(f, dir.path(), 0, env);
+  PaneCatalogue pane;
+  ASSERT_EQ(EnterPluginView(pane, dir.path(), {.includeSources = true}, {}, env), PluginViewEntry::Scanned);
+  std::vector<FilterRow> rows = {{"Glow (.afs)", 1, true}};
+  EXPECT_TRUE(cmd_ChangeCategory(kPluginView, pane, rows, "Lights", false, env).moved);
+  EXPECT_TRUE(rows.empty());
+  FFFilter back;
+  ASSERT_TRUE(ReadAFS(back, dir.path(), "Glow.afs", env));
+  EXPECT_EQ(back.category, "Lights");
+  EXPECT_EQ(back.codeG, "g");
+  EXPECT_EQ(pane.categories, (std::vector<std::string>{"Lights", "Old"}));
+
+  // A text source keeps its file name field, which names another file.
+  f = test::SourceFilter("Other.8bf", "Old");
+  WriteTXT(f, dir.path(), false, env);
+  std::filesystem::rename(dir.file("Other.txt"), dir.file("Glow.txt"));
+  ASSERT_TRUE(ChangeSourceCategory({dir.file("Glow.txt"), "Old", "Glow (.txt)", 0, 0}, "New Place", env));
+  ASSERT_TRUE(ReadTXT(back, dir.path(), "Glow.txt", false, true, env));
+  EXPECT_EQ(back.category, "New Place");
+  EXPECT_EQ(back.filename, "Other.8bf");
+  EXPECT_EQ(FileCount(), 2);
+}
+
+TEST_F(CategoryChangeTest, UnreadableSourceFailsAndStaysAsItWas) {
+  const std::string broken = "%RGB-1.0\r300\r";  // a control value no byte can hold
+  dir.Write("Broken.afs", broken);
+  EXPECT_FALSE(ChangeSourceCategory({dir.file("Broken.afs"), "X", "Broken (.afs)", 0, 0}, "New", env));
+  EXPECT_EQ(dir.Read("Broken.afs"), broken);
+  EXPECT_EQ(FileCount(), 1);
+}
+
 class ChangeCategoryCommandTest : public CategoryChangeTest {
  protected:
   void SetUp() override {
     dir.Write("a.8bf", test::BuildPe({test::Pipl({"Blur", "Alpha", true, 8})}));
     dir.Write("b.8bf", test::BuildPe({test::Pipl({"Blur", "Beta", true, 8})}));
-    dir.Write("odd.8bf", test::BuildPe({test::Pipl({"Blur", "Odd"})}));
+    dir.Write("odd.8bf", test::PiplPlugin("Blur", "Odd"));
     ASSERT_EQ(EnterPluginView(pane, dir.path(), {}, {}, env), PluginViewEntry::Scanned);
-    rows = {{"+ Alpha", 1, true}, {"+ Beta", 2, true}, {"+ Odd", 3, false}};
+  }
+  ChangeCategoryResult Change(const std::string& category, int view = kPluginView, bool isVirtual = false) {
+    return cmd_ChangeCategory(view, pane, rows, category, isVirtual, env);
   }
   PaneCatalogue pane;
-  std::vector<FilterRow> rows;
+  std::vector<FilterRow> rows = {{"+ Alpha", 1, true}, {"+ Beta", 2, true}, {"+ Odd", 3, false}};
 };
 
 TEST_F(ChangeCategoryCommandTest, MovesSelectedRowsAndAddsTheNewCategoryToTheSnapshot) {
-  const ChangeCategoryResult r = cmd_ChangeCategory(kPluginView, pane, rows, "Artistic", false, env);
+  const ChangeCategoryResult r = Change("Artistic");
   EXPECT_TRUE(r.moved);
   EXPECT_EQ(r.failures, 0);
   ASSERT_EQ(rows.size(), 1u);
@@ -156,16 +168,13 @@ TEST_F(ChangeCategoryCommandTest, MovesSelectedRowsAndAddsTheNewCategoryToTheSna
   EXPECT_EQ(pane.plugins[3].category, "Blur");
   EXPECT_EQ(pane.categorySnapshot, (std::vector<std::string>{"Artistic", "Blur"}));
   EXPECT_EQ(pane.categories, pane.categorySnapshot);
-  ResourceProbe probe;
-  ReadCom8bf(dir.file("b.8bf"), probe, env);
-  EXPECT_EQ(probe[1].category, "Artistic");
+  EXPECT_EQ(ReadBack("b.8bf")[1].category, "Artistic");
   EXPECT_TRUE(shell.boxes.empty());
 }
 
 TEST_F(ChangeCategoryCommandTest, CountsTheFailures) {
   rows[2].selected = true;  // "Odd" has room for 7 letters only
-  const ChangeCategoryResult r = cmd_ChangeCategory(kPluginView, pane, rows, "Stylize More", false, env);
-  EXPECT_EQ(r.failures, 1);
+  EXPECT_EQ(Change("Stylize More").failures, 1);
   ASSERT_EQ(rows.size(), 1u);
   EXPECT_EQ(rows[0].text, "+ Odd");
   ASSERT_EQ(shell.boxes.size(), 1u);
@@ -173,12 +182,11 @@ TEST_F(ChangeCategoryCommandTest, CountsTheFailures) {
 }
 
 TEST_F(ChangeCategoryCommandTest, RefusesOutsideThePluginViewWithoutSelectionAndOnVirtualTargets) {
-  cmd_ChangeCategory(kFileView, pane, rows, "New", false, env);
+  Change("New", kFileView);
   for (auto& row : rows) row.selected = false;
-  cmd_ChangeCategory(kPluginView, pane, rows, "New", false, env);
+  Change("New");
   rows[0].selected = true;
-  const ChangeCategoryResult r = cmd_ChangeCategory(kPluginView, pane, rows, "[Premiere FF]", true, env);
-  EXPECT_TRUE(r.refused);
+  EXPECT_TRUE(Change("[Premiere FF]", kPluginView, true).refused);
   ASSERT_EQ(shell.boxes.size(), 3u);
   EXPECT_EQ(shell.boxes[0].text, "Change Category only works in Plugin View.");
   EXPECT_EQ(shell.boxes[1].text, "Please select a plugin.");
@@ -195,60 +203,6 @@ TEST_F(ChangeCategoryCommandTest, DialogChoicesAndRetries) {
   EXPECT_TRUE(CategoryInputNeedsRetry(pane, "[Premiere Video]"));
   EXPECT_FALSE(CategoryInputNeedsRetry(pane, "[Unknown]"));
   EXPECT_FALSE(CategoryInputNeedsRetry(pane, "Fresh"));
-}
-
-TEST_F(CategoryChangeTest, FilterSourceIsReadAndWrittenAgain) {
-  FFFilter f;
-  f.filename = "Glow.afs";
-  f.category = "Old";
-  f.title = "Glow";
-  f.codeR = "r";
-  f.codeG = "g";
-  f.codeB = "b";
-  f.codeA = "a";
-  Writeafspff(f, dir.path(), 0, env);
-  PaneCatalogue pane;
-  ScanOptions sources;
-  sources.includeSources = true;
-  ASSERT_EQ(EnterPluginView(pane, dir.path(), sources, {}, env), PluginViewEntry::Scanned);
-  std::vector<FilterRow> rows = {{"Glow (.afs)", 1, true}};
-  const ChangeCategoryResult r = cmd_ChangeCategory(kPluginView, pane, rows, "Lights", false, env);
-  EXPECT_TRUE(r.moved);
-  EXPECT_TRUE(rows.empty());
-  FFFilter back;
-  ASSERT_TRUE(ReadAFS(back, dir.path(), "Glow.afs", env));
-  EXPECT_EQ(back.category, "Lights");
-  EXPECT_EQ(back.codeG, "g");
-  EXPECT_EQ(pane.categories, (std::vector<std::string>{"Lights", "Old"}));
-}
-
-TEST_F(CategoryChangeTest, TextSourceKeepsItsFileNameFieldAndItsPlace) {
-  FFFilter f;
-  f.filename = "Other.8bf";
-  f.category = "Old";
-  f.title = "Glow";
-  f.codeR = "r";
-  f.codeG = "g";
-  f.codeB = "b";
-  f.codeA = "a";
-  WriteTXT(f, dir.path(), false, env);
-  std::filesystem::rename(dir.file("Other.txt"), dir.file("Glow.txt"));
-  const PluginEntry entry{dir.file("Glow.txt"), "Old", "Glow (.txt)", 0, 0};
-  ASSERT_TRUE(ChangeSourceCategory(entry, "New Place", env));
-  FFFilter back;
-  ASSERT_TRUE(ReadTXT(back, dir.path(), "Glow.txt", false, true, env));
-  EXPECT_EQ(back.category, "New Place");
-  EXPECT_EQ(back.filename, "Other.8bf");
-  EXPECT_FALSE(dir.Exists("Other.txt"));
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1);
-}
-
-TEST_F(CategoryChangeTest, UnreadableSourceFailsAndStaysAsItWas) {
-  const std::string broken = "%RGB-1.0\r300\r";  // a control value no byte can hold
-  dir.Write("Broken.afs", broken);
-  EXPECT_FALSE(ChangeSourceCategory({dir.file("Broken.afs"), "X", "Broken (.afs)", 0, 0}, "New", env));
-  EXPECT_EQ(dir.Read("Broken.afs"), broken);
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1);
 }
 
 }  // namespace

@@ -1,89 +1,66 @@
-#include <gtest/gtest.h>
-
+#include "catalogue/CatalogueTesting.h"
 #include "catalogue/EnableState.h"
-#include "support/RecordingShell.h"
-#include "support/TempDir.h"
 
 namespace trel {
 namespace {
 
-PluginTypeTable Types(std::initializer_list<const char*> rows) {
-  PluginTypeList list;
-  for (const char* r : rows) list.push_back({r, true});
-  PluginTypeTable table;
-  GetPlugTypes(list, table);
-  return table;
-}
-
 struct NameCase {
   const char* from;
-  const char* to;  // "" for no rule
+  const char* to;  // "": no rule
   bool enabling;
+  int view = kFileView;
 };
 
-TEST(ToggleName, PluginSuffixRules) {
-  const PluginTypeTable none;
-  const NameCase cases[] = {
-      {"Foo.8bf", "Foo._bf", false}, {"Foo._bf", "Foo.8bf", true}, {"Foo_8bf", "Foo.8bf", true},
-      {"Foo.8b-", "Foo.8bf", true},  {"Foo.prm", "Foo_prm", false}, {"Foo._rm", "Foo.prm", true},
-      {"Foo.pr-", "Foo.prm", true},  {"Foo_prm", "Foo.prm", true},  {"Foo.aex", "Foo_aex", false},
-      {"Foo._ex", "Foo.aex", true},  {"Foo_aex", "Foo.aex", true},  {"FooXprm", "Foo.prm", true},
-      {"Foo.PRM", "Foo_prm", false}, {"/a/b/Foo.8BF", "/a/b/Foo._bf", false},
-      {"Foo8bf", "", false},         {"Foo.bin", "", false},        {"Foo.zip", "", false},
-      {"Foo.ae-", "", false},        {"bf", "", false},
-  };
+void ExpectToggles(const PluginTypeTable& table, const std::vector<NameCase>& cases, bool bothViews) {
   for (const NameCase& c : cases) {
-    for (const int view : {kFileView, kPluginView}) {
-      const auto t = ToggleName(c.from, none, view);
-      if (!*c.to) {
-        EXPECT_FALSE(t.has_value()) << c.from;
-        continue;
+    for (const int view : {c.view, bothViews ? kPluginView : c.view}) {
+      SCOPED_TRACE(std::string(c.from) + " in view " + std::to_string(view));
+      const auto t = ToggleName(c.from, table, view);
+      ASSERT_EQ(t.has_value(), *c.to != '\0');
+      if (t) {
+        EXPECT_EQ(t->newName, c.to);
+        EXPECT_EQ(t->enabling, c.enabling);
       }
-      ASSERT_TRUE(t.has_value()) << c.from;
-      EXPECT_EQ(t->newName, c.to) << c.from;
-      EXPECT_EQ(t->enabling, c.enabling) << c.from;
     }
   }
 }
 
-TEST(ToggleName, TogglingTwiceComesBackToTheActiveSpelling) {
-  const PluginTypeTable none;
-  std::string name = "Foo._rm";
-  for (const char* expected : {"Foo.prm", "Foo_prm", "Foo.prm"}) {
-    name = ToggleName(name, none, kFileView)->newName;
-    EXPECT_EQ(name, expected);
-  }
+TEST(ToggleName, PluginSuffixRulesAreTheSameInBothViews) {
+  ExpectToggles({},
+                {{"Foo.8bf", "Foo._bf", false}, {"Foo._bf", "Foo.8bf", true},   {"Foo_8bf", "Foo.8bf", true},
+                 {"Foo.8b-", "Foo.8bf", true},  {"Foo.prm", "Foo_prm", false},  {"Foo._rm", "Foo.prm", true},
+                 {"Foo.pr-", "Foo.prm", true},  {"Foo_prm", "Foo.prm", true},   {"Foo.aex", "Foo_aex", false},
+                 {"Foo._ex", "Foo.aex", true},  {"Foo_aex", "Foo.aex", true},   {"FooXprm", "Foo.prm", true},
+                 {"Foo.PRM", "Foo_prm", false}, {"/a/b/Foo.8BF", "/a/b/Foo._bf", false},
+                 {"Foo8bf", "", false},         {"Foo.bin", "", false},         {"Foo.zip", "", false},
+                 {"Foo.ae-", "", false},        {"bf", "", false}},
+                true);
 }
 
-TEST(ToggleName, TypeRowsUseTheirOwnExtensionLength) {
-  const PluginTypeTable table = Types({"Acrobat Plugin (api|2)", "Lightwave Plugin (p|3)", "Long (ABCD|3)"});
-  EXPECT_EQ(ToggleName("x.api", table, kFileView)->newName, "x_api");
-  EXPECT_EQ(ToggleName("x_api", table, kFileView)->newName, "x.api");
-  EXPECT_EQ(ToggleName("scene.p", table, kPluginView)->newName, "scene_p");
-  EXPECT_EQ(ToggleName("scene_p", table, kPluginView)->newName, "scene.p");
-  // Enabling writes the extension as the row spells it.
-  EXPECT_EQ(ToggleName("x_abcd", table, kFileView)->newName, "x.ABCD");
-  EXPECT_TRUE(ToggleName("x_abcd", table, kFileView)->enabling);
-  // Disabling: the File View keeps the whole extension, lower-cased; the Plugin
-  // View takes the last three letters only.
-  EXPECT_EQ(ToggleName("x.AbCd", table, kFileView)->newName, "x_abcd");
-  EXPECT_EQ(ToggleName("x.AbCd", table, kPluginView)->newName, "x_bcd");
-  EXPECT_FALSE(ToggleName("xapi", table, kFileView).has_value());
+TEST(ToggleName, TypeRowsUseTheirOwnExtensionLengthAndOnlyWhenChecked) {
+  // Enabling writes the extension as the row spells it. Disabling: the File
+  // View keeps the whole extension, lower-cased; the Plugin View takes the
+  // last three letters only.
+  ExpectToggles(test::Types({"Acrobat Plugin (api|2)", "Lightwave Plugin (p|3)", "Long (ABCD|3)"}),
+                {{"x.api", "x_api", false},
+                 {"x_api", "x.api", true},
+                 {"scene.p", "scene_p", false, kPluginView},
+                 {"scene_p", "scene.p", true, kPluginView},
+                 {"x_abcd", "x.ABCD", true},
+                 {"x.AbCd", "x_abcd", false},
+                 {"x.AbCd", "x_bcd", false, kPluginView},
+                 {"xapi", "", false}},
+                false);
+  EXPECT_FALSE(ToggleName("x.api", test::Types({"Acrobat Plugin (api|2)"}, false), kFileView).has_value());
 }
 
-TEST(ToggleName, UncheckedRowsGiveNoRule) {
-  PluginTypeList list = {{"Acrobat Plugin (api|2)", false}};
-  PluginTypeTable table;
-  GetPlugTypes(list, table);
-  EXPECT_FALSE(ToggleName("x.api", table, kFileView).has_value());
-}
-
-class EnableDisableTest : public ::testing::Test {
+class EnableDisableTest : public test::CatalogueTest {
  protected:
-  EnableDisableTest() { env.shell = &shell; }
-  test::TempDir dir;
-  test::RecordingShell shell;
-  FilterEnv env;
+  ToggleResult FileView(const std::vector<std::string>& names, int view = kFileView) {
+    std::vector<std::string> paths;
+    for (const std::string& n : names) paths.push_back(dir.file(n));
+    return cmd_EnableDisable_FileView(view, paths, pane, table, env);
+  }
   PaneCatalogue pane;
   PluginTypeTable table;
 };
@@ -92,41 +69,30 @@ TEST_F(EnableDisableTest, FileViewRenamesEachSelectedFileAndRefreshes) {
   dir.Write("Foo.8bf", "plugin");
   dir.Write("Bar.prm", "premiere");
   pane.PluginViewFresh = true;
-  const ToggleResult r =
-      cmd_EnableDisable_FileView(kFileView, {dir.file("Foo.8bf"), dir.file("Bar.prm")}, pane, table, env);
-  EXPECT_EQ(r.renamed.size(), 2u);
-  EXPECT_TRUE(dir.Exists("Foo._bf"));
-  EXPECT_TRUE(dir.Exists("Bar_prm"));
+  EXPECT_EQ(FileView({"Foo.8bf", "Bar.prm"}).renamed.size(), 2u);
   EXPECT_EQ(dir.Read("Foo._bf"), "plugin");
+  EXPECT_TRUE(dir.Exists("Bar_prm"));
   EXPECT_FALSE(pane.PluginViewFresh);
   EXPECT_EQ(shell.refreshes, 1);
   EXPECT_TRUE(shell.boxes.empty());
-
-  cmd_EnableDisable_FileView(kFileView, {dir.file("Foo._bf")}, pane, table, env);
+  FileView({"Foo._bf"});
   EXPECT_TRUE(dir.Exists("Foo.8bf"));
 }
 
-TEST_F(EnableDisableTest, FileViewWithoutRuleSaysSo) {
+TEST_F(EnableDisableTest, FileViewRefusals) {
   dir.Write("a.zip", "z");
   dir.Write("b.bin", "m");
-  pane.PluginViewFresh = true;
-  cmd_EnableDisable_FileView(kFileView, {dir.file("a.zip"), dir.file("b.bin")}, pane, table, env);
-  ASSERT_EQ(shell.boxes.size(), 1u);
-  EXPECT_EQ(shell.boxes[0].text, "Enabling and disabling of this file type is not possible.");
-  EXPECT_TRUE(dir.Exists("a.zip"));
-  EXPECT_TRUE(pane.PluginViewFresh);
-
-  shell.boxes.clear();
-  cmd_EnableDisable_FileView(kFileView, {}, pane, table, env);
-  ASSERT_EQ(shell.boxes.size(), 1u);
-}
-
-TEST_F(EnableDisableTest, FflViewRefuses) {
   dir.Write("Foo.8bf", "x");
-  cmd_EnableDisable_FileView(kFFLView, {dir.file("Foo.8bf")}, pane, table, env);
-  ASSERT_EQ(shell.boxes.size(), 1u);
-  EXPECT_EQ(shell.boxes[0].text, "En/Disable doesn't work in the FFL View.");
-  EXPECT_TRUE(dir.Exists("Foo.8bf"));
+  pane.PluginViewFresh = true;
+  FileView({"a.zip", "b.bin"});
+  FileView({});
+  FileView({"Foo.8bf"}, kFFLView);
+  ASSERT_EQ(shell.boxes.size(), 3u);
+  EXPECT_EQ(shell.boxes[0].text, "Enabling and disabling of this file type is not possible.");
+  EXPECT_EQ(shell.boxes[1].text, shell.boxes[0].text);
+  EXPECT_EQ(shell.boxes[2].text, "En/Disable doesn't work in the FFL View.");
+  EXPECT_TRUE(dir.Exists("a.zip") && dir.Exists("Foo.8bf"));
+  EXPECT_TRUE(pane.PluginViewFresh);
 }
 
 TEST_F(EnableDisableTest, ExistingTargetIsNeverOverwrittenAndEndsTheRun) {
@@ -134,8 +100,7 @@ TEST_F(EnableDisableTest, ExistingTargetIsNeverOverwrittenAndEndsTheRun) {
   dir.Write("B.8bf", "active");
   dir.Write("B._bf", "disabled copy");
   dir.Write("C.8bf", "third");
-  const ToggleResult r = cmd_EnableDisable_FileView(
-      kFileView, {dir.file("A.8bf"), dir.file("B.8bf"), dir.file("C.8bf")}, pane, table, env);
+  const ToggleResult r = FileView({"A.8bf", "B.8bf", "C.8bf"});
   EXPECT_TRUE(r.failed);
   ASSERT_EQ(r.renamed.size(), 1u);
   EXPECT_TRUE(dir.Exists("A._bf"));
@@ -147,16 +112,12 @@ TEST_F(EnableDisableTest, ExistingTargetIsNeverOverwrittenAndEndsTheRun) {
 
 TEST_F(EnableDisableTest, PluginViewRenamesAMultiFilterFileOnceAndMarksAllItsRows) {
   const std::string multi = dir.Write("Multi.8bf", "three filters");
-  const std::string single = dir.Write("Single.8bf", "one filter");
-  const std::string source = dir.Write("Src.afs", "source");
   for (const char* t : {"One", "Two", "Three"}) pane.plugins.Add({multi, "Cat", t, 0, 0});
-  pane.plugins.Add({single, "Cat", "Alone", 0, 0});
-  pane.plugins.Add({source, "Cat", "Src (.afs)", 0, 0});
-  std::vector<FilterRow> rows = {{"+ One", 1, true},   {"+ Two", 2, true},         {"+ Three", 3, true},
+  pane.plugins.Add({dir.Write("Single.8bf", "one filter"), "Cat", "Alone", 0, 0});
+  pane.plugins.Add({dir.Write("Src.afs", "source"), "Cat", "Src (.afs)", 0, 0});
+  std::vector<FilterRow> rows = {{"+ One", 1, true},    {"+ Two", 2, true},       {"+ Three", 3, true},
                                  {"+ Alone", 4, false}, {"Src (.afs)", 5, true}};
-  const ToggleResult r = cmd_EnableDisable_PluginView(pane, rows, table, env);
-  ASSERT_EQ(r.renamed.size(), 1u);
-  EXPECT_TRUE(dir.Exists("Multi._bf"));
+  ASSERT_EQ(cmd_EnableDisable_PluginView(pane, rows, table, env).renamed.size(), 1u);
   EXPECT_EQ(dir.Read("Multi._bf"), "three filters");
   for (int i = 1; i <= 3; ++i) EXPECT_EQ(pane.plugins[i].path, dir.file("Multi._bf"));
   EXPECT_EQ(rows[0].text, "- One");
@@ -166,12 +127,10 @@ TEST_F(EnableDisableTest, PluginViewRenamesAMultiFilterFileOnceAndMarksAllItsRow
   EXPECT_TRUE(dir.Exists("Src.afs"));
   EXPECT_TRUE(shell.boxes.empty());
 
-  // Enabling again marks the rows with "+".
-  cmd_EnableDisable_PluginView(pane, rows, table, env);
+  cmd_EnableDisable_PluginView(pane, rows, table, env);  // enabling marks with "+"
   EXPECT_TRUE(dir.Exists("Multi.8bf"));
   EXPECT_EQ(rows[1].text, "+ Two");
 }
-
 
 }  // namespace
 }  // namespace trel

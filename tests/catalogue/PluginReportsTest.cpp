@@ -1,93 +1,72 @@
-#include <gtest/gtest.h>
-
+#include "catalogue/CatalogueTesting.h"
 #include "catalogue/EnableState.h"
 #include "catalogue/PluginReports.h"
-#include "support/PeBuilder.h"
-#include "support/RecordingShell.h"
-#include "support/TempDir.h"
 
 namespace trel {
 namespace {
 
-class ReportsTest : public ::testing::Test {
+using test::PlaceBytes;
+
+class ReportsTest : public test::CatalogueTest {
  protected:
-  ReportsTest() { env.shell = &shell; }
   PluginInformation Info(const std::string& name, const std::string& bytes) {
     return PlugInInformation(dir.Write(name, bytes), table, env);
   }
-  test::TempDir dir;
-  test::RecordingShell shell;
-  FilterEnv env;
-  PluginTypeTable table;
+  PluginTypeTable table = test::Types({"Acrobat Plugin (api|3)"});
 };
-
-const char* const kNotFF =
-    "\n\nThis file isn't a Filter Factory plugin\nand therefor can't be loaded\ninto the Filter Factory Editor.";
 
 TEST_F(ReportsTest, OrdinaryPluginShowsItsLineAndTheRoomOfItsCategory) {
   const std::string bytes = test::BuildPe({test::Pipl({"Distort", "Twirl", true, 4})});
   const PluginInformation info = Info("twirl.8bf", bytes);
   ASSERT_TRUE(info.known);
   EXPECT_EQ(info.kind, "Photoshop Filter Plugin");
-  const size_t at = bytes.find("Distort");  // offset - 1, 0-based position of the text
   char hex[16];
-  std::snprintf(hex, sizeof hex, "%zX", at);
+  std::snprintf(hex, sizeof hex, "%zX", bytes.find("Distort"));  // offset - 1
   EXPECT_EQ(info.text, "twirl.8bf\n\nType: Photoshop Filter Plugin\n\nDistort: Twirl\n\n"
-                       "Max. Category Name: 11 letters at &H" + std::string(hex) + kNotFF);
+                       "Max. Category Name: 11 letters at &H" + std::string(hex) +
+                       "\n\nThis file isn't a Filter Factory plugin\nand therefor can't be loaded\n"
+                       "into the Filter Factory Editor.");
 }
 
-TEST_F(ReportsTest, KindsOfThePhotoshopFamily) {
-  EXPECT_EQ(Info("m.8bf", test::BuildPe({test::Pipl({"A", "One"}, 1), test::Pipl({"B", "Two"}, 2)})).kind,
-            "Photoshop Multiple Filter Plugin");
-  EXPECT_EQ(Info("m._bf", test::BuildPe({test::Pipl({"A", "One"}, 1), test::Pipl({"B", "Two"}, 2)})).text.find(
-                "A: One\nB: Two"),
-            std::string("m._bf\n\nType: Photoshop Multiple Filter Plugin\n\n").size());
-  EXPECT_EQ(Info("fx.aex", test::BuildPe({test::Pipl({"Blur & Sharpen", "Fast Blur"})})).kind,
-            "After Effects Plugin");
-
+TEST_F(ReportsTest, EveryKindIsNamedWithItsLines) {
+  const std::string twoFilters = test::BuildPe({test::Pipl({"A", "One"}, 1), test::Pipl({"B", "Two"}, 2)});
   // A PIMI resource lying far into the section makes the offset negative.
   const std::string old = test::BuildPe(
       {{"AAAA", 0, 1, std::string(5000, '\x7F')}, test::Pimi("Old Style"), test::Bfm8("Old Filter")});
-  EXPECT_EQ(Info("old.8bf", old).kind, "Photoshop 2.5 Filter Plugin");
-}
-
-TEST_F(ReportsTest, FilterFactorySizesAreNamedBySize) {
-  test::PeOptions o;
-  o.fileSize = 49664;
-  const PluginInformation info =
-      Info("h.8bf", test::BuildPeWithTextAt({test::Pipl({"Halvard Cat", "Halvard Title"})}, o, "Halvard Cat", 34980));
-  EXPECT_EQ(info.kind, "Halvard's FF Design (FF 3.04)");
-  EXPECT_NE(info.text.find("Halvard Cat: Halvard Title"), std::string::npos);
-  EXPECT_NE(info.text.find("at &H88A3"), std::string::npos);  // 34980 - 1
-  o.fileSize = 57344;
-  const PluginInformation ff =
-      Info("f.8bf", test::BuildPeWithTextAt({test::Pipl({"FF Cat", "FF Title"})}, o, "FF Cat", 31064));
-  EXPECT_EQ(ff.kind, "Photoshop Filter Factory 3.0");
-  EXPECT_EQ(ff.text.find("isn't a Filter Factory plugin"), std::string::npos);
-}
-
-TEST_F(ReportsTest, PremiereKinds) {
-  EXPECT_EQ(Info("v.prm", test::PlaceBytes(20000, {{10002, test::PremiereVideo("V")}})).kind,
-            "Premiere 4.2 Video Plugin");
-  EXPECT_EQ(Info("a_prm", test::PlaceBytes(20000, {{10002, test::PremiereAudio("A")}})).kind,
-            "Premiere 4.2 Audio Plugin");
-  EXPECT_EQ(Info("t.prm", test::PlaceBytes(20000, {{10002, test::PremiereTransition("Slide", "Slide Away")}})).kind,
-            "Premiere 4.2 Transition Plugin");
-  const PluginInformation ff = Info("ff.prm", test::PlaceBytes(50176, {{30002, test::PremiereVideo("Factory Made")}}));
-  EXPECT_EQ(ff.kind, "Premiere Filter Factory");
-  EXPECT_NE(ff.text.find("Plugin Name: Factory Made\nCategory: [Premiere FF]"), std::string::npos);
-  EXPECT_EQ(Info("tf._rm", test::PlaceBytes(51200, {{30002, test::PremiereTransition("Slide", "Slide Away")}})).kind,
-            "Premiere Transition Factory");
-  EXPECT_EQ(Info("new.prm", test::BuildPe({test::Pipl({"Keying", "Key"})})).kind, "Premiere 5.0 Plugin");
-}
-
-TEST_F(ReportsTest, TypeTableAndUnknownFiles) {
-  PluginTypeList list = {{"Acrobat Plugin (api|3)", true}};
-  GetPlugTypes(list, table);
-  const PluginInformation api = Info("reader.api", "data");
-  EXPECT_EQ(api.kind, "Acrobat Plugin");
-  EXPECT_NE(api.text.find("Category: [Acrobat Plugin]\nTitle: reader"), std::string::npos);
-
+  const auto factory = [](const char* category, size_t size, size_t position) {
+    return test::BuildPeWithTextAt({test::Pipl({category, "Title"})}, {.fileSize = size}, category, position);
+  };
+  const std::string transition = test::PremiereTransition("Slide", "Slide Away");
+  struct Case {
+    const char* file;
+    std::string bytes;
+    const char* kind;
+    const char* text;     // a part of the text
+    bool editor = false;  // without the line that the editor can't load it
+  };
+  const Case cases[] = {
+      {"m._bf", twoFilters, "Photoshop Multiple Filter Plugin",
+       "m._bf\n\nType: Photoshop Multiple Filter Plugin\n\nA: One\nB: Two"},
+      {"fx.aex", test::PiplPlugin("Blur & Sharpen", "Fast Blur"), "After Effects Plugin", "Blur & Sharpen: Fast Blur"},
+      {"old.8bf", old, "Photoshop 2.5 Filter Plugin", "Old Style: Old Filter"},
+      {"h.8bf", factory("Halvard Cat", 49664, 34980), "Halvard's FF Design (FF 3.04)", "at &H88A3"},  // 34980 - 1
+      {"f.8bf", factory("FF Cat", 57344, 31064), "Photoshop Filter Factory 3.0", "FF Cat: Title", true},
+      {"v.prm", PlaceBytes(20000, {{10002, test::PremiereVideo("V")}}), "Premiere 4.2 Video Plugin", ""},
+      {"a_prm", PlaceBytes(20000, {{10002, test::PremiereAudio("A")}}), "Premiere 4.2 Audio Plugin", ""},
+      {"t.prm", PlaceBytes(20000, {{10002, transition}}), "Premiere 4.2 Transition Plugin", ""},
+      {"ff.prm", PlaceBytes(50176, {{30002, test::PremiereVideo("Factory Made")}}), "Premiere Filter Factory",
+       "Plugin Name: Factory Made\nCategory: [Premiere FF]"},
+      {"tf._rm", PlaceBytes(51200, {{30002, transition}}), "Premiere Transition Factory", ""},
+      {"new.prm", test::PiplPlugin("Keying", "Key"), "Premiere 5.0 Plugin", ""},
+      {"reader.api", "data", "Acrobat Plugin", "Category: [Acrobat Plugin]\nTitle: reader"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.file);
+    const PluginInformation info = Info(c.file, c.bytes);
+    EXPECT_EQ(info.kind, c.kind);
+    EXPECT_NE(info.text.find(c.text), std::string::npos) << info.text;
+    if (c.editor) { EXPECT_EQ(info.text.find("isn't a Filter Factory plugin"), std::string::npos); }
+  }
   EXPECT_EQ(Info("small.bin", "not mac").text, "small.bin is an unknown file type or maybe damaged.");
   EXPECT_FALSE(Info("broken.8bf", "MZ").known);
 }
@@ -95,7 +74,7 @@ TEST_F(ReportsTest, TypeTableAndUnknownFiles) {
 TEST_F(ReportsTest, InformationCommandRefusesOrShowsItsBox) {
   cmd_PlugInInformation(kFFLView, {dir.file("x.8bf")}, table, env);
   cmd_PlugInInformation(kFileView, {}, table, env);
-  cmd_PlugInInformation(kPluginView, {dir.Write("p.8bf", test::BuildPe({test::Pipl({"C", "T"})}))}, table, env);
+  cmd_PlugInInformation(kPluginView, {dir.Write("p.8bf", test::PiplPlugin("C", "T"))}, table, env);
   ASSERT_EQ(shell.boxes.size(), 3u);
   EXPECT_EQ(shell.boxes[0].text, "Plugin Information only works in File and Plugin View.");
   EXPECT_EQ(shell.boxes[1].text, "Please select a plugin or other supported file.");
@@ -106,37 +85,30 @@ TEST_F(ReportsTest, InformationCommandRefusesOrShowsItsBox) {
 class PluginListTest : public ReportsTest {
  protected:
   void SetUp() override {
-    paths = {dir.Write("zeta.8bf", test::BuildPe({test::Pipl({"Blur", "zeta Soft"})})),
-             dir.Write("alpha.8bf", test::BuildPe({test::Pipl({"Noise", "Alpha Grain..."})})),
+    paths = {dir.Write("zeta.8bf", test::PiplPlugin("Blur", "zeta Soft")),
+             dir.Write("alpha.8bf", test::PiplPlugin("Noise", "Alpha Grain...")),
              dir.Write("junk.8bf", "unreadable"),
-             dir.Write("hidden._rm", test::PlaceBytes(20000, {{10002, test::PremiereVideo("Skipped")}})),
-             dir.Write("video.prm", test::PlaceBytes(20000, {{10002, test::PremiereVideo("Old Video")}}))};
+             dir.Write("hidden._rm", PlaceBytes(20000, {{10002, test::PremiereVideo("Skipped")}})),
+             dir.Write("video.prm", PlaceBytes(20000, {{10002, test::PremiereVideo("Old Video")}}))};
   }
   std::vector<std::string> paths;
+  const PlugInListOptions titleOnly{false, true, false, false, false, false};
 };
 
-TEST_F(PluginListTest, TextLinesAreSortedAndLeaveOutWhatCannotBeRead) {
-  const auto lines = PlugInListLines(paths, {}, env);
-  ASSERT_EQ(lines.size(), 3u);
-  EXPECT_EQ(lines[0], "[Premiere Video]: Old Video (video.prm) by , ");
-  EXPECT_EQ(lines[1], "Blur: zeta Soft (zeta.8bf) by , ");
-  EXPECT_EQ(lines[2], "Noise: Alpha Grain... (alpha.8bf) by , ");
-
-  PlugInListOptions titleOnly{false, true, false, false, false, false};
-  EXPECT_EQ(PlugInListLines(paths, titleOnly, env),
-            (std::vector<std::string>{"Alpha Grain...", "Old Video", "zeta Soft"}));
-  PlugInListOptions nothing{false, false, false, false, false, false};
-  EXPECT_EQ(PlugInListLines(paths, nothing, env), (std::vector<std::string>{"", "", ""}));
-}
-
-TEST_F(PluginListTest, CsvLinesEndInFreeware) {
+TEST_F(PluginListTest, LinesAreSortedAndLeaveOutWhatCannotBeRead) {
+  using Lines = std::vector<std::string>;
+  EXPECT_EQ(PlugInListLines(paths, {}, env),
+            (Lines{"[Premiere Video]: Old Video (video.prm) by , ", "Blur: zeta Soft (zeta.8bf) by , ",
+                   "Noise: Alpha Grain... (alpha.8bf) by , "}));
+  EXPECT_EQ(PlugInListLines(paths, titleOnly, env), (Lines{"Alpha Grain...", "Old Video", "zeta Soft"}));
+  EXPECT_EQ(PlugInListLines(paths, {false, false, false, false, false, false}, env), (Lines{"", "", ""}));
+  // CSV lines end in "freeware"; the boxes don't matter in this form.
   PlugInListOptions csv;
   csv.csv = true;
-  csv.category = false;  // the boxes don't matter in this form
-  const auto lines = PlugInListLines(paths, csv, env);
-  EXPECT_EQ(lines, (std::vector<std::string>{"Alpha Grain;Noise;;;freeware;",
-                                             "Old Video;[Premiere Video];;;freeware;",
-                                             "zeta Soft;Blur;;;freeware;"}));
+  csv.category = false;
+  EXPECT_EQ(PlugInListLines(paths, csv, env),
+            (Lines{"Alpha Grain;Noise;;;freeware;", "Old Video;[Premiere Video];;;freeware;",
+                   "zeta Soft;Blur;;;freeware;"}));
 }
 
 TEST_F(PluginListTest, CommandWritesTheFileWithLineBreaksOrRefuses) {
@@ -144,12 +116,9 @@ TEST_F(PluginListTest, CommandWritesTheFileWithLineBreaksOrRefuses) {
   EXPECT_FALSE(cmd_PlugInList({}, {}, false, dir.file("FFL-List.txt"), text, env));
   ASSERT_EQ(shell.boxes.size(), 1u);
   EXPECT_EQ(shell.boxes[0].text, "Please select one or more plugin files.");
-
-  PlugInListOptions titleOnly{false, true, false, false, false, false};
   ASSERT_TRUE(cmd_PlugInList(paths, titleOnly, false, dir.file("FFL-List.txt"), text, env));
   EXPECT_EQ(dir.Read("FFL-List.txt"), "Alpha Grain...\r\nOld Video\r\nzeta Soft\r\n");
   EXPECT_EQ(text, dir.Read("FFL-List.txt"));
-
   ASSERT_TRUE(cmd_PlugInList({paths[2]}, titleOnly, false, dir.file("empty.txt"), text, env));
   EXPECT_FALSE(dir.Exists("empty.txt"));
 }

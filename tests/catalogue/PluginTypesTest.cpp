@@ -1,9 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <filesystem>
-
-#include "catalogue/PluginTypes.h"
-#include "support/TempDir.h"
+#include "catalogue/CatalogueTesting.h"
 
 namespace trel {
 namespace {
@@ -12,14 +7,6 @@ PluginTypeList Rows(std::initializer_list<std::pair<const char*, bool>> rows) {
   PluginTypeList list;
   for (const auto& [text, on] : rows) list.push_back({text, on});
   return list;
-}
-
-TEST(PluginTypes, DefaultTableHas41RowsInTheirOrder) {
-  const auto& rows = DefaultPluginTypeRows();
-  ASSERT_EQ(rows.size(), 41u);
-  EXPECT_EQ(rows.front(), "Acrobat Plugin (api|2)");
-  EXPECT_EQ(rows[2], "Lightwave Plugin (p|3)");
-  EXPECT_EQ(rows.back(), "PhotoBrush Plugin (xtr|3)");
 }
 
 TEST(PluginTypes, GetPlugTypesParsesCheckedRowsAndBuildsThePattern) {
@@ -33,40 +20,32 @@ TEST(PluginTypes, GetPlugTypesParsesCheckedRowsAndBuildsThePattern) {
   EXPECT_EQ(table.PluginTypes[0].nameSource, "2");
   EXPECT_TRUE(table.PluginTypes[2].empty());
   EXPECT_EQ(table.PluginTypePattern, ";*?api;*.p;*_p;*?abcd");
-}
 
-TEST(PluginTypes, AllRowsUncheckedLeavesEmptyColumnsAndNoPattern) {
-  PluginTypeTable table;
-  table.PluginTypePattern = ";*?old";
-  GetPlugTypes(Rows({{"A (aaa|3)", false}, {"B (bbb|3)", false}}), table);
+  GetPlugTypes({}, table);  // an empty list leaves the table as it stands
+  EXPECT_EQ(table.PluginTypePattern, ";*?api;*.p;*_p;*?abcd");
+
+  GetPlugTypes(Rows({{"A (aaa|3)", false}, {"B (bbb|3)", false}}), table);  // empty columns, no pattern
   EXPECT_EQ(table.PluginTypes.size(), 2u);
   EXPECT_FALSE(table.isEmpty());
   EXPECT_TRUE(table.PluginTypes[0].empty() && table.PluginTypes[1].empty());
   EXPECT_EQ(table.PluginTypePattern, "");
 }
 
-TEST(PluginTypes, EmptyListLeavesTheTableAsItStands) {
-  PluginTypeTable table;
-  GetPlugTypes(Rows({{"A (aaa|3)", true}}), table);
-  GetPlugTypes({}, table);
-  EXPECT_EQ(table.PluginTypePattern, ";*?aaa");
-}
-
 TEST(PluginTypes, MatchingWantsAPointOrUnderscoreBeforeTheExtension) {
-  PluginTypeTable table;
-  GetPlugTypes(Rows({{"Tube (tub|3)", true}, {"Lightwave (p|3)", true}, {"Long (abcd|3)", true}}), table);
-  EXPECT_EQ(MatchPluginType(table, "/x/pic.TUB")->typeName, "Tube");
-  EXPECT_EQ(MatchPluginType(table, "pic_tub")->typeName, "Tube");
-  EXPECT_EQ(MatchPluginType(table, "scene.p")->typeName, "Lightwave");
-  EXPECT_EQ(MatchPluginType(table, "pictub"), nullptr);
-  EXPECT_EQ(MatchPluginType(table, "photo.bmp"), nullptr);
-  EXPECT_EQ(MatchPluginType(table, "x.abcd")->typeName, "Long");
+  const PluginTypeTable table = test::Types({"Tube (tub|3)", "Lightwave (p|3)", "Long (abcd|3)"});
+  const std::pair<const char*, const char*> cases[] = {
+      {"/x/pic.TUB", "Tube"}, {"pic_tub", "Tube"}, {"scene.p", "Lightwave"}, {"x.abcd", "Long"},
+      {"pictub", nullptr},    {"photo.bmp", nullptr}};
+  for (const auto& [name, type] : cases) {
+    const PluginType* t = MatchPluginType(table, name);
+    EXPECT_EQ(t ? t->typeName : "none", type ? type : "none") << name;
+  }
   // The scanner only looks at four characters: a four-letter extension never fits.
   EXPECT_EQ(MatchPluginTypeBySuffix(table, "abcd"), nullptr);
   EXPECT_EQ(MatchPluginTypeBySuffix(table, ".tub")->typeName, "Tube");
 }
 
-TEST(PluginTypes, ListFileRoundTripsRowsAndStates) {
+TEST(PluginTypes, ListFileRoundTripsRowsAndStatesAndFailsWithoutLoss) {
   test::TempDir dir;
   const PluginTypeList list = Rows({{"Acrobat Plugin (api|2)", true}, {"Maya Plugin (mll|3)", false}});
   ASSERT_TRUE(SaveList(dir.file("PlugTypes.ini"), list, true));
@@ -74,6 +53,10 @@ TEST(PluginTypes, ListFileRoundTripsRowsAndStates) {
   PluginTypeList back = Rows({{"stale", true}});
   ASSERT_TRUE(LoadList(dir.file("PlugTypes.ini"), back, true));
   EXPECT_EQ(back, list);
+
+  EXPECT_FALSE(LoadList(dir.file("none.ini"), back, true));
+  EXPECT_EQ(back, list);
+  EXPECT_FALSE(SaveList(dir.file("no/such/PlugTypes.ini"), list, true));
 }
 
 TEST(PluginTypes, ListFileReadsNumericStatesAndSplitsAtCommas) {
@@ -88,28 +71,13 @@ TEST(PluginTypes, ListFileReadsNumericStatesAndSplitsAtCommas) {
   EXPECT_EQ(list[2].text, "0");
 }
 
-TEST(PluginTypes, MissingListFileLeavesTheListAlone) {
-  test::TempDir dir;
-  PluginTypeList list = Rows({{"Keep (kee|3)", true}});
-  EXPECT_FALSE(LoadList(dir.file("none.ini"), list, true));
-  EXPECT_EQ(list.size(), 1u);
-}
-
-TEST(PluginTypes, SaveListIntoAMissingFolderFailsWithoutLeavingAnything) {
-  test::TempDir dir;
-  EXPECT_FALSE(SaveList(dir.file("no/such/PlugTypes.ini"), Rows({{"A (aaa|3)", true}}), true));
-}
-
 TEST(PluginTypes, ResetAddsMissingDefaultsAndKeepsUserRowsAndMarks) {
   PluginTypeList list = Rows({{"My Own (own|3)", true}, {"acrobat plugin (api|1)", false}});
   ResetPluginTypes(list);
   ASSERT_EQ(list.size(), 42u);  // the acrobat row counts as the default's twin
-  EXPECT_EQ(list[0].text, "My Own (own|3)");
-  EXPECT_TRUE(list[0].checked);
-  EXPECT_EQ(list[1].text, "acrobat plugin (api|1)");
-  EXPECT_FALSE(list[1].checked);
+  EXPECT_EQ(list[0], (PluginTypeRow{"My Own (own|3)", true}));
+  EXPECT_EQ(list[1], (PluginTypeRow{"acrobat plugin (api|1)", false}));
   EXPECT_EQ(list[2].text, "trueSpace Plugin (tsx|1)");
-
   PluginTypeList empty;
   ResetPluginTypes(empty);
   EXPECT_EQ(empty.size(), 41u);
@@ -118,21 +86,18 @@ TEST(PluginTypes, ResetAddsMissingDefaultsAndKeepsUserRowsAndMarks) {
 TEST(PluginTypes, ToggleGivesAllRowsTheOppositeOfTheFirst) {
   PluginTypeList list = Rows({{"A (aaa|3)", true}, {"B (bbb|3)", false}, {"C (ccc|3)", true}});
   TogglePluginTypes(list);
-  for (const auto& row : list) EXPECT_FALSE(row.checked);
+  EXPECT_EQ(list, Rows({{"A (aaa|3)", false}, {"B (bbb|3)", false}, {"C (ccc|3)", false}}));
   TogglePluginTypes(list);
-  for (const auto& row : list) EXPECT_TRUE(row.checked);
+  EXPECT_EQ(list, Rows({{"A (aaa|3)", true}, {"B (bbb|3)", true}, {"C (ccc|3)", true}}));
 }
 
-TEST(PluginTypes, AddEditRemoveWorkOnRowTexts) {
+TEST(PluginTypes, AddEditRemoveAndTheDialogsChecks) {
   PluginTypeList list;
   AddPluginType(list, "Foo", "foo", "3");
-  ASSERT_EQ(list.size(), 1u);
-  EXPECT_EQ(list[0].text, "Foo (foo|3)");
-  EXPECT_TRUE(list[0].checked);
+  EXPECT_EQ(list, Rows({{"Foo (foo|3)", true}}));
   list[0].checked = false;
   EXPECT_TRUE(EditPluginType(list, 0, "Bar", "bar", "1"));
-  EXPECT_EQ(list[0].text, "Bar (bar|1)");
-  EXPECT_FALSE(list[0].checked);
+  EXPECT_EQ(list, Rows({{"Bar (bar|1)", false}}));
   std::string name, ext, digit;
   ASSERT_TRUE(SplitPluginTypeRow(list[0].text, name, ext, digit));
   EXPECT_EQ(name + "/" + ext + "/" + digit, "Bar/bar/1");
@@ -140,10 +105,8 @@ TEST(PluginTypes, AddEditRemoveWorkOnRowTexts) {
   EXPECT_FALSE(RemovePluginType(list, 1));
   EXPECT_TRUE(RemovePluginType(list, 0));
   EXPECT_TRUE(list.empty());
-}
 
-TEST(PluginTypes, DialogInputIsCheckedAndCleaned) {
-  std::string ext = "";
+  ext = "";
   EXPECT_EQ(CheckPluginTypeInput("", ext), "Please enter the Plugin Name!");
   EXPECT_EQ(CheckPluginTypeInput("Foo", ext), "Please enter the File Extension e.g. 8bf ");
   ext = "*.foo";
@@ -151,10 +114,9 @@ TEST(PluginTypes, DialogInputIsCheckedAndCleaned) {
   EXPECT_EQ(ext, "foo");
 }
 
-TEST(PluginTypes, InitialListComesFromTheFileOrTheDefaultsOrTheOldSettings) {
+TEST(PluginTypes, InitialListComesFromTheFileOrTheOldSettingsOrTheDefaults) {
   test::TempDir dir;
-  const auto none = [](const std::string&) { return std::string(); };
-  PluginTypeList fresh = InitialPluginTypeList(dir.path(), none);
+  PluginTypeList fresh = InitialPluginTypeList(dir.path(), [](const std::string&) { return std::string(); });
   ASSERT_EQ(fresh.size(), 41u);
   for (const auto& row : fresh) EXPECT_TRUE(row.checked);
 
@@ -169,15 +131,7 @@ TEST(PluginTypes, InitialListComesFromTheFileOrTheDefaultsOrTheOldSettings) {
   EXPECT_EQ(migrated[1].text, "Acrobat Plugin (api|2)");
 
   ASSERT_TRUE(SaveList(dir.file("PlugTypes.ini"), Rows({{"Only (onl|3)", false}}), true));
-  PluginTypeList fromFile = InitialPluginTypeList(dir.path(), legacy);
-  ASSERT_EQ(fromFile.size(), 1u);
-  EXPECT_FALSE(fromFile[0].checked);
-
-  // A deleted file and a press on Reset bring the 41 rows back.
-  std::filesystem::remove(dir.file("PlugTypes.ini"));
-  PluginTypeList restored;
-  ResetPluginTypes(restored);
-  EXPECT_EQ(restored.size(), 41u);
+  EXPECT_EQ(InitialPluginTypeList(dir.path(), legacy), Rows({{"Only (onl|3)", false}}));
 }
 
 }  // namespace

@@ -1,90 +1,84 @@
-#include <gtest/gtest.h>
-
+#include "catalogue/CatalogueTesting.h"
 #include "catalogue/PluginIdentification.h"
-#include "support/PeBuilder.h"
-#include "support/TempDir.h"
 
 namespace trel {
 namespace {
 
 using test::BuildPe;
-using test::PeOptions;
 using test::PiplFilter;
 
-class ReadCom8bfTest : public ::testing::Test {
+class ReadCom8bfTest : public test::CatalogueTest {
  protected:
-  ResourceProbe Probe(const std::string& bytes, bool* ok = nullptr, const std::string& name = "a.8bf") {
-    const std::string path = dir.Write(name, bytes);
+  ResourceProbe Probe(const std::string& bytes, bool& ok, const std::string& name = "a.8bf") {
     ResourceProbe probe;
-    const bool result = ReadCom8bf(path, probe, env);
-    if (ok) *ok = result;
+    ok = ReadCom8bf(dir.Write(name, bytes), probe, env);
     return probe;
   }
-  test::TempDir dir;
-  FilterEnv env;
 };
 
-TEST_F(ReadCom8bfTest, FindsCategoryAndTitleOfPiplInBothPeWidths) {
-  for (const bool wide : {true, false}) {
-    PeOptions o;
-    o.pe32plus = wide;
-    const std::string bytes = BuildPe({test::Pipl({"Distort", "Twirl"})}, o);
+TEST_F(ReadCom8bfTest, PiplVariantsGiveCategoryTitlePositionAndRoom) {
+  struct Case {
+    const char* name;
+    const char* category;
+    std::vector<test::PeResource> resources;
+    test::PeOptions options;
+    bool ok;
+    int room;  // -1: not checked
+  };
+  const std::vector<test::PeResource> twirl = {test::Pipl({"Distort", "Twirl"})};
+  const Case cases[] = {
+      // "Distort" (7) with its count byte fills 8: no zero after it.
+      {"PE32+", "Distort", twirl, {}, true, 7},
+      {"PE32", "Distort", twirl, {.pe32plus = false}, true, 7},
+      // "Blur" + count = 5, padded to 8 (3 zeros), plus 8 extra zeros.
+      {"zeros behind", "Blur", {test::Pipl({"Blur", "Twirl", true, 8})}, {}, true, 4 + 3 + 8},
+      {"category first", "Distort", {test::Pipl({"Distort", "Twirl", false})}, {}, true, -1},
+      // The text is cut at the first zero.
+      {"count covers padding", "Noise", {test::Pipl({"Noise", "Twirl", true, 0, true})}, {}, true, -1},
+      {"other resources", "Distort",
+       {test::Version({{"FileDescription", "Something"}}), twirl[0], {"", 3, 1, std::string(300, '\x11')},
+        {"", 14, 1, std::string(20, '\x22')}},
+       {}, true, -1},
+      {"section header far down the table", "Distort", twirl, {.peHeaderOffset = 0x118, .sectionsBefore = 6}, true, -1},
+      // ".rsrc" as first section of a PE32 at 0x40 stands before position 374,
+      // where the search window starts.
+      {"section header before the window", "Distort", twirl,
+       {.pe32plus = false, .peHeaderOffset = 0x40, .sectionsBefore = 0}, false, -1},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    const std::string bytes = BuildPe(c.resources, c.options);
     bool ok = false;
-    const ResourceProbe p = Probe(bytes, &ok);
-    ASSERT_TRUE(ok) << "pe32plus=" << wide;
+    const ResourceProbe p = Probe(bytes, ok);
+    EXPECT_EQ(ok, c.ok);
     ASSERT_EQ(p.Count(), 1);
-    EXPECT_EQ(p[1].category, "Distort");
+    if (!c.ok) continue;
+    EXPECT_EQ(p[1].category, c.category);
     EXPECT_EQ(p[1].title, "Twirl");
-    // The offset is the 1-based position of the category's first character.
-    EXPECT_EQ(p[1].categoryOffset, static_cast<int32_t>(bytes.find("Distort") + 1));
-    // "Distort" (7) padded with the count byte to 8: no zero after it.
-    EXPECT_EQ(p[1].maximumLength, 7);
+    EXPECT_EQ(p[1].categoryOffset, static_cast<int32_t>(bytes.find(c.category) + 1));  // 1-based
+    if (c.room >= 0) { EXPECT_EQ(p[1].maximumLength, c.room); }
   }
 }
 
-TEST_F(ReadCom8bfTest, RoomCountsTheZerosBehindTheCategory) {
-  PiplFilter f{"Blur", "Soft", true, 8};
-  const ResourceProbe p = Probe(BuildPe({test::Pipl(f)}));
-  // "Blur" + count = 5, padded to 8 (3 zeros), plus 8 extra zeros.
-  EXPECT_EQ(p[1].maximumLength, 4 + 3 + 8);
-}
-
-TEST_F(ReadCom8bfTest, CategoryBeforeNameIsFoundAsWell) {
-  PiplFilter f{"Artistic", "Paint", false};
+TEST_F(ReadCom8bfTest, MultiFilterPluginGivesOneElementPerResourceAndTheFirstDecides) {
+  PiplFilter empty{"", ""};
+  empty.withCategory = empty.withName = false;
+  const std::string bytes =
+      BuildPe({test::Pipl({"One", "First"}, 1), test::Pipl({"Two", "Second"}, 2), test::Pipl(empty, 3)});
   bool ok = false;
-  const ResourceProbe p = Probe(BuildPe({test::Pipl(f)}), &ok);
+  const ResourceProbe p = Probe(bytes, ok);
   EXPECT_TRUE(ok);
-  EXPECT_EQ(p[1].category, "Artistic");
-  EXPECT_EQ(p[1].title, "Paint");
-}
-
-TEST_F(ReadCom8bfTest, MultiFilterPluginGivesOneElementPerResource) {
-  const std::string bytes = BuildPe({test::Pipl({"One", "First"}, 16000),
-                                     test::Pipl({"Two", "Second"}, 16001),
-                                     test::Pipl({"Three", "Third"}, 16002)});
-  bool ok = false;
-  const ResourceProbe p = Probe(bytes, &ok);
-  ASSERT_TRUE(ok);
   ASSERT_EQ(p.Count(), 3);
   EXPECT_EQ(p[1].title, "First");
   EXPECT_EQ(p[2].category, "Two");
-  EXPECT_EQ(p[3].title, "Third");
-  EXPECT_EQ(p[3].categoryOffset, static_cast<int32_t>(bytes.find("Three") + 1));
-}
-
-TEST_F(ReadCom8bfTest, PascalCountThatCoversPaddingIsCutAtTheFirstNul) {
-  PiplFilter f{"Noise", "Grain", true, 0, true};
-  bool ok = false;
-  const ResourceProbe p = Probe(BuildPe({test::Pipl(f)}), &ok);
-  EXPECT_TRUE(ok);
-  EXPECT_EQ(p[1].category, "Noise");
-  EXPECT_EQ(p[1].title, "Grain");
+  EXPECT_EQ(p[2].categoryOffset, static_cast<int32_t>(bytes.find("Two") + 1));
+  EXPECT_TRUE(p[3].category.empty());
 }
 
 TEST_F(ReadCom8bfTest, OldStylePimiAndBfmMeetInTheSameElements) {
   const std::string bytes = BuildPe({test::Pimi("Old Category"), test::Bfm8("Old Title")});
   bool ok = false;
-  const ResourceProbe p = Probe(bytes, &ok);
+  ResourceProbe p = Probe(bytes, ok);
   ASSERT_TRUE(ok);
   EXPECT_EQ(p[1].category, "Old Category");
   EXPECT_EQ(p[1].title, "Old Title");
@@ -95,61 +89,15 @@ TEST_F(ReadCom8bfTest, OldStylePimiAndBfmMeetInTheSameElements) {
                       (static_cast<unsigned char>(bytes[header + 21]) << 8);
   const int64_t dataOffset = static_cast<int64_t>(bytes.find("Old Category")) - 2 - raw;
   EXPECT_EQ(p[1].categoryOffset, raw + 3 - dataOffset);
-}
 
-TEST_F(ReadCom8bfTest, PimiWithoutTitleIsFalseButKeepsTheCategory) {
-  bool ok = true;
-  const ResourceProbe p = Probe(BuildPe({test::Pimi("Lonely")}), &ok);
+  p = Probe(BuildPe({test::Pimi("Lonely")}), ok);  // no title: false, the category stays
   EXPECT_FALSE(ok);
   EXPECT_EQ(p[1].category, "Lonely");
 }
 
-TEST_F(ReadCom8bfTest, LaterFilterWithEmptyFieldsDoesNotChangeTheResult) {
-  PiplFilter second{"", "", true};
-  second.withCategory = false;
-  second.withName = false;
-  bool ok = false;
-  const ResourceProbe p = Probe(BuildPe({test::Pipl({"Good", "Filter"}, 1), test::Pipl(second, 2)}), &ok);
-  EXPECT_TRUE(ok);
-  EXPECT_EQ(p.Count(), 2);
-  EXPECT_TRUE(p[2].category.empty());
-}
-
-TEST_F(ReadCom8bfTest, OtherResourcesBesideThePiplDoNotDisturb) {
-  const std::string bytes =
-      BuildPe({test::Version({{"FileDescription", "Something"}}), test::Pipl({"Render", "Clouds"}),
-               {"", 3, 1, std::string(300, '\x11')}, {"", 14, 1, std::string(20, '\x22')}});
-  bool ok = false;
-  const ResourceProbe p = Probe(bytes, &ok);
-  EXPECT_TRUE(ok);
-  EXPECT_EQ(p[1].category, "Render");
-}
-
-TEST_F(ReadCom8bfTest, SectionHeaderFurtherDownTheTableIsFound) {
-  PeOptions o;
-  o.sectionsBefore = 6;
-  o.peHeaderOffset = 0x118;
-  bool ok = false;
-  Probe(BuildPe({test::Pipl({"Sharpen", "Edges"})}, o), &ok);
-  EXPECT_TRUE(ok);
-}
-
-TEST_F(ReadCom8bfTest, SectionHeaderBeforeTheHeaderWindowIsNotFound) {
-  // A PE32 with its headers at 0x40 puts ".rsrc" as first section before
-  // position 374, where the window starts.
-  PeOptions o;
-  o.pe32plus = false;
-  o.peHeaderOffset = 0x40;
-  o.sectionsBefore = 0;
-  bool ok = true;
-  const ResourceProbe p = Probe(BuildPe({test::Pipl({"Sharpen", "Edges"})}, o), &ok);
-  EXPECT_FALSE(ok);
-  EXPECT_EQ(p.Count(), 1);
-}
-
 TEST_F(ReadCom8bfTest, MacintoshSizeBinRefusedByTheFilterReaderIsFalse) {
   bool ok = true;
-  Probe(std::string(99712, '\0'), &ok, "mac.bin");
+  Probe(std::string(99712, '\0'), ok, "mac.bin");
   EXPECT_FALSE(ok);
 }
 

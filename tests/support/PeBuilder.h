@@ -33,6 +33,8 @@ struct PeOptions {
 // The DLL as bytes. Types appear in the root directory named ones first (in
 // upper-case name order), then numbered ones; resources of a type by id.
 std::string BuildPe(const std::vector<PeResource>& resources, const PeOptions& options = {});
+// A plugin with one filter's PiPL.
+std::string PiplPlugin(const std::string& category, const std::string& title, const PeOptions& options = {});
 // As BuildPe, with the section moved so that `text` (its first occurrence)
 // begins at the 1-based file position `position`.
 std::string BuildPeWithTextAt(const std::vector<PeResource>& resources, PeOptions options,
