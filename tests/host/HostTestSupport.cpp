@@ -29,16 +29,13 @@ FFFilter SampleFilter(const std::string& rgbCode) {
   f.author = "A. Tester";
   f.ctlName[1] = "Amount";
   for (int i = 1; i <= 8; ++i) f.ctlValue[i] = static_cast<uint8_t>(20 * i);
-  f.codeR = rgbCode;
-  f.codeG = rgbCode;
-  f.codeB = rgbCode;
+  f.codeR = f.codeG = f.codeB = rgbCode;
   f.codeA = "a";
   return f;
 }
 
 std::string CompilePlugin(const TempDir& dir, FFFilter f) {
-  const std::string prog = dir.path() + "prog/";
-  const std::string out = dir.path() + "out/";
+  const std::string prog = dir.path() + "prog/", out = dir.path() + "out/";
   fs::create_directories(prog);
   fs::create_directories(out);
   if (!fs::exists(prog + "photo30.dll"))
@@ -47,9 +44,9 @@ std::string CompilePlugin(const TempDir& dir, FFFilter f) {
   FilterEnv env;
   env.shell = &shell;
   env.options.programFolder = prog;
-  const std::string name = f.filename.substr(0, f.filename.rfind('.')) + ".8bf";
   Write8bf(f, out, false, false, env);
-  return FileExists(out + name) ? out + name : std::string();
+  const std::string name = out + f.filename.substr(0, f.filename.rfind('.')) + ".8bf";
+  return FileExists(name) ? name : std::string();
 }
 
 }  // namespace trel::test

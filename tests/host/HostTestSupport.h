@@ -11,14 +11,13 @@
 
 namespace trel::test {
 
-// A picture whose pixels all differ.
-QImage PatternPicture(int width, int height, bool alpha);
+QImage PatternPicture(int width, int height, bool alpha);  // pixels that all differ
 
-// A filter record with the given code in all three colour channels.
+// Titled "Sample Filter", by "A. Tester", "(c) 2026 The Tests"; `rgbCode` in
+// the three colour channels, "a" in alpha, control values 20, 40, ... 160.
 FFFilter SampleFilter(const std::string& rgbCode);
 
-// Compiles `f` into a plugin in dir/out/ with the project's template and
-// returns its path ("" if the compiler wrote nothing).
+// Compiles `f` with the project's template into dir/out/; "" if nothing was written.
 std::string CompilePlugin(const TempDir& dir, FFFilter f);
 
 }  // namespace trel::test

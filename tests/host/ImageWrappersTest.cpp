@@ -11,13 +11,10 @@
 namespace trel {
 namespace {
 
-using test::RecordingShell;
-using test::TempDir;
-
-// A picture box backed by a QImage, as a window's box would be.
+// A picture box backed by a white QImage, as a window's box would be.
 class ImageBox : public PictureBox {
  public:
-  ImageBox(int w, int h) : img(w, h, QImage::Format_RGB32) { img.fill(Qt::white); }
+  ImageBox(int w, int h) { resize(w, h); }
   int width() const override { return img.width(); }
   int height() const override { return img.height(); }
   void resize(int w, int h) override {
@@ -30,14 +27,19 @@ class ImageBox : public PictureBox {
 
 class ImageWrappersTest : public ::testing::Test {
  protected:
-  TempDir dir;
-  RecordingShell shell;
+  test::TempDir dir;
+  test::RecordingShell shell;
   ImageLibrary lib{shell};
+
+  ImgHandle Solid(int w, int h, Qt::GlobalColor colour) {
+    QImage img(w, h, QImage::Format_RGB32);
+    img.fill(colour);
+    return lib.Adopt(img);
+  }
 };
 
 TEST_F(ImageWrappersTest, CopyAtFullOrGivenSize) {
-  ImgHandle source = lib.Adopt(test::PatternPicture(10, 8, false));
-  ImgHandle target = 0;
+  ImgHandle source = lib.Adopt(test::PatternPicture(10, 8, false)), target = 0, none = 0;
   int w = 0, h = 0;
   ASSERT_TRUE(CopyImageSized(lib, w, h, source, target));
   ASSERT_NE(target, source);
@@ -49,29 +51,19 @@ TEST_F(ImageWrappersTest, CopyAtFullOrGivenSize) {
   ASSERT_TRUE(CopyImageSized(lib, w, h, source, target));
   EXPECT_EQ(lib.image(old), nullptr);  // the former target was closed
   EXPECT_EQ(lib.image(target)->size(), QSize(5, 4));
-
-  ImgHandle none = 0;
   EXPECT_FALSE(CopyImageSized(lib, w, h, none, target));
   EXPECT_EQ(target, 0);
 }
 
 TEST_F(ImageWrappersTest, DrawFitCentresSmallPicturesAndSqueezesLargeOnes) {
   ImageBox box(20, 10);
-  ImgHandle none = 0;
+  ImgHandle none = 0, small = Solid(4, 4, Qt::red), large = Solid(100, 100, Qt::blue);
   DrawImageFit(lib, none, box);
   EXPECT_EQ(box.img.pixelColor(10, 5), QColor(Qt::white));
-
-  QImage red(4, 4, QImage::Format_RGB32);
-  red.fill(Qt::red);
-  ImgHandle small = lib.Adopt(red);
   DrawImageFit(lib, small, box);
   EXPECT_EQ(box.img.pixelColor(10, 5), QColor(Qt::red));
   EXPECT_EQ(box.img.pixelColor(1, 5), QColor(Qt::white));
   EXPECT_EQ(box.img.pixelColor(10, 0), QColor(Qt::white));
-
-  QImage blue(100, 100, QImage::Format_RGB32);
-  blue.fill(Qt::blue);
-  ImgHandle large = lib.Adopt(blue);
   DrawImageFit(lib, large, box);
   EXPECT_EQ(box.img.pixelColor(0, 0), QColor(Qt::blue));
   EXPECT_EQ(box.img.pixelColor(19, 9), QColor(Qt::blue));
@@ -81,19 +73,15 @@ TEST_F(ImageWrappersTest, CloseOpenAndSize) {
   ImgHandle h = 0;
   CloseImage(lib, h);
   EXPECT_EQ(h, 0);
-
-  QImage pic = test::PatternPicture(6, 5, false);
-  std::string path = dir.file("p.png");
-  ASSERT_TRUE(pic.save(QString::fromStdString(path)));
+  std::string path = dir.file("p.png"), missing = dir.file("missing.png");
+  ASSERT_TRUE(test::PatternPicture(6, 5, false).save(QString::fromStdString(path)));
   bool quiet = false;
   OpenImageFile(lib, shell, path, h, quiet);
   ASSERT_NE(h, 0);
   ImageBox box(1, 1);
   SizeBoxToImage(lib, path, box, h);
-  EXPECT_EQ(box.width(), 5);
-  EXPECT_EQ(box.height(), 4);
+  EXPECT_EQ(QSize(box.width(), box.height()), QSize(5, 4));
 
-  std::string missing = dir.file("missing.png");
   OpenImageFile(lib, shell, missing, h, quiet);
   EXPECT_EQ(h, 0);
   ASSERT_EQ(shell.boxes.size(), 1u);

@@ -5,22 +5,19 @@
 #include <random>
 #include <string>
 
+#include "FFTestSupport.h"
 #include "host/ff/FFEngine.h"
+#include "host/ff/FFProgram.h"
 
 namespace trel::ff {
 namespace {
 
-ParseError ErrorOf(const std::string& code) {
+bool Parses(const std::string& code, ParseError* errOut = nullptr) {
   Ast ast;
   ParseError err;
-  EXPECT_FALSE(ParseExpression(code, ast, err)) << code;
-  return err;
-}
-
-bool Parses(const std::string& code) {
-  Ast ast;
-  ParseError err;
-  return ParseExpression(code, ast, err);
+  bool ok = ParseExpression(code, ast, err);
+  if (errOut) *errOut = err;
+  return ok;
 }
 
 TEST(FFParser, FaultsCarryTheirPosition) {
@@ -29,100 +26,86 @@ TEST(FFParser, FaultsCarryTheirPosition) {
     size_t position;
     const char* wordInMessage;
   } cases[] = {
-      {"r + foo", 4, "Unknown name 'foo'"},
-      {"r + bar(1)", 4, "Unknown function 'bar'"},
-      {"src(1,2)", 0, "takes 3 arguments, not 2"},
-      {"ctl(1,2)", 0, "takes 1 argument, not 2"},
+      {"r + foo", 4, "Unknown name 'foo'"}, {"r + bar(1)", 4, "Unknown function 'bar'"},
+      {"src(1,2)", 0, "takes 3 arguments, not 2"}, {"ctl(1,2)", 0, "takes 1 argument, not 2"},
       {"cnv(1,2,3,4,5,6,7,8,9,10,11)", 0, "takes 10 arguments, not 11"},
-      {"(r + g", 6, "Expected ')'"},
-      {"r ? g", 5, "Expected ':'"},
-      {"r + ", 4, "ends where a value is expected"},
-      {"r g", 2, "after the end"},
-      {"r = 1", 2, "'=='"},
-      {"r @ 1", 2, "Unexpected character '@'"},
-      {"2147483648", 0, "too large"},
-      {"0x80000000", 0, "too large"},
-      {"0x", 0, "hexadecimal"},
-      {"12ab", 2, "run into letters"},
-      {"r(1)", 0, "not a function"},
-      {"sin", 0, "needs its arguments"},
-      {"", 0, "empty"},
-      {"  // only a comment", 19, "empty"},
-      {"r /* no block comments */", 3, "Expected a value"},
-      {"min(1,)", 6, "Expected a value"},
+      {"(r + g", 6, "Expected ')'"}, {"r ? g", 5, "Expected ':'"},
+      {"r + ", 4, "ends where a value is expected"}, {"r g", 2, "after the end"},
+      {"r = 1", 2, "'=='"}, {"r @ 1", 2, "Unexpected character '@'"},
+      {"2147483648", 0, "too large"}, {"0x80000000", 0, "too large"}, {"0x", 0, "hexadecimal"},
+      {"12ab", 2, "run into letters"}, {"r(1)", 0, "not a function"},
+      {"sin", 0, "needs its arguments"}, {"", 0, "empty"}, {"  // only a comment", 19, "empty"},
+      {"r /* no block comments */", 3, "Expected a value"}, {"min(1,)", 6, "Expected a value"},
   };
   for (const Case& c : cases) {
-    ParseError err = ErrorOf(c.code);
+    ParseError err;
+    EXPECT_FALSE(Parses(c.code, &err)) << c.code;
     EXPECT_EQ(err.position, c.position) << c.code << ": " << err.message;
     EXPECT_NE(err.message.find(c.wordInMessage), std::string::npos) << c.code << ": " << err.message;
   }
 }
 
-TEST(FFParser, AcceptsTheLexicalForms) {
-  EXPECT_TRUE(Parses("2147483647"));
-  EXPECT_TRUE(Parses("0x7FFFFFFF + 0Xff + 0x00ab"));
-  EXPECT_TRUE(Parses("-2147483647-1"));
-  EXPECT_TRUE(Parses(" r\t+\r\ng // a comment\n + b"));
-  EXPECT_TRUE(Parses("r // comment at the end"));
-  EXPECT_TRUE(Parses("src0(x,y,z)+src1(x,y,z)+rad0(d,m,z)+rad1(d,m,z)+sqrt(4)"));
-  EXPECT_TRUE(Parses("cnv0(1,1,1,1,1,1,1,1,1,9) + cnv1(1,1,1,1,1,1,1,1,1,9)"));
-  EXPECT_TRUE(Parses("rmin+gmax+xmax+ymax+zmax+pmax+mmax+dmax+t+tmax+total+r0+m1+p"));
-  EXPECT_TRUE(Parses("(1, 2, 3)"));
-  EXPECT_TRUE(Parses("min(1 ? 2, 3 : 4, 5)"));  // a sequence is allowed between '?' and ':'
+TEST(FFParser, LexicalForms) {
+  for (const char* code : {"2147483647", "0x7FFFFFFF + 0Xff + 0x00ab", "-2147483647-1",
+                           " r\t+\r\ng // a comment\n + b", "r // comment at the end",
+                           "src0(x,y,z)+src1(x,y,z)+rad0(d,m,z)+rad1(d,m,z)+sqrt(4)",
+                           "cnv0(1,1,1,1,1,1,1,1,1,9) + cnv1(1,1,1,1,1,1,1,1,1,9)",
+                           "rmin+gmax+xmax+ymax+zmax+pmax+mmax+dmax+t+tmax+total+r0+m1+p",
+                           "(1, 2, 3)", "min(1 ? 2, 3 : 4, 5)"})  // a sequence may stand between ? and :
+    EXPECT_TRUE(Parses(code)) << code;
   EXPECT_FALSE(Parses("R(1)"));
   EXPECT_FALSE(Parses("Src(x,y,z)"));  // names are case-sensitive
 }
 
-TEST(FFParser, DeepNestingIsAnErrorNotACrash) {
-  std::string deep(100000, '(');
-  deep += "1";
-  deep += std::string(100000, ')');
-  ParseError err = ErrorOf(deep);
+TEST(FFParser, HugeInputsAreErrorsNotCrashes) {
+  ParseError err;
+  EXPECT_FALSE(Parses(std::string(100000, '(') + "1" + std::string(100000, ')'), &err));
   EXPECT_NE(err.message.find("nested too deeply"), std::string::npos);
   EXPECT_LE(err.position, size_t(kMaxNesting) + 1);
-
+  std::string calls, ternaries;
+  for (int i = 0; i < 50000; ++i) calls += "abs(", ternaries += "1?2:";
   EXPECT_FALSE(Parses(std::string(100000, '-') + "1"));
-  std::string calls;
-  for (int i = 0; i < 50000; ++i) calls += "abs(";
-  calls += "1" + std::string(50000, ')');
-  EXPECT_FALSE(Parses(calls));
-  std::string ternaries;
-  for (int i = 0; i < 50000; ++i) ternaries += "1?2:";
+  EXPECT_FALSE(Parses(calls + "1" + std::string(50000, ')')));
   EXPECT_FALSE(Parses(ternaries + "3"));
-
-  // Modest nesting is fine.
   EXPECT_TRUE(Parses(std::string(100, '(') + "1" + std::string(100, ')')));
-}
 
-TEST(FFParser, LongChainsAreBoundedButRealisticFormulasPass) {
-  // A formula of 1,023 characters, the longest a source format holds.
+  // 1,023 characters, the longest formula a source format holds, is fine.
   std::string chain = "r";
   while (chain.size() + 2 <= 1023) chain += "+1";
-  ASSERT_LE(chain.size(), 1023u);
   EXPECT_TRUE(Parses(chain));
-
-  std::string huge = "r";
-  for (int i = 0; i < 200000; ++i) huge += "+1";
-  ParseError err = ErrorOf(huge);
+  while (chain.size() < 400000) chain += "+1";
+  EXPECT_FALSE(Parses(chain, &err));
   EXPECT_NE(err.message.find("too long a chain"), std::string::npos);
 }
 
-// A balanced sum of n terms (x+k): shallow, but with n distinct numbers.
-std::string WideSum(int first, int n) {
-  if (n == 1) return "(x+" + std::to_string(first) + ")";
-  return "(" + WideSum(first, n / 2) + "+" + WideSum(first + n / 2, n - n / 2) + ")";
+// A balanced sum of n calls cnv(k, k+1, ... k+9): shallow, with 10n distinct numbers.
+void WideSum(std::string& out, int first, int n) {
+  if (n == 1) {
+    out += "cnv(" + std::to_string(first);
+    for (int k = 1; k < 10; ++k) out += "," + std::to_string(first + k);
+    out += ")";
+    return;
+  }
+  out += '(';
+  WideSum(out, first, n / 2);
+  out += '+';
+  WideSum(out, first + 10 * (n / 2), n - n / 2);
+  out += ')';
 }
 
 TEST(FFParser, WideFormulasCompileOrFailCleanly) {
-  CompileError err;
-  CompiledFilter ok = CompileFilter({WideSum(1, 2000), "g", "b", "a"}, &err);
-  ASSERT_TRUE(ok.valid()) << err.message;
-  ImageRGBA8 img(2, 2, false), out(2, 2, false);
-  EXPECT_EQ(RenderFilter(ok, {}, img.view(), out.view()), RenderStatus::Done);
-  EXPECT_EQ(out.at(1, 1)[0], 255);
+  std::array<std::string, 4> code{"", "g", "b", "a"};
+  WideSum(code[0], 1, 200);
+  code[0] += " / 2000";
+  ImageRGBA8 src = test::PatternImage(3, 2, false), out(3, 2, false);
+  ASSERT_EQ(RenderFilter(test::MustCompile(code), {}, src.view(), out.view()), RenderStatus::Done);
+  EXPECT_EQ(out.pixels, test::ReferenceRender(code, {}, src).pixels);
 
-  CompiledFilter big = CompileFilter({"r", "g", WideSum(1, 70000), "a"}, &err);
-  EXPECT_FALSE(big.valid());
+  // Just past the register limit: every distinct number needs one.
+  code = {"r", "g", "", "a"};
+  WideSum(code[2], 1, kMaxRegisters / 10 + 1);
+  CompileError err;
+  EXPECT_FALSE(CompileFilter(code, &err).valid());
   EXPECT_EQ(err.channel, 2);
   EXPECT_NE(err.message.find("too large"), std::string::npos);
 }
@@ -132,20 +115,13 @@ TEST(FFParser, RandomBytesNeverCrash) {
   const std::string alphabet = "rgbaxyzXYZcdmiuv0123456789x()+-*/%<>=!&|^~?:, \tsrcadmnlt_\n";
   int accepted = 0;
   for (int round = 0; round < 3000; ++round) {
-    std::string code;
-    int len = int(gen() % 60);
-    for (int i = 0; i < len; ++i) {
-      if (round % 3 == 0)
-        code += char(gen() & 0xFF);
-      else
-        code += alphabet[gen() % alphabet.size()];
-    }
+    std::string code(gen() % 60, ' ');
+    for (char& ch : code) ch = round % 3 == 0 ? char(gen() & 0xFF) : alphabet[gen() % alphabet.size()];
     CompileError err;
     CompiledFilter f = CompileFilter({code, code, code, code}, &err);
     if (f.valid()) {
       ++accepted;
-      ImageRGBA8 img(3, 2, true);
-      ImageRGBA8 out(3, 2, true);
+      ImageRGBA8 img(3, 2, true), out(3, 2, true);
       EXPECT_EQ(RenderFilter(f, {}, img.view(), out.view(), {}), RenderStatus::Done);
     } else {
       EXPECT_LE(err.position, code.size()) << code;
