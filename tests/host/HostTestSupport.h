@@ -2,22 +2,59 @@
 // the tests themselves.
 #pragma once
 
+#include <filesystem>
 #include <string>
 
 #include <QImage>
 
 #include "filter/FFFilter.h"
+#include "filter/FilterEnv.h"
+#include "filter/Paths.h"
+#include "filter/PluginCompiler.h"
+#include "support/RecordingShell.h"
 #include "support/TempDir.h"
 
 namespace trel::test {
 
-QImage PatternPicture(int width, int height, bool alpha);  // pixels that all differ
+// Pixels that all differ.
+inline QImage PatternPicture(int width, int height, bool alpha) {
+  QImage img(width, height, alpha ? QImage::Format_RGBA8888 : QImage::Format_RGB888);
+  for (int y = 0; y < height; ++y)
+    for (int x = 0; x < width; ++x)
+      img.setPixelColor(x, y, QColor(10 * x % 256, (200 + 7 * y) % 256, (3 * x * y) % 256,
+                                     alpha ? 255 - 5 * x % 200 : 255));
+  return img;
+}
 
-// Titled "Sample Filter", by "A. Tester", "(c) 2026 The Tests"; `rgbCode` in
-// the three colour channels, "a" in alpha, control values 20, 40, ... 160.
-FFFilter SampleFilter(const std::string& rgbCode);
+inline FFFilter SampleFilter(const std::string& rgbCode) {
+  FFFilter f;
+  f.filename = "sample.afs";
+  f.title = "Sample Filter";
+  f.category = "Tests";
+  f.copyright = "(c) 2026 The Tests";
+  f.author = "A. Tester";
+  f.ctlName[1] = "Amount";
+  for (int i = 1; i <= 8; ++i) f.ctlValue[i] = static_cast<uint8_t>(20 * i);
+  f.codeR = f.codeG = f.codeB = rgbCode;
+  f.codeA = "a";
+  return f;
+}
 
 // Compiles `f` with the project's template into dir/out/; "" if nothing was written.
-std::string CompilePlugin(const TempDir& dir, FFFilter f);
+inline std::string CompilePlugin(const TempDir& dir, FFFilter f) {
+  namespace fs = std::filesystem;
+  const std::string prog = dir.path() + "prog/", out = dir.path() + "out/";
+  fs::create_directories(prog);
+  fs::create_directories(out);
+  if (!fs::exists(prog + "photo30.dll"))
+    fs::copy_file(std::string(TREL_TEMPLATE_DIR) + "/photo30.dll", prog + "photo30.dll");
+  RecordingShell shell;
+  FilterEnv env;
+  env.shell = &shell;
+  env.options.programFolder = prog;
+  Write8bf(f, out, false, false, env);
+  const std::string name = out + f.filename.substr(0, f.filename.rfind('.')) + ".8bf";
+  return FileExists(name) ? name : std::string();
+}
 
 }  // namespace trel::test

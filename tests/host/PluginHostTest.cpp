@@ -30,14 +30,6 @@ class PluginHostTest : public ::testing::Test {
   }
 };
 
-TEST_F(PluginHostTest, WithoutAPreviewNothingHappens) {
-  Invoke(dir.path(), "temp.dll");
-  EXPECT_FALSE(result);
-  EXPECT_EQ(parent, 4242u);  // the main window, written back
-  EXPECT_TRUE(shell.boxes.empty());
-  EXPECT_EQ(lib.ImgPlugInHostIsEnabled(), 0);
-}
-
 TEST_F(PluginHostTest, FiltersThePreviewAndDrawsIt) {
   const std::string plugin = test::CompilePlugin(dir, test::SampleFilter("255 - c"));
   ASSERT_FALSE(plugin.empty());
@@ -59,6 +51,12 @@ TEST_F(PluginHostTest, FiltersThePreviewAndDrawsIt) {
 }
 
 TEST_F(PluginHostTest, FailuresShowTheirMessageAndLeaveThePreview) {
+  Invoke(dir.path(), "temp.dll");  // no preview: nothing happens
+  EXPECT_FALSE(result);
+  EXPECT_EQ(parent, 4242u);  // the main window, written back
+  EXPECT_TRUE(shell.boxes.empty());
+  EXPECT_EQ(lib.ImgPlugInHostIsEnabled(), 0);
+
   state.PreviewImage = lib.Adopt(test::PatternPicture(4, 4, false));
   const QImage before = *lib.image(state.PreviewImage);
   Invoke(dir.path(), dir.Write("plain.8bf", "MZ not a filter"));
@@ -81,21 +79,20 @@ TEST_F(PluginHostTest, FailuresShowTheirMessageAndLeaveThePreview) {
   EXPECT_EQ(shell.boxes[1].text, ImgStatusText(IMG_ERR_HOST_FOLDER));
 }
 
-TEST_F(PluginHostTest, AboutDialogChecksTheSelectionFirst) {
+TEST_F(PluginHostTest, AboutDialogChecksTheSelectionAndAsksBeforeABareName) {
+  const std::string plugin = test::CompilePlugin(dir, test::SampleFilter("r"));
+  ASSERT_FALSE(plugin.empty());
+  const std::string bare = dir.file("sample_8bf"), hidden = dir.file("sample._bf");
+  test::WriteFileBytes(bare, test::ReadFileBytes(plugin));
+  test::WriteFileBytes(hidden, test::ReadFileBytes(plugin));
+
   cmd_AboutDialog(lib, state, shell, "");
   cmd_AboutDialog(lib, state, shell, dir.file("effect.prm"));
   ASSERT_EQ(shell.boxes.size(), 2u);
   EXPECT_EQ(shell.boxes[0].text, "Please select a plugin or other supported file.");
   EXPECT_EQ(shell.boxes[1].text, "Please select a Photoshop-compatible plugin to execute this function.");
   EXPECT_EQ(lib.ImgPlugInHostIsEnabled(), 0);
-}
-
-TEST_F(PluginHostTest, AboutDialogAsksBeforeAPluginWithoutExtension) {
-  const std::string plugin = test::CompilePlugin(dir, test::SampleFilter("r"));
-  ASSERT_FALSE(plugin.empty());
-  const std::string bare = dir.file("sample_8bf"), hidden = dir.file("sample._bf");
-  test::WriteFileBytes(bare, test::ReadFileBytes(plugin));
-  test::WriteFileBytes(hidden, test::ReadFileBytes(plugin));
+  shell.boxes.clear();
 
   shell.nextAnswer = MsgResult::No;
   cmd_AboutDialog(lib, state, shell, bare);
