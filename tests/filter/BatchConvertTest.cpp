@@ -1,54 +1,38 @@
 #include "filter/BatchConvert.h"
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
 
+#include "FilterKit.h"
 #include "filter/Paths.h"
-#include "support/RecordingShell.h"
-#include "support/TempDir.h"
 
 namespace trel {
 namespace {
 
-using test::RecordingShell;
-using test::TempDir;
+using namespace test;
 namespace fs = std::filesystem;
+using Names = std::vector<std::string>;
 
 // A text source; the batch reader takes its file name from the Filename line.
 std::string Txt(const std::string& title, std::string filename = "") {
   if (filename.empty()) filename = ToLower(title) + ".8bf";
-  std::string t = "Category: Batch\r\nTitle: " + title + "\r\nFilename: " + filename + "\r\n";
-  return t + "\r\nR: r\r\n\r\nG: g\r\n\r\nB: b\r\n\r\nA: a\r\n\r\n";
+  return "Category: Batch\r\nTitle: " + title + "\r\nFilename: " + filename +
+         "\r\n\r\nR: r\r\n\r\nG: g\r\n\r\nB: b\r\n\r\nA: a\r\n\r\n";
 }
 
-// A library of `n` entries named e1.8bf ... by our own writer.
 std::string Library(int n, const std::string& prefix = "e") {
-  std::string t = "FFL1.0\r\n" + std::string(5 - std::to_string(n).size(), ' ') + std::to_string(n) + "\r\n";
-  for (int i = 1; i <= n; ++i) {
-    FFFilter f;
-    f.filename = prefix + std::to_string(i) + ".8bf";
-    f.title = "Entry " + std::to_string(i);
-    f.codeR = "r";
-    f.codeG = "g";
-    f.codeB = "b";
-    f.codeA = "a";
-    t += FFLEntryText(f);
-  }
-  return t;
+  std::vector<FFFilter> entries;
+  for (int i = 1; i <= n; ++i) entries.push_back(Entry(prefix + std::to_string(i) + ".8bf", "Entry " + std::to_string(i)));
+  return FflOf(entries);
 }
 
 // Answers from a script and records what it was asked.
 class ScriptedCheck : public OverwriteChecker {
  public:
-  std::vector<int> answers;  // consumed front to back; then 0
-  std::vector<std::string> asked;
+  std::vector<int> answers;  // consumed front to back; then go
+  Names asked;
   int resets = 0;
   int OverwriteCheck(const std::string& source, const std::string& target) override {
-    if (source.empty() && target.empty()) {
-      ++resets;
-      return kOverwriteGo;
-    }
+    if (source.empty() && target.empty()) { ++resets; return kOverwriteGo; }
     asked.push_back(fs::path(target).filename().string());
     if (answers.empty()) return kOverwriteGo;
     const int a = answers.front();
@@ -57,207 +41,167 @@ class ScriptedCheck : public OverwriteChecker {
   }
 };
 
-struct Fixture {
-  TempDir dir;
-  RecordingShell shell;
-  FilterEnv env;
-  FFFilter f;
-  ScriptedCheck check;
-  ConvertRequest request;
-  Fixture() {
-    env.shell = &shell;
+class BatchConvert : public FilterTest {
+ protected:
+  BatchConvert() {
     fs::create_directory(dir.file("prog"));
     fs::create_directory(dir.file("out"));
     env.options.programFolder = dir.file("prog/");
     request.targetFolder = dir.file("out");
     request.format = kFormatAFS;
   }
-  std::vector<std::string> Files(const std::string& sub = "out") const {
-    std::vector<std::string> names;
-    for (const auto& e : fs::recursive_directory_iterator(dir.file(sub)))
-      names.push_back(fs::relative(e.path(), dir.file(sub)).string());
+  Names Files() const {
+    Names names;
+    for (const auto& e : fs::recursive_directory_iterator(dir.file("out")))
+      names.push_back(fs::relative(e.path(), dir.file("out")).string());
     std::sort(names.begin(), names.end());
     return names;
   }
+  // Sources a.txt, b.txt, ... of the given titles.
+  void Select(const Names& titles) {
+    for (const auto& t : titles) request.selection.push_back(dir.Write(ToLower(t) + ".txt", Txt(t)));
+  }
   ConvertReport Run() { return cmd_Convert(f, request, check, env); }
+  ConvertReport Run(OverwriteChecker& other) { return cmd_Convert(f, request, other, env); }
+  ScriptedCheck check;
+  ConvertRequest request;
 };
 
-TEST(BatchConvert, SelectionIsReadAndWrittenAndTheCheckResetAroundTheRun) {
-  Fixture fx;
-  fx.request.selection = {fx.dir.Write("a.txt", Txt("A")), fx.dir.Write("b.txt", Txt("B", "bee.8bf")),
-                          fx.dir.Write("n.doc", "no filter")};
-  const ConvertReport r = fx.Run();
-  EXPECT_EQ(fx.Files(), (std::vector<std::string>{"a.afs", "bee.afs"}));
-  EXPECT_EQ(r.written, (std::vector<std::string>{fx.dir.file("out/a.afs"), fx.dir.file("out/bee.afs")}));
+TEST_F(BatchConvert, SelectionIsReadAndWrittenAndTheCheckResetAroundTheRun) {
+  request.selection = {dir.Write("a.txt", Txt("A")), dir.Write("b.txt", Txt("B", "bee.8bf")),
+                       dir.Write("n.doc", "no filter")};
+  const ConvertReport r = Run();
+  EXPECT_EQ(Files(), (Names{"a.afs", "bee.afs"}));
+  EXPECT_EQ(r.written, (Names{dir.file("out/a.afs"), dir.file("out/bee.afs")}));
   EXPECT_EQ(r.read, 2);
   EXPECT_EQ(r.unreadable, 1);
-  EXPECT_EQ(fx.check.resets, 2);
-  EXPECT_EQ(fx.check.asked, (std::vector<std::string>{"a.afs", "bee.afs"}));
-  EXPECT_EQ(fx.shell.statuses, (std::vector<std::string>{"1 of 3", "2 of 3", "3 of 3", ""}));
-  EXPECT_TRUE(fx.shell.boxes.empty());
-  EXPECT_TRUE(fx.shell.errors.empty());
+  EXPECT_EQ(check.resets, 2);
+  EXPECT_EQ(check.asked, (Names{"a.afs", "bee.afs"}));
+  EXPECT_EQ(shell.statuses, (Names{"1 of 3", "2 of 3", "3 of 3", ""}));
+  EXPECT_TRUE(shell.boxes.empty());
+  EXPECT_TRUE(shell.errors.empty());
 }
 
-TEST(BatchConvert, SourcesTheBatchReaderRefusesAreSkippedSilently) {
-  Fixture fx;
-  // An AFS file without its tail has its file name for a title.
-  fx.request.selection = {fx.dir.Write("bare.afs", "%RGB-1.0\r0\r0\r0\r0\r0\r0\r0\r0\rr\r\rg\r\rb\r\ra\r\r")};
-  fx.request.format = kFormatTXT;
-  const ConvertReport r = fx.Run();
-  EXPECT_TRUE(fx.Files().empty());
-  EXPECT_EQ(r.unreadable, 1);
-  EXPECT_TRUE(fx.shell.boxes.empty());
-}
-
-TEST(BatchConvert, OverwriteAnswersSkipAndStop) {
-  Fixture fx;
-  fx.request.selection = {fx.dir.Write("a.txt", Txt("A")), fx.dir.Write("b.txt", Txt("B")),
-                          fx.dir.Write("c.txt", Txt("C"))};
-  fx.check.answers = {kOverwriteSkip, kOverwriteGo, kOverwriteStop};
-  const ConvertReport r = fx.Run();
-  EXPECT_EQ(fx.Files(), (std::vector<std::string>{"b.afs"}));
+TEST_F(BatchConvert, OverwriteAnswersSkipAndStop) {
+  Select({"A", "B", "C"});
+  check.answers = {kOverwriteSkip, kOverwriteGo, kOverwriteStop};
+  const ConvertReport r = Run();
+  EXPECT_EQ(Files(), Names{"b.afs"});
   EXPECT_EQ(r.skipped, 1);
   EXPECT_TRUE(r.stopped);
-  EXPECT_EQ(fx.check.resets, 2);
-
-  // The default check writes new targets and keeps existing ones.
-  Fixture fy;
-  fy.dir.Write("out/a.afs", "mine");
-  fy.request.selection = {fy.dir.Write("a.txt", Txt("A")), fy.dir.Write("b.txt", Txt("B"))};
-  SkipExistingTargets keep;
-  const ConvertReport kept = cmd_Convert(fy.f, fy.request, keep, fy.env);
-  EXPECT_EQ(fy.dir.Read("out/a.afs"), "mine");
-  EXPECT_TRUE(fy.dir.Exists("out/b.afs"));
-  EXPECT_EQ(kept.skipped, 1);
+  EXPECT_EQ(check.resets, 2);
 }
 
-TEST(BatchConvert, SameTitleWithFilterNameAsFileNameOverwritesWithoutAQuestion) {
-  Fixture fx;
-  fx.env.options.useFilterNameAsFileName = true;
-  fx.request.selection = {fx.dir.Write("a.txt", Txt("My Filter")), 
-                          fx.dir.Write("b.txt", "Author: Second\r\n" + Txt("My Filter", "b2.8bf"))};
-  fx.request.format = kFormatTXT;
+TEST_F(BatchConvert, TheDefaultCheckWritesNewTargetsAndKeepsExistingOnes) {
+  dir.Write("out/a.afs", "mine");
+  Select({"A", "B"});
   SkipExistingTargets keep;
-  const ConvertReport r = cmd_Convert(fx.f, fx.request, keep, fx.env);
+  EXPECT_EQ(Run(keep).skipped, 1);
+  EXPECT_EQ(dir.Read("out/a.afs"), "mine");
+  EXPECT_TRUE(dir.Exists("out/b.afs"));
+}
+
+TEST_F(BatchConvert, SameTitleWithFilterNameAsFileNameOverwritesWithoutAQuestion) {
+  env.options.useFilterNameAsFileName = true;
+  request.selection = {dir.Write("a.txt", Txt("My Filter")),
+                       dir.Write("b.txt", "Author: Second\r\n" + Txt("My Filter", "b2.8bf"))};
+  request.format = kFormatTXT;
+  SkipExistingTargets keep;
   // The question saw a.txt and b2.txt, neither there; both wrote MyFilter.txt.
-  EXPECT_EQ(fx.Files(), (std::vector<std::string>{"MyFilter.txt"}));
-  EXPECT_EQ(r.written.size(), 2u);
-  EXPECT_NE(fx.dir.Read("out/MyFilter.txt").find("Author: Second"), std::string::npos);
+  EXPECT_EQ(Run(keep).written.size(), 2u);
+  EXPECT_EQ(Files(), Names{"MyFilter.txt"});
+  EXPECT_NE(dir.Read("out/MyFilter.txt").find("Author: Second"), std::string::npos);
 }
 
-TEST(BatchConvert, EscapeLeavesTheFilesWrittenSoFar) {
-  Fixture fx;
-  fx.request.selection = {fx.dir.Write("a.txt", Txt("A")), fx.dir.Write("b.txt", Txt("B")),
-                          fx.dir.Write("c.txt", Txt("C"))};
-  fx.shell.escapeAfterPolls = 2;
-  const ConvertReport r = fx.Run();
-  EXPECT_EQ(fx.Files(), (std::vector<std::string>{"a.afs", "b.afs"}));
-  EXPECT_TRUE(r.stopped);
-  EXPECT_EQ(fx.check.resets, 2);
+TEST_F(BatchConvert, EscapeLeavesTheFilesWrittenSoFar) {
+  Select({"A", "B", "C"});
+  shell.escapeAfterPolls = 2;
+  EXPECT_TRUE(Run().stopped);
+  EXPECT_EQ(Files(), (Names{"a.afs", "b.afs"}));
+  EXPECT_EQ(check.resets, 2);
 }
 
-TEST(BatchConvert, LibrariesGetSubFoldersThatNest) {
-  Fixture fx;
-  fx.request.format = kFormatTXT;
-  fx.request.createSubFolders = true;
-  fx.request.selection = {fx.dir.Write("One.FFL", Library(2)), fx.dir.Write("two.ffl", Library(1, "t")),
-                          fx.dir.Write("late.txt", Txt("Late"))};
-  const ConvertReport r = fx.Run();
-  EXPECT_EQ(fx.Files(), (std::vector<std::string>{"One", "One/e1.txt", "One/e2.txt", "One/two",
-                                                  "One/two/late.txt", "One/two/t1.txt"}));
+TEST_F(BatchConvert, LibrariesGetSubFoldersThatNest) {
+  request.format = kFormatTXT;
+  request.createSubFolders = true;
+  request.selection = {dir.Write("One.FFL", Library(2)), dir.Write("two.ffl", Library(1, "t")),
+                       dir.Write("late.txt", Txt("Late"))};
+  const ConvertReport r = Run();
+  EXPECT_EQ(Files(), (Names{"One", "One/e1.txt", "One/e2.txt", "One/two", "One/two/late.txt", "One/two/t1.txt"}));
   EXPECT_EQ(r.read, 4);
   EXPECT_EQ(r.written.size(), 4u);
-
-  // Without sub folders everything lands in the target folder itself.
-  Fixture fy;
-  fy.request.format = kFormatTXT;
-  fy.request.selection = {fy.dir.Write("One.ffl", Library(2))};
-  fy.Run();
-  EXPECT_EQ(fy.Files(), (std::vector<std::string>{"e1.txt", "e2.txt"}));
 }
 
-TEST(BatchConvert, TheFFLViewExtractsTheSelectedEntries) {
-  Fixture fx;
+TEST_F(BatchConvert, WithoutSubFoldersLibrariesLandInTheTargetFolder) {
+  request.format = kFormatTXT;
+  request.selection = {dir.Write("One.ffl", Library(2))};
+  Run();
+  EXPECT_EQ(Files(), (Names{"e1.txt", "e2.txt"}));
+}
+
+TEST_F(BatchConvert, TheFFLViewExtractsTheSelectedEntries) {
   FFLLibrary lib;
-  ASSERT_TRUE(ReadFFLLibrary(fx.dir.Write("lib.ffl", Library(4)), lib, fx.env));
-  fx.request.activeView = 3;
-  fx.request.library = &lib;
-  fx.request.selectedEntries = {4, 2};
-  fx.request.selection = {fx.dir.Write("a.txt", Txt("A"))};  // not the source in this view
-  fx.request.format = kFormatPFF;
-  const ConvertReport r = fx.Run();
-  EXPECT_EQ(fx.Files(), (std::vector<std::string>{"e2.pff", "e4.pff"}));
-  EXPECT_EQ(fx.check.asked, (std::vector<std::string>{"e2.pff", "e4.pff"}));
-  EXPECT_EQ(r.read, 2);
+  ASSERT_TRUE(ReadFFLLibrary(dir.Write("lib.ffl", Library(4)), lib, env));
+  request.activeView = 3;
+  request.library = &lib;
+  request.selectedEntries = {4, 2};
+  Select({"A"});  // not the source in this view
+  request.format = kFormatPFF;
+  EXPECT_EQ(Run().read, 2);
+  EXPECT_EQ(Files(), (Names{"e2.pff", "e4.pff"}));
+  EXPECT_EQ(check.asked, (Names{"e2.pff", "e4.pff"}));
 }
 
-TEST(BatchConvert, ClipboardWithoutTextDoesNothingAndKeepsTheOption) {
-  Fixture fx;
-  fx.request.useClipboard = true;
-  fx.request.selection = {fx.dir.Write("a.txt", Txt("A"))};
-  const ConvertReport r = fx.Run();
-  EXPECT_TRUE(fx.Files().empty());
-  EXPECT_TRUE(r.clipboardOptionOn);
-  EXPECT_TRUE(fx.shell.boxes.empty());
-  EXPECT_TRUE(fx.shell.errors.empty());
-  EXPECT_FALSE(fx.dir.Exists("prog/Temp.txt"));
+TEST_F(BatchConvert, ClipboardTextGoesThroughTempTxt) {
+  request.useClipboard = true;
+  Select({"A"});  // not the source when the clipboard is chosen
+  EXPECT_TRUE(Run().clipboardOptionOn);  // no text: nothing done, the option stays
+  EXPECT_TRUE(Files().empty());
+  EXPECT_TRUE(shell.boxes.empty());
+  EXPECT_TRUE(shell.errors.empty());
+  EXPECT_FALSE(dir.Exists("prog/Temp.txt"));
+  request.clipboardText = Txt("Clip", "clip.8bf");
+  EXPECT_FALSE(Run().clipboardOptionOn);
+  EXPECT_EQ(Files(), Names{"clip.afs"});
+  EXPECT_FALSE(dir.Exists("prog/Temp.txt"));
+  EXPECT_EQ(check.asked, Names{"clip.afs"});
+  // Cancelled at the question: nothing new written, Temp.txt stays, the box stays on.
+  request.clipboardText = Txt("Other");
+  check.answers = {kOverwriteStop};
+  EXPECT_TRUE(Run().clipboardOptionOn);
+  EXPECT_EQ(Files(), Names{"clip.afs"});
+  EXPECT_TRUE(dir.Exists("prog/Temp.txt"));
 }
 
-TEST(BatchConvert, ClipboardTextGoesThroughTempTxt) {
-  Fixture fx;
-  fx.request.useClipboard = true;
-  fx.request.clipboardText = Txt("Clip", "clip.8bf");
-  const ConvertReport r = fx.Run();
-  EXPECT_EQ(fx.Files(), (std::vector<std::string>{"clip.afs"}));
-  EXPECT_FALSE(r.clipboardOptionOn);
-  EXPECT_FALSE(fx.dir.Exists("prog/Temp.txt"));
-  EXPECT_EQ(fx.check.asked, (std::vector<std::string>{"clip.afs"}));
-
-  // Cancelled at the question: nothing written, Temp.txt stays, the box stays on.
-  Fixture fy;
-  fy.request.useClipboard = true;
-  fy.request.clipboardText = Txt("Clip");
-  fy.check.answers = {kOverwriteStop};
-  const ConvertReport stopped = fy.Run();
-  EXPECT_TRUE(fy.Files().empty());
-  EXPECT_TRUE(stopped.clipboardOptionOn);
-  EXPECT_TRUE(fy.dir.Exists("prog/Temp.txt"));
-}
-
-TEST(BatchConvert, AFailingWriterLeavesTheOldFileInPlace) {
-  Fixture fx;
-  // No template in the program folder: the compiler reports an error.
-  fx.dir.Write("out/a.8bf", "the good old plugin");
-  fx.request.format = kFormat8bf;
-  fx.request.selection = {fx.dir.Write("a.txt", Txt("A"))};
-  const ConvertReport r = fx.Run();
-  EXPECT_EQ(fx.dir.Read("out/a.8bf"), "the good old plugin");
-  EXPECT_EQ(fx.Files(), (std::vector<std::string>{"a.8bf"}));  // no scratch left behind
+TEST_F(BatchConvert, AFailingWriterLeavesTheOldFileInPlace) {
+  dir.Write("out/a.8bf", "the good old plugin");
+  request.format = kFormat8bf;  // no template in the program folder: the compiler reports an error
+  Select({"A"});
+  const ConvertReport r = Run();
+  EXPECT_EQ(dir.Read("out/a.8bf"), "the good old plugin");
+  EXPECT_EQ(Files(), Names{"a.8bf"});  // no scratch left behind
   EXPECT_EQ(r.failed, 1);
   EXPECT_TRUE(r.written.empty());
-  EXPECT_FALSE(fx.shell.errors.empty());
+  EXPECT_FALSE(shell.errors.empty());
 }
 
-TEST(BatchConvert, AfsOverALongerFileKeepsTheOldTail) {
-  Fixture fx;
-  const std::string old(2000, 'x');
-  fx.dir.Write("out/a.afs", old);
-  fx.request.selection = {fx.dir.Write("a.txt", Txt("A"))};
+TEST_F(BatchConvert, AfsOverALongerFileKeepsTheOldTail) {
+  dir.Write("out/a.afs", std::string(2000, 'x'));
+  Select({"A"});
   OverwriteAllTargets all;
-  cmd_Convert(fx.f, fx.request, all, fx.env);
-  const std::string now = fx.dir.Read("out/a.afs");
-  ASSERT_EQ(now.size(), old.size());
+  Run(all);
+  const std::string now = dir.Read("out/a.afs");
+  ASSERT_EQ(now.size(), 2000u);
   EXPECT_EQ(now.rfind("%RGB-1.0\r", 0), 0u);
   EXPECT_EQ(now.back(), 'x');
 }
 
-TEST(BatchConvert, AnUnusableTargetFolderAsksWhetherToGoOn) {
-  Fixture fx;
-  fx.request.targetFolder = fx.dir.file("missing/deeper");
-  fx.request.selection = {fx.dir.Write("a.txt", Txt("A")), fx.dir.Write("b.txt", Txt("B"))};
-  fx.shell.continueAnyway = false;
-  const ConvertReport r = fx.Run();
-  EXPECT_EQ(fx.shell.questions.size(), 1u);
+TEST_F(BatchConvert, AnUnusableTargetFolderAsksWhetherToGoOn) {
+  request.targetFolder = dir.file("missing/deeper");
+  Select({"A", "B"});
+  shell.continueAnyway = false;
+  const ConvertReport r = Run();
+  EXPECT_EQ(shell.questions.size(), 1u);
   EXPECT_TRUE(r.stopped);
   EXPECT_EQ(r.read, 1);
 }

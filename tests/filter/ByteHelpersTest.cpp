@@ -13,57 +13,44 @@ std::unique_ptr<BinFile> OpenBytes(const TempDir& dir, const std::string& bytes)
   return BinFile::Open(dir.Write("f.bin", bytes), BinFile::Mode::Binary);
 }
 
-TEST(ByteHelpers, WritecodeAndString2bytesOfEmptyStrings) {
+TEST(ByteHelpers, FixedFieldWritersPlaceTheirBytes) {
   TempDir dir;
   auto file = BinFile::Open(dir.file("w.bin"), BinFile::Mode::Output);
   Writecode("", *file);
   file->Close();
   EXPECT_EQ(dir.Read("w.bin"), "\r");
-
   file = BinFile::Open(dir.file("s.bin"), BinFile::Mode::Output);
   string2bytes("", 1, *file);
   file->Close();
   EXPECT_EQ(dir.Read("s.bin"), std::string(1, '\0'));
-}
 
-TEST(ByteHelpers, FixedFieldWritersPlaceTheirBytes) {
-  TempDir dir;
-  auto file = OpenBytes(dir, "xxxxxxxx");
-  string2bytes("ab", 2, *file);     // x a b 0
-  string2bytes_w0("C", 6, *file);   // no closing zero
+  file = OpenBytes(dir, "xxxxxxxx");
+  string2bytes("ab", 2, *file);    // x a b 0
+  string2bytes_w0("C", 6, *file);  // no closing zero
   file->Close();
   EXPECT_EQ(dir.Read("f.bin"), std::string("xab\0xCxx", 8));
-
   file = OpenBytes(dir, "xxxxxxxx");
   ReplaceB("ab", 2, *file);  // one position further than string2bytes
   file->Close();
   EXPECT_EQ(dir.Read("f.bin"), std::string("xxab\0xxx", 8));
-}
-
-TEST(ByteHelpers, WritingBehindTheEndGrowsTheFileWithZeros) {
-  TempDir dir;
-  auto file = OpenBytes(dir, "ab");
+  file = OpenBytes(dir, "ab");  // writing behind the end grows the file with zeros
   string2bytes("z", 5, *file);
   file->Close();
   EXPECT_EQ(dir.Read("f.bin"), std::string("ab\0\0z\0", 6));
 }
 
-TEST(ByteHelpers, ReadtoDDJoinsLinesBrokenInsideCode) {
+TEST(ByteHelpers, LineReaders) {
   TempDir dir;
   auto file = OpenBytes(dir, "ab\rc\r\rrest");
-  EXPECT_EQ(ReadtoDD(*file), "abc");
-  EXPECT_EQ(file->Loc(), 7);  // behind the second CR
+  EXPECT_EQ(ReadtoDD(*file), "abc");  // joins lines broken inside code
+  EXPECT_EQ(file->Loc(), 7);          // behind the second CR
   EXPECT_EQ(ReadtoDD(*file), "rest");  // end of file ends the line without failing
   EXPECT_EQ(ReadtoDD(*file), "");
-}
 
-TEST(ByteHelpers, ReadtoDAndByt2str) {
-  TempDir dir;
-  auto file = OpenBytes(dir, "one\r\ntwo\rX3");
+  file = OpenBytes(dir, "one\r\ntwo\rX3");
   EXPECT_EQ(ReadtoD(*file), "one");
   EXPECT_EQ(ReadtoD(*file), "\ntwo");  // ReadtoD drops only the CR
   EXPECT_EQ(Byt2str(*file), "X3");
-
   file = OpenBytes(dir, "one\r\ntwo\rX3");
   EXPECT_EQ(Byt2str(*file), "one");  // the byte behind the CR goes too
   EXPECT_EQ(Byt2str(*file), "two");
@@ -72,47 +59,41 @@ TEST(ByteHelpers, ReadtoDAndByt2str) {
   EXPECT_EQ(ReadtoD(*file), "");
 }
 
-TEST(ByteHelpers, Bytes2string2ReadsATextField) {
+TEST(ByteHelpers, TextFieldReaders) {
   TempDir dir;
-  auto file = OpenBytes(dir, std::string("xab\r\ncd\ref\0zz", 13));
-  EXPECT_EQ(bytes2string2(2, *file), "abcdef");  // CR and CR LF vanish
-  // A 0 in the very first byte does not end the field.
-  file = OpenBytes(dir, std::string("\0Old\0", 5));
-  EXPECT_EQ(bytes2string2(1, *file), std::string("\0Old", 4));
-  // A field running into the end of the file ends there.
-  file = OpenBytes(dir, "abc");
-  EXPECT_EQ(bytes2string2(2, *file), "bc");
-  EXPECT_EQ(bytes2string2(10, *file), "");
+  struct Case {
+    std::string bytes;
+    int64_t at;
+    bool comments;  // bytes2string, else bytes2string2
+    std::string text;
+  };
+  const Case cases[] = {
+      {std::string("xab\r\ncd\ref\0zz", 13), 2, false, "abcdef"},  // CR and CR LF vanish
+      {std::string("\0Old\0", 5), 1, false, std::string("\0Old", 4)},  // a first 0 does not end it
+      {"abc", 2, false, "bc"},  // the end of the file ends the field
+      {"abc", 10, false, ""},
+      {std::string("1/2\0", 4), 1, true, "1/2"},
+      {std::string("1//x\r2\0", 7), 1, true, "12"},
+      {std::string("a//c\r\nb\0", 8), 1, true, "ab"},
+      // A comment with no CR behind it runs through the zeros to the next CR,
+      // or to the end of the file, which ends the walk.
+      {std::string("a//c\0\0\0next\rz\0", 14), 1, true, "az"},
+      {std::string("a//c\0\0", 6), 1, true, "a"},
+      {"a/", 1, true, "a/"},
+  };
+  for (const Case& c : cases) {
+    auto file = OpenBytes(dir, c.bytes);
+    EXPECT_EQ(c.comments ? bytes2string(c.at, *file) : bytes2string2(c.at, *file), c.text) << c.bytes;
+  }
 }
 
-TEST(ByteHelpers, Bytes2stringStripsComments) {
-  TempDir dir;
-  auto file = OpenBytes(dir, std::string("1/2\0", 4));
-  EXPECT_EQ(bytes2string(1, *file), "1/2");
-  file = OpenBytes(dir, std::string("1//x\r2\0", 7));
-  EXPECT_EQ(bytes2string(1, *file), "12");
-  file = OpenBytes(dir, std::string("a//c\r\nb\0", 8));
-  EXPECT_EQ(bytes2string(1, *file), "ab");
-  // A comment with no CR behind it runs through the zeros to the next CR.
-  file = OpenBytes(dir, std::string("a//c\0\0\0next\rz\0", 14));
-  EXPECT_EQ(bytes2string(1, *file), "az");
-  // ... or to the end of the file, which ends the walk.
-  file = OpenBytes(dir, std::string("a//c\0\0", 6));
-  EXPECT_EQ(bytes2string(1, *file), "a");
-  file = OpenBytes(dir, "a/");
-  EXPECT_EQ(bytes2string(1, *file), "a/");
-}
-
-TEST(ByteHelpers, GetUntillCountsRoundBrackets) {
+TEST(ByteHelpers, GetUntillAndLeadingNumber) {
   EXPECT_EQ(GetUntill("a(b,c),d", ','), "a(b,c)");
   EXPECT_EQ(GetUntill("abc", ','), "abc");
   EXPECT_EQ(GetUntill("", ','), "");
   EXPECT_EQ(GetUntill("a[b,c]", ','), "a[b");  // only round brackets count
   EXPECT_EQ(GetUntill("f(x)),y", ')'), "f(x)");  // the closing bracket of f counts first
   EXPECT_EQ(GetUntill("a)b,c", ','), "a)b,c");  // depth below 0 never matches
-}
-
-TEST(ByteHelpers, LeadingNumber) {
   EXPECT_EQ(LeadingNumber("42abc"), 42);
   EXPECT_EQ(LeadingNumber("  -7"), -7);
   EXPECT_EQ(LeadingNumber("x1"), 0);

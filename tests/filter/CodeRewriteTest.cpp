@@ -1,104 +1,67 @@
 #include "filter/CodeRewrite.h"
 
-#include <gtest/gtest.h>
+#include "FilterKit.h"
 
 namespace trel {
 namespace {
 
-std::string Optimize(const std::string& code, int channel = 1, bool noFFOptimize = false) {
-  return OptimizeChannel(code, channel, noFFOptimize);
-}
+using test::Codes;
 
-TEST(OptimizeCode, CleanUpRemovesEscapesControlCodesAndBlanks) {
-  EXPECT_EQ(Optimize(""), "");
-  EXPECT_EQ(Optimize("r \\r+\\n g"), "r+g");
-  EXPECT_EQ(Optimize("r\t+\x01g "), "r+g");
-  EXPECT_EQ(Optimize("r+g // red and green"), "r+g//redandgreen");  // comments are the readers' job
-  EXPECT_EQ(Optimize("   "), "");
-  EXPECT_EQ(Optimize("a\r\nb"), "a\r\nb");  // CR and LF belong to the line readers
-}
+struct OptimizeCase {
+  const char* code;
+  const char* result;
+  int channel = 1;
+  bool noFFOptimize = false;
+};
 
-TEST(OptimizeCode, TBecomesTotalEvenWithoutOptimization) {
-  EXPECT_EQ(Optimize("r*T/255"), "r*total/255");
-  EXPECT_EQ(Optimize("r * T", 1, true), "r * total");
-  EXPECT_EQ(Optimize("Tan", 1, true), "totalan");  // no idea of names
-  EXPECT_EQ(Optimize("a\tb", 1, true), "ab");      // control codes go in all cases
-  EXPECT_EQ(Optimize("src(x,y,z) ", 1, true), "src(x,y,z) ");
-}
-
-TEST(OptimizeCode, SourceReadsOfTheOwnChannelBecomeC) {
-  EXPECT_EQ(Optimize("src(x,y,z)+src(x,y,p)"), "c+c");
-  EXPECT_EQ(Optimize("src(x,y,0)", 1), "c");
-  EXPECT_EQ(Optimize("src(x,y,1)", 1), "src(x,y,1)");  // red reading green stays
-  EXPECT_EQ(Optimize("src(x,y,1)", 2), "c");
-  EXPECT_EQ(Optimize("src(x,y,2)", 3), "c");
-  EXPECT_EQ(Optimize("rad(d,m,z)-rad(d,m,p)"), "c-c");
-  EXPECT_EQ(Optimize("rad(d,m,2)", 3), "c");
-  // The match was tried at `s` while the blanks still stood there.
-  EXPECT_EQ(Optimize("src(x, y, z)"), "src(x,y,z)");
-  for (const char* fixed : {"src(x,y,0)", "src(x,y,1)", "src(x,y,2)", "src(x,y,3)", "rad(d,m,0)"})
-    EXPECT_EQ(Optimize(fixed, 4), fixed) << "alpha keeps " << fixed;
-  EXPECT_EQ(Optimize("src(x,y,z)", 4), "c");
-}
-
-TEST(OptimizeCode, MagnitudeAndIntensityForms) {
-  EXPECT_EQ(Optimize("sqr(x*x+y*y)"), "c2m(x,y)");
-  EXPECT_EQ(Optimize("sqr(m*m+d*d)"), "c2m(m,d)");
-  EXPECT_EQ(Optimize("sqr(X*X+Y*Y)"), "c2m(X,Y)");
-  EXPECT_EQ(Optimize("(76*r+150*g+29*b)/256"), "i");
-  // With blanks the match is tried at the bracket while they still stand there.
-  EXPECT_EQ(Optimize("(76*r + 150*g + 29*b)/256"), "(76*r+150*g+29*b)/256");
-  EXPECT_EQ(Optimize("255-(76*r+150*g+29*b)/256"), "255-i");
-}
-
-TEST(OptimizeCode, AllFourChannelsOfTheRecord) {
+TEST(OptimizeCode, CleanUpAndTheKnownForms) {
+  const OptimizeCase cases[] = {
+      {"", ""}, {"r \\r+\\n g", "r+g"}, {"r\t+\x01g ", "r+g"}, {"   ", ""},
+      {"r+g // red and green", "r+g//redandgreen"},  // comments are the readers' job
+      {"a\r\nb", "a\r\nb"},                          // CR and LF belong to the line readers
+      // T becomes total even without optimization, with no idea of names;
+      // control codes go in all cases.
+      {"r*T/255", "r*total/255"}, {"r * T", "r * total", 1, true}, {"Tan", "totalan", 1, true},
+      {"a\tb", "ab", 1, true}, {"src(x,y,z) ", "src(x,y,z) ", 1, true},
+      // Source reads of the own channel become c.
+      {"src(x,y,z)+src(x,y,p)", "c+c"}, {"src(x,y,0)", "c"}, {"src(x,y,1)", "src(x,y,1)"},
+      {"src(x,y,1)", "c", 2}, {"src(x,y,2)", "c", 3}, {"rad(d,m,z)-rad(d,m,p)", "c-c"},
+      {"rad(d,m,2)", "c", 3}, {"src(x,y,z)", "c", 4},
+      {"src(x, y, z)", "src(x,y,z)"},  // the match was tried while the blanks still stood there
+      {"src(x,y,0)", "src(x,y,0)", 4}, {"src(x,y,3)", "src(x,y,3)", 4}, {"rad(d,m,0)", "rad(d,m,0)", 4},
+      // Magnitude and intensity.
+      {"sqr(x*x+y*y)", "c2m(x,y)"}, {"sqr(m*m+d*d)", "c2m(m,d)"}, {"sqr(X*X+Y*Y)", "c2m(X,Y)"},
+      {"(76*r+150*g+29*b)/256", "i"}, {"255-(76*r+150*g+29*b)/256", "255-i"},
+      {"(76*r + 150*g + 29*b)/256", "(76*r+150*g+29*b)/256"},
+  };
+  for (const OptimizeCase& c : cases)
+    EXPECT_EQ(OptimizeChannel(c.code, c.channel, c.noFFOptimize), c.result) << c.code << " channel " << c.channel;
   FFFilter f;
-  f.codeR = "src(x,y,0)";
-  f.codeG = "src(x,y,0)";
+  f.codeR = f.codeG = "src(x,y,0)";
   f.codeB = "src(x,y,2)";
   f.codeA = " a ";
   OptimizeCode(f, {});
-  EXPECT_EQ(f.codeR, "c");
-  EXPECT_EQ(f.codeG, "src(x,y,0)");
-  EXPECT_EQ(f.codeB, "c");
-  EXPECT_EQ(f.codeA, "a");
+  EXPECT_EQ(Codes(f), "c|src(x,y,0)|c|a");
 }
 
-TEST(Correctprmcode, ConstantsAndVariables) {
-  EXPECT_EQ(Correctprmcode("r*T/D"), "r*total/512");
-  EXPECT_EQ(Correctprmcode("P-1"), "Z-1");
-  EXPECT_EQ(Correctprmcode("put(1,0)"), "put(1,0)");
-  EXPECT_EQ(Correctprmcode("pi"), "zi");
-  EXPECT_EQ(Correctprmcode("map(0,p)"), "map(0,z)");
-  EXPECT_EQ(Correctprmcode("pmax"), "zmax");  // the p goes first, so pmax is never reached
-  EXPECT_EQ(Correctprmcode("dmax"), "D");     // not visited again, so not 512
-  EXPECT_EQ(Correctprmcode("xmax+ymin+tmax"), "X+0+255");
-  EXPECT_EQ(Correctprmcode("mmax"), "M");
-  EXPECT_EQ(Correctprmcode(""), "");
-  EXPECT_EQ(Correctprmcode("Tx"), "totalx");
-}
-
-TEST(Correctprmcode, MFormsHalveAndIsNotIdempotent) {
-  EXPECT_EQ(Correctprmcode("M/2"), "M");
-  EXPECT_EQ(Correctprmcode("M"), "(M/2)");
-  EXPECT_EQ(Correctprmcode("M/4"), "M/2");
-  EXPECT_EQ(Correctprmcode("(M/2)"), "M");
-  EXPECT_NE(Correctprmcode(Correctprmcode("M")), Correctprmcode("M"));
-}
-
-TEST(Correctprmcode, ChromaTermsAsPremiereSpellsThem) {
-  EXPECT_EQ(Correctprmcode("((56*b-19*r-37*g)/256)"), "u");
-  EXPECT_EQ(Correctprmcode("((78*r-65*g-13*g)/256)"), "v");
-  EXPECT_EQ(Correctprmcode("((78*r-65*g-13*b)/256)"), "((78*r-65*g-13*b)/256)");
-}
-
-TEST(Correctprmcode, MixSwapsItsFirstTwoArguments) {
-  EXPECT_EQ(Correctprmcode("mix(a,b,n,d)"), "mix(b,a,n,d)");
-  EXPECT_EQ(Correctprmcode("mix(f(1,2),b,n,d)"), "mix(b,f(1,2),n,d)");
-  EXPECT_EQ(Correctprmcode("mix(mix(1,2,3,4),b,n,d)"), "mix(b,mix(2,1,3,4),n,d)");
-  // Broken code is rewritten without running away.
-  EXPECT_EQ(Correctprmcode("mix(a"), "mix(,a,");
-  EXPECT_EQ(Correctprmcode("mix("), "mix(,,");
+TEST(Correctprmcode, RewritesPremiereNames) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"r*T/D", "r*total/512"}, {"P-1", "Z-1"}, {"put(1,0)", "put(1,0)"}, {"pi", "zi"},
+      {"map(0,p)", "map(0,z)"}, {"", ""}, {"Tx", "totalx"},
+      {"pmax", "zmax"},  // the p goes first, so pmax is never reached
+      {"dmax", "D"},     // not visited again, so not 512
+      {"xmax+ymin+tmax", "X+0+255"}, {"mmax", "M"},
+      // M forms halve.
+      {"M/2", "M"}, {"M", "(M/2)"}, {"M/4", "M/2"}, {"(M/2)", "M"},
+      // Chroma terms as Premiere spells them.
+      {"((56*b-19*r-37*g)/256)", "u"}, {"((78*r-65*g-13*g)/256)", "v"},
+      {"((78*r-65*g-13*b)/256)", "((78*r-65*g-13*b)/256)"},
+      // mix swaps its first two arguments; broken code does not run away.
+      {"mix(a,b,n,d)", "mix(b,a,n,d)"}, {"mix(f(1,2),b,n,d)", "mix(b,f(1,2),n,d)"},
+      {"mix(mix(1,2,3,4),b,n,d)", "mix(b,mix(2,1,3,4),n,d)"}, {"mix(a", "mix(,a,"}, {"mix(", "mix(,,"},
+  };
+  for (auto [code, result] : cases) EXPECT_EQ(Correctprmcode(code), result) << code;
+  EXPECT_NE(Correctprmcode(Correctprmcode("M")), Correctprmcode("M"));  // not idempotent
 }
 
 TEST(Correctcode, IsUndoneByCorrectprmcode) {
@@ -112,9 +75,6 @@ TEST(Correctcode, IsUndoneByCorrectprmcode) {
     const std::string premiere = CorrectcodeChannel(code);
     EXPECT_EQ(Correctprmcode(premiere), code) << "via " << premiere;
   }
-}
-
-TEST(Correctcode, KnowsNamesAndLeavesTheRestAlone) {
   EXPECT_EQ(CorrectcodeChannel("z+Z"), "p+P");
   EXPECT_EQ(CorrectcodeChannel("sqrt(x)"), "sqrt(x)");
   EXPECT_EQ(CorrectcodeChannel("1512+0x512"), "1512+0x512");  // only the whole number 512
@@ -126,10 +86,7 @@ TEST(Correctcode, KnowsNamesAndLeavesTheRestAlone) {
   f.codeB = "u";
   f.codeA = "a";
   Correctcode(f);
-  EXPECT_EQ(f.codeR, "p");
-  EXPECT_EQ(f.codeG, "T");
-  EXPECT_EQ(f.codeB, "((56*b-19*r-37*g)/256)");
-  EXPECT_EQ(f.codeA, "a");
+  EXPECT_EQ(Codes(f), "p|T|((56*b-19*r-37*g)/256)|a");
 }
 
 TEST(CorrectCodeForMac, WritesTheWindowsValueOfTheFullScaleConstants) {
@@ -140,7 +97,7 @@ TEST(CorrectCodeForMac, WritesTheWindowsValueOfTheFullScaleConstants) {
   FFFilter f;
   f.codeR = f.codeG = f.codeB = f.codeA = "I";
   CorrectCodeForMac(f);
-  EXPECT_EQ(f.codeA, "255");
+  EXPECT_EQ(Codes(f), "255|255|255|255");
 }
 
 }  // namespace

@@ -1,18 +1,14 @@
 #include "filter/CompiledReaders.h"
 
-#include <gtest/gtest.h>
-
 #include <random>
 
+#include "FilterKit.h"
 #include "filter/Paths.h"
-#include "support/RecordingShell.h"
-#include "support/TempDir.h"
 
 namespace trel {
 namespace {
 
-using test::RecordingShell;
-using test::TempDir;
+using namespace test;
 
 // A synthetic plugin image with 1-based placement, as the format describes it.
 struct Image {
@@ -26,14 +22,15 @@ struct Image {
   Image& Byte(int64_t position, int value) { return Put(position, std::string(1, static_cast<char>(value))); }
 };
 
-class CompiledReaders : public ::testing::Test {
- protected:
-  TempDir dir;
-  RecordingShell shell;
-  FilterEnv env;
-  FFFilter f;
+// The 57344-byte form with its marker, title and category.
+Image Plugin(const std::string& category = "Cat") {
+  Image img(57344);
+  img.Text(28209, "Filter Factory").Text(31012, "T").Text(31064, category);
+  return img;
+}
 
-  void SetUp() override { env.shell = &shell; }
+class CompiledReaders : public FilterTest {
+ protected:
   bool Read8(const Image& img, const std::string& name = "p.8bf", bool headerOnly = false) {
     dir.Write(name, img.bytes);
     return Read8bf(f, dir.path(), name, headerOnly, false, env);
@@ -42,42 +39,33 @@ class CompiledReaders : public ::testing::Test {
     dir.Write("p.prm", img.bytes);
     return Readprm(f, dir.path(), "p.prm", headerOnly, false, env);
   }
-  bool ReadTf(const Image& img, bool headerOnly = false) {
+  bool ReadTf(const Image& img) {
     dir.Write("t.prm", img.bytes);
-    return ReadTF(f, dir.path(), "t.prm", headerOnly, env);
+    return ReadTF(f, dir.path(), "t.prm", false, env);
   }
 };
 
-std::string TemplatePath(const std::string& name) { return std::string(TREL_TEMPLATE_DIR) + "/" + name; }
-
 TEST_F(CompiledReaders, GeneratedTemplatesHaveTheirSizesAndReadAsFilters) {
-  struct Case {
-    const char* name;
-    int64_t size;
-  };
-  for (const Case& c : {Case{"photo30.dll", 57344}, Case{"photo304.dll", 49152}, Case{"photomac.bin", 99712}}) {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(FileLength(TemplatePath(c.name)), c.size);
-    ASSERT_TRUE(Read8bf(f, TREL_TEMPLATE_DIR, c.name, false, false, env));
-    EXPECT_EQ(f.title, "Untitled");
-    EXPECT_EQ(f.category, "Filter Factory");
-    EXPECT_EQ(f.codeR + f.codeG + f.codeB + f.codeA, "rgba");
+  const std::string folder = TREL_TEMPLATE_DIR;
+  for (auto [name, size] : {std::pair{"photo30.dll", 57344}, {"photo304.dll", 49152}, {"photomac.bin", 99712}}) {
+    SCOPED_TRACE(name);
+    EXPECT_EQ(FileLength(folder + "/" + name), size);
+    ASSERT_TRUE(Read8bf(f, folder, name, false, false, env));
+    EXPECT_EQ(f.title + "|" + f.category, "Untitled|Filter Factory");
+    EXPECT_EQ(Codes(f), "r|g|b|a");
     EXPECT_EQ(f.ctlName[1], "");  // the template's controls are unused
   }
-  EXPECT_EQ(FileLength(TemplatePath("fl-fact.prm")), 50688);
-  ASSERT_TRUE(Readprm(f, TREL_TEMPLATE_DIR, "fl-fact.prm", false, false, env));
-  EXPECT_EQ(f.title, "Untitled");
-  EXPECT_EQ(f.category, "[Premiere FF]");
-  EXPECT_EQ(f.codeR + f.codeG + f.codeB + f.codeA, "rgba");
+  EXPECT_EQ(FileLength(folder + "/fl-fact.prm"), 50688);
+  ASSERT_TRUE(Readprm(f, folder, "fl-fact.prm", false, false, env));
+  EXPECT_EQ(f.title + "|" + f.category, "Untitled|[Premiere FF]");
+  EXPECT_EQ(Codes(f), "r|g|b|a");
   EXPECT_FALSE(f.isPhotoshop);
-
-  EXPECT_EQ(FileLength(TemplatePath("fx-fact.prm")), 51200);
-  ASSERT_TRUE(ReadTF(f, TREL_TEMPLATE_DIR, "fx-fact.prm", false, env));
-  EXPECT_EQ(f.category, "[Premiere TF]");
-  EXPECT_EQ(f.transitionName, "Untitled");
+  EXPECT_EQ(FileLength(folder + "/fx-fact.prm"), 51200);
+  ASSERT_TRUE(ReadTF(f, folder, "fx-fact.prm", false, env));
+  EXPECT_EQ(f.category + "|" + f.transitionName, "[Premiere TF]|Untitled");
   // Each Premiere template is only what it is.
-  EXPECT_FALSE(Readprm(f, TREL_TEMPLATE_DIR, "fx-fact.prm", true, false, env));
-  EXPECT_FALSE(ReadTF(f, TREL_TEMPLATE_DIR, "fl-fact.prm", true, env));
+  EXPECT_FALSE(Readprm(f, folder, "fx-fact.prm", true, false, env));
+  EXPECT_FALSE(ReadTF(f, folder, "fl-fact.prm", true, env));
 }
 
 // Every listed size takes title, category and the block from its own places.
@@ -87,11 +75,9 @@ TEST_F(CompiledReaders, EachWindowsSizeReadsFromItsPlaces) {
     int shift;
     int64_t marker, title, category;
   };
-  const Row rows[] = {
-      {49152, -7168, 21025, 23844, 23896}, {49664, -4668, 21025, 34928, 34980},
-      {50176, -7168, 21025, 23844, 23896}, {53760, -576, 27697, 30352, 30404},
-      {57344, 0, 28209, 31012, 31064},
-  };
+  const Row rows[] = {{49152, -7168, 21025, 23844, 23896}, {49664, -4668, 21025, 34928, 34980},
+                      {50176, -7168, 21025, 23844, 23896}, {53760, -576, 27697, 30352, 30404},
+                      {57344, 0, 28209, 31012, 31064}};
   for (const Row& r : rows) {
     SCOPED_TRACE(r.size);
     Image img(r.size);
@@ -99,10 +85,7 @@ TEST_F(CompiledReaders, EachWindowsSizeReadsFromItsPlaces) {
     img.Text(r.shift + 31869, "Copy").Text(r.shift + 32125, "Auth").Text(r.shift + 35453, "r+1");
     img.Byte(r.shift + 31325, 1).Text(r.shift + 33405, "Ctl");
     ASSERT_TRUE(Read8(img));
-    EXPECT_EQ(f.title, "Title");
-    EXPECT_EQ(f.category, "Cat");
-    EXPECT_EQ(f.copyright, "Copy");
-    EXPECT_EQ(f.author, "Auth");
+    EXPECT_EQ(Texts(f), "Cat|Title|Auth|Copy");
     EXPECT_EQ(f.codeR, "r+1");
     EXPECT_EQ(f.ctlName[1], "Ctl");
     EXPECT_EQ(f.filename, "p.8bf");
@@ -111,60 +94,39 @@ TEST_F(CompiledReaders, EachWindowsSizeReadsFromItsPlaces) {
 }
 
 TEST_F(CompiledReaders, MarkerDecidesAndTheBlankVariantMovesTheFields) {
-  Image img(57344);
-  img.Text(31012, "T").Text(31064, "Cat");
-  EXPECT_TRUE(Read8(Image(img).Text(28209, "Filter-Factory")));
-  EXPECT_FALSE(Read8(Image(img).Text(28209, "Filter Factorz")));
-  EXPECT_FALSE(Read8(Image(img).Text(28209, "Filter Factory ")));
-
+  EXPECT_TRUE(Read8(Plugin().Text(28209, "Filter-Factory")));
+  EXPECT_FALSE(Read8(Plugin().Text(28209, "Filter Factorz")));
+  EXPECT_FALSE(Read8(Plugin().Text(28209, "Filter Factory ")));
+  for (const char* category : {"", "X", " X "}) {  // too short: Photoshop
+    ASSERT_TRUE(Read8(Plugin(category)));
+    EXPECT_EQ(f.category, "Photoshop") << '"' << category << '"';
+  }
   // The same size, two markers, two sets of places: category before title.
   Image small(49152);
   small.Text(23844, "Normal").Text(23896, "NormalCat").Text(26517, "Variant").Text(26261, "VariantCat");
   small.Text(-7168 + 31869, "copy at -7168").Text(-5096 + 31869, "copy at -5096");
   ASSERT_TRUE(Read8(Image(small).Text(21025, "Filter Factory")));
-  EXPECT_EQ(f.title, "Normal");
-  EXPECT_EQ(f.copyright, "copy at -7168");
+  EXPECT_EQ(f.title + "|" + f.copyright, "Normal|copy at -7168");
   ASSERT_TRUE(Read8(Image(small).Text(21025, " FilterFactory")));
-  EXPECT_EQ(f.title, "Variant");
-  EXPECT_EQ(f.category, "VariantCat");
-  EXPECT_EQ(f.copyright, "copy at -5096");
-}
-
-TEST_F(CompiledReaders, ShortCategoryBecomesPhotoshop) {
-  for (const char* category : {"", "X", " X "}) {
-    Image img(57344);
-    img.Text(28209, "Filter Factory").Text(31012, "T").Text(31064, category);
-    ASSERT_TRUE(Read8(img));
-    EXPECT_EQ(f.category, "Photoshop") << '"' << category << '"';
-  }
+  EXPECT_EQ(f.category + "|" + f.title + "|" + f.copyright, "VariantCat|Variant|copy at -5096");
 }
 
 TEST_F(CompiledReaders, FlagsDecideNamesButValuesAreAlwaysRead) {
-  Image img(57344);
-  img.Text(28209, "Filter Factory").Text(31012, "T").Text(31064, "Cat");
-  img.Byte(31309, 1).Text(32381, "Map 1");   // map 1 used
-  img.Byte(31325, 1).Text(33405, "Ctl 1");   // and its pair too: both kept
+  Image img = Plugin();
+  img.Byte(31309, 1).Text(32381, "Map 1");  // map 1 used
+  img.Byte(31325, 1).Text(33405, "Ctl 1");  // and its pair too: both kept
   img.Byte(31329, 1).Text(33661, "Ctl 2");
-  img.Byte(31333, 2).Text(33917, "Ctl 3");   // a flag other than 1
-  img.Text(33405 + 256 * 3, "Ctl 4");        // a name without flag
+  img.Byte(31333, 2).Text(33917, "Ctl 3");  // a flag other than 1
+  img.Text(33405 + 256 * 3, "Ctl 4");       // a name without flag
   for (int i = 0; i < 8; ++i) img.Byte(31261 + 4 * i, 10 * (i + 1));
+  img.Text(31869, "Copy").Text(35453, "r");
   ASSERT_TRUE(Read8(img));
-  EXPECT_EQ(f.mapName[1], "Map 1");
-  EXPECT_EQ(f.ctlName[1], "Ctl 1");
-  EXPECT_EQ(f.ctlName[2], "Ctl 2");
-  EXPECT_EQ(f.ctlName[3], "");
-  EXPECT_EQ(f.ctlName[4], "");
-  for (int i = 1; i <= 8; ++i) EXPECT_EQ(f.ctlValue[i], 10 * i);
-}
-
-TEST_F(CompiledReaders, HeaderOnlyStopsBehindTitleAndCategory) {
-  Image img(57344);
-  img.Text(28209, "Filter Factory").Text(31012, "T").Text(31064, "Cat").Text(31869, "Copy");
-  img.Text(35453, "r").Byte(31261, 7);
+  EXPECT_EQ(Maps(f), "Map 1|||");
+  EXPECT_EQ(Controls(f), "Ctl 1|Ctl 2||||||");
+  EXPECT_EQ(Values(f), "10|20|30|40|50|60|70|80");
+  // Header only stops behind title and category.
   ASSERT_TRUE(Read8(img, "p.8bf", true));
-  EXPECT_EQ(f.title, "T");
-  EXPECT_EQ(f.copyright, "");
-  EXPECT_EQ(f.codeR, "");
+  EXPECT_EQ(f.title + "|" + f.copyright + "|" + f.codeR, "T||");
   EXPECT_EQ(f.ctlValue[1], 0);
 }
 
@@ -178,18 +140,13 @@ TEST_F(CompiledReaders, MacintoshFormCutsPascalStringsToTheirLength) {
   img.Byte(50636 + 4, 1).Byte(52713 + 256, 2).Text(52714 + 256, "C2");
   img.Byte(50572 + 4 * 7, 200).Text(19308 + 38525, "a*2");
   ASSERT_TRUE(Read8(img, "m.bin"));
-  EXPECT_EQ(f.title, "Title");
-  EXPECT_EQ(f.category, "Cat");
-  EXPECT_EQ(f.copyright, "Copy");
+  EXPECT_EQ(Texts(f), "Cat|Title||Copy");
   EXPECT_EQ(f.mapName[1], "Map");
   EXPECT_EQ(f.ctlName[2], "C2");
   EXPECT_EQ(f.ctlValue[8], 200);
   EXPECT_EQ(f.codeA, "a*2");
-
   EXPECT_FALSE(Read8(Image(99840).Text(59018, "Factory-ish"), "m.bin"));
-  Image other(99713);
-  other.Text(59018, "Factory");
-  EXPECT_FALSE(Read8(other, "m.bin"));  // a Mac Binary file of another size
+  EXPECT_FALSE(Read8(Image(99713).Text(59018, "Factory"), "m.bin"));  // a Mac Binary file of another size
 }
 
 TEST_F(CompiledReaders, MissingFileRefreshesThePaneAndOtherSizesAreNoFilters) {
@@ -198,10 +155,7 @@ TEST_F(CompiledReaders, MissingFileRefreshesThePaneAndOtherSizesAreNoFilters) {
   EXPECT_FALSE(ReadTF(f, dir.path(), "gone.prm", false, env));
   EXPECT_EQ(shell.refreshes, 3);
   EXPECT_EQ(f.filename, "gone.prm");
-
-  Image img(57345);
-  img.Text(28209, "Filter Factory");
-  EXPECT_FALSE(Read8(img));
+  EXPECT_FALSE(Read8(Image(57345).Text(28209, "Filter Factory")));
   EXPECT_FALSE(Read8(Image(0)));
   EXPECT_EQ(shell.refreshes, 3);
   EXPECT_TRUE(shell.boxes.empty());
@@ -232,12 +186,10 @@ TEST_F(CompiledReaders, PremiereProbesGiveTheShift) {
   struct Probe {
     int first;
     int64_t secondAt;
-    int second;
-    int shift;
+    int second, shift;
   };
-  const Probe probes[] = {{'D', 28877, 'v', -4}, {'D', 28877, 'r', -8}, {'D', 28877, 'x', 0},
-                          {'e', 0, 0, 504},      {202, 32031, 'r', 3064}, {202, 32031, 'c', 3072},
-                          {'5', 0, 0, 0}};
+  const Probe probes[] = {{'D', 28877, 'v', -4}, {'D', 28877, 'r', -8},   {'D', 28877, 'x', 0}, {'e', 0, 0, 504},
+                          {202, 32031, 'r', 3064}, {202, 32031, 'c', 3072}, {'5', 0, 0, 0}};
   for (const Probe& p : probes) {
     SCOPED_TRACE(p.shift);
     Image img(53248);
@@ -249,15 +201,11 @@ TEST_F(CompiledReaders, PremiereProbesGiveTheShift) {
     img.Byte(p.shift + 29437 + 28, 1).Text(p.shift + 31517 + 256 * 7, "Ctl 8");
     img.Byte(p.shift + 29373 + 28, 99);
     ASSERT_TRUE(ReadPrm(img));
-    EXPECT_EQ(f.category, "Cat");
-    EXPECT_EQ(f.title, "Title");
-    EXPECT_EQ(f.copyright, "Copy");
-    EXPECT_EQ(f.codeB, "b");
-    EXPECT_EQ(f.codeA, "a");
+    EXPECT_EQ(Texts(f), "Cat|Title||Copy");
+    EXPECT_EQ(f.codeB + "|" + f.codeA, "b|a");
     EXPECT_EQ(f.mapName[2], "Map 2");
     EXPECT_EQ(f.ctlName[8], "Ctl 8");
     EXPECT_EQ(f.ctlValue[8], 99);
-    EXPECT_EQ(f.author, "");
     EXPECT_FALSE(f.isPhotoshop);
   }
   EXPECT_FALSE(ReadPrm(Image(53248).Byte(29021, 'x')));
@@ -265,35 +213,25 @@ TEST_F(CompiledReaders, PremiereProbesGiveTheShift) {
 }
 
 TEST_F(CompiledReaders, PremiereTitleSplitsAtTheFirstColonAndDropsOneCharacter) {
-  struct Case {
-    const char* field;
-    bool ok;
-    const char* category;
-    const char* title;
-  };
-  const Case cases[] = {{"Cat: Title", true, "Cat", "Title"},   {"Cat:Title", true, "Cat", "itle"},
-                        {"A: b:c", true, "A", "b:c"},           {"Plain", true, "[Premiere FF]", "Plain"},
-                        {": Only", true, "[Premiere FF]", "Only"}, {"Cat:", false, "", ""},
-                        {"Cat:x", true, "Cat", ""}};
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.field);
-    Image img(50688);
-    img.Byte(29021, '5').Text(29107, c.field);
-    ASSERT_EQ(ReadPrm(img, true), c.ok);
-    if (!c.ok) continue;
-    EXPECT_EQ(f.category, c.category);
-    EXPECT_EQ(f.title, c.title);
+  const std::pair<const char*, const char*> cases[] = {
+      {"Cat: Title", "Cat|Title"}, {"Cat:Title", "Cat|itle"},        {"A: b:c", "A|b:c"},
+      {"Plain", "[Premiere FF]|Plain"}, {": Only", "[Premiere FF]|Only"}, {"Cat:", nullptr}, {"Cat:x", "Cat|"}};
+  for (auto [field, read] : cases) {
+    SCOPED_TRACE(field);
+    ASSERT_EQ(ReadPrm(Image(50688).Byte(29021, '5').Text(29107, field), true), read != nullptr);
+    if (read) {
+      EXPECT_EQ(f.category + "|" + f.title, read);
+    }
   }
 }
 
 TEST_F(CompiledReaders, TransitionProbesMarkersAndShiftGrowth) {
   struct Probe {
-    int first, second;
-    int shift, later;
+    int first, second, shift, later;
     int64_t marker;  // 0: none
   };
   const Probe probes[] = {{'n', 'P', 9904, 9912, 22033}, {'n', 139, 520, 524, 0}, {'n', 'x', 0, 0, 21521},
-                          {'o', 0, 3076, 3076, 25105},   {'2', 0, 0, 0, 21521}};
+                          {'o', 0, 3076, 3076, 25105}, {'2', 0, 0, 0, 21521}};
   for (const Probe& p : probes) {
     SCOPED_TRACE(p.shift);
     Image img(60000);
@@ -304,17 +242,13 @@ TEST_F(CompiledReaders, TransitionProbesMarkersAndShiftGrowth) {
     img.Text(p.later + 30057, "Copy").Text(p.later + 36969, "a").Byte(p.later + 29705, 5);
     img.Byte(p.later + 29769, 1).Text(p.later + 31849, "Ctl 1");
     ASSERT_TRUE(ReadTf(img));
-    EXPECT_EQ(f.title, "Title");
+    EXPECT_EQ(Texts(f), "[Premiere TF]|Title||Copy");
     EXPECT_EQ(f.transitionName, "Second");
-    EXPECT_EQ(f.category, "[Premiere TF]");
-    EXPECT_EQ(f.copyright, "Copy");
     EXPECT_EQ(f.codeA, "a");
     EXPECT_EQ(f.ctlValue[1], 5);
     EXPECT_EQ(f.ctlName[1], "Ctl 1");
     if (p.marker) {
-      Image wrong = img;
-      wrong.Put(p.marker + 9, "X");  // "Premiere Xransition Factory"
-      EXPECT_FALSE(ReadTf(wrong));
+      EXPECT_FALSE(ReadTf(Image(img).Put(p.marker + 9, "X")));  // "Premiere Xransition Factory"
     }
   }
   EXPECT_FALSE(ReadTf(Image(60000).Byte(29081, 'x')));

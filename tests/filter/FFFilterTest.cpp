@@ -1,26 +1,19 @@
 #include "filter/FFFilter.h"
 
-#include <gtest/gtest.h>
+#include "FilterKit.h"
 
 namespace trel {
 namespace {
 
 TEST(IniVars, ClearsTheFieldsEveryReaderFillsAndKeepsTheRest) {
-  FFFilter f;
-  f.filename = "a.8bf";
-  f.category = "c";
-  f.title = "t";
-  f.copyright = "(c)";
-  f.author = "me";
+  FFFilter f = test::SampleFilter();
   f.mapName[4] = "map";
   f.ctlName[8] = "ctl";
   f.ctlValue[8] = 9;
-  f.codeR = f.codeG = f.codeB = f.codeA = "r";
   f.isPhotoshop = false;
   f.transitionName = "wipe";
   f.presets[7][9] = -3;
   IniVars(f);
-
   FFFilter expected;
   expected.isPhotoshop = false;
   expected.transitionName = "wipe";

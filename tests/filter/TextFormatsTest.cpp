@@ -1,122 +1,72 @@
 #include "filter/TextFormats.h"
 
-#include <gtest/gtest.h>
-
 #include <random>
 
+#include "FilterKit.h"
 #include "filter/Dispatch.h"
-#include "support/RecordingShell.h"
-#include "support/TempDir.h"
 
 namespace trel {
 namespace {
 
-using test::RecordingShell;
-using test::TempDir;
-
-const std::string CR = "\r";
-
-class TextFormats : public ::testing::Test {
- protected:
-  FilterEnv Env() {
-    FilterEnv env;
-    env.shell = &shell;
-    return env;
-  }
-  TempDir dir;
-  RecordingShell shell;
-  FFFilter f;
-};
+using namespace test;
+using TextFormats = FilterTest;
 
 // An AFS file: magic, eight values, four codes, and an optional tail.
 std::string Afs(const std::string& values, const std::string& codes, const std::string& tail = "") {
-  return "%RGB-1.0" + CR + values + codes + tail;
+  return "%RGB-1.0\r" + values + codes + tail;
 }
-const std::string kZeroValues = "0\r0\r0\r0\r0\r0\r0\r0\r";
 const std::string kCodes = "r\r\rg\r\rb\r\ra\r\r";
 
 TEST_F(TextFormats, AfsWithoutTailIsSyntheticAndNamedAfterTheFile) {
-  dir.Write("plain.afs", Afs(kZeroValues, kCodes));
-  ASSERT_TRUE(ReadAFS(f, dir.path(), "plain.afs", Env()));
+  dir.Write("plain.afs", kBareAfs);
+  ASSERT_TRUE(ReadAFS(f, dir.path(), "plain.afs", env));
   EXPECT_EQ(f.filename, "plain.8bf");
-  EXPECT_EQ(f.title, "plain.8bf");
-  EXPECT_EQ(f.category, "Synthetic");
-  for (int i = 1; i <= 8; ++i) EXPECT_EQ(f.ctlName[i], "");
-  EXPECT_EQ(f.codeR, "r");
-  EXPECT_EQ(f.codeA, "a");
+  EXPECT_EQ(Texts(f), "Synthetic|plain.8bf||");
+  EXPECT_EQ(Controls(f), "|||||||");
+  EXPECT_EQ(Codes(f), "r|g|b|a");
   EXPECT_TRUE(f.isPhotoshop);
 }
 
 TEST_F(TextFormats, AfsValuesNameTheirSlidersUnlessTheTailDoes) {
-  const std::string tail = "Blur\r\rSoft\r\rMe\r\rNobody\r\r1: Radius\r\r2:\r\r" +
-                           std::string("3: \r\r4: x\r\r5: \r\r6: \r\r7: \r\r8: Last\r\r");
+  const std::string tail = "Blur\r\rSoft\r\rMe\r\rNobody\r\r1: Radius\r\r2:\r\r"
+                           "3: \r\r4: x\r\r5: \r\r6: \r\r7: \r\r8: Last\r\r";
   dir.Write("s.afs", Afs("10\r20\r0\r0\r0\r0\r0\r255\r", "r+\rg\r\rg\r\rb\r\ra\r\r", tail));
-  ASSERT_TRUE(ReadAFS(f, dir.path(), "s.afs", Env()));
+  ASSERT_TRUE(ReadAFS(f, dir.path(), "s.afs", env));
   EXPECT_EQ(f.codeR, "r+g");  // a CR inside code, followed by a printable byte, vanishes
-  EXPECT_EQ(f.category, "Blur");
-  EXPECT_EQ(f.title, "Soft");
-  EXPECT_EQ(f.author, "Me");
-  EXPECT_EQ(f.copyright, "Nobody");
-  EXPECT_EQ(f.ctlName[1], "Radius");
-  EXPECT_EQ(f.ctlName[2], "Slider 2");  // "2:" is too short to name it
-  EXPECT_EQ(f.ctlName[4], "x");
-  EXPECT_EQ(f.ctlName[8], "Last");
+  EXPECT_EQ(Texts(f), "Blur|Soft|Me|Nobody");
+  EXPECT_EQ(Controls(f), "Radius|Slider 2||x||||Last");  // "2:" is too short to name it
   EXPECT_EQ(f.ctlValue[8], 255);
 }
 
 TEST_F(TextFormats, AfsErrorsAndMissingFiles) {
   dir.Write("big.afs", Afs("0\r256\r0\r0\r0\r0\r0\r0\r", kCodes));
-  EXPECT_FALSE(ReadAFS(f, dir.path(), "big.afs", Env()));
+  EXPECT_FALSE(ReadAFS(f, dir.path(), "big.afs", env));
   EXPECT_EQ(shell.refreshes, 0);
-  EXPECT_FALSE(ReadAFS(f, dir.path(), "gone.afs", Env()));
+  EXPECT_FALSE(ReadAFS(f, dir.path(), "gone.afs", env));
   EXPECT_EQ(shell.refreshes, 1);
   EXPECT_TRUE(shell.errors.empty());  // AFS reports nothing
   // A short file gives empty strings, not an error.
   dir.Write("short.afs", "%RGB-1.0\r5\r");
-  ASSERT_TRUE(ReadAFS(f, dir.path(), "short.afs", Env()));
+  ASSERT_TRUE(ReadAFS(f, dir.path(), "short.afs", env));
   EXPECT_EQ(f.ctlValue[1], 5);
   EXPECT_EQ(f.codeR, "");
 }
 
 TEST_F(TextFormats, PffReadsBlueFirstAndIsPremiere) {
   std::string values;
-  for (int i = 1; i <= 7; ++i) values += std::to_string(i) + CR + '\x01';
-  values += "8" + CR;
-  dir.Write("p.pff", "%RGB-1.0\r\x02" + values + "B\r\rG\r\rR\r\rA\r\rCat\r\rTitle\r\rA\r\rC\r\r");
-  ASSERT_TRUE(ReadPFF(f, dir.path(), "p.pff", Env()));
-  EXPECT_EQ(f.codeB, "B");
-  EXPECT_EQ(f.codeR, "R");
-  EXPECT_EQ(f.ctlValue[1], 1);
-  EXPECT_EQ(f.ctlValue[8], 8);
+  for (int i = 1; i <= 7; ++i) values += std::to_string(i) + "\r\x01";
+  dir.Write("p.pff", "%RGB-1.0\r\x02" + values + "8\rB\r\rG\r\rR\r\rA\r\rCat\r\rTitle\r\rA\r\rC\r\r");
+  ASSERT_TRUE(ReadPFF(f, dir.path(), "p.pff", env));
+  EXPECT_EQ(Codes(f), "R|G|B|A");
+  EXPECT_EQ(Values(f), "1|2|3|4|5|6|7|8");
   EXPECT_EQ(f.ctlName[8], "Slider 8");
   EXPECT_EQ(f.title, "Title");
   EXPECT_FALSE(f.isPhotoshop);
 }
 
-FFFilter SampleFilter() {
-  FFFilter f;
-  f.filename = "sample.8bf";
-  f.category = "Trel Samples";
-  f.title = "Warm Glow";
-  f.author = "Trel";
-  f.copyright = "(c) Trel";
-  f.ctlName[1] = "Warmth";
-  f.ctlName[2] = "Glow";
-  f.ctlName[5] = "Unused Value";
-  f.ctlValue[1] = 40;
-  f.ctlValue[2] = 200;
-  f.ctlValue[5] = 7;
-  f.ctlValue[6] = 99;  // no name: the writers store 0
-  f.codeR = "add(r,ctl(0),255)";
-  f.codeG = "mix(g,255-g,ctl(1),255)";
-  f.codeB = "b*Z/D";
-  f.codeA = "a";
-  return f;
-}
-
 TEST_F(TextFormats, AfsWriterBytesAndItsNonTruncatingOverwrite) {
   FFFilter g = SampleFilter();
-  Writeafspff(g, dir.path(), 0, Env());
+  Writeafspff(g, dir.path(), 0, env);
   EXPECT_EQ(g.ctlValue[6], 0);  // the record is changed too
   const std::string expected =
       "%RGB-1.0\r40\r200\r0\r0\r7\r0\r0\r0\r"
@@ -124,16 +74,15 @@ TEST_F(TextFormats, AfsWriterBytesAndItsNonTruncatingOverwrite) {
       "Trel Samples\r\rWarm Glow\r\rTrel\r\r(c) Trel\r\r"
       "1: Warmth\r\r2: Glow\r\r3: \r\r4: \r\r5: Unused Value\r\r6: \r\r7: \r\r8: \r\r";
   EXPECT_EQ(dir.Read("sample.afs"), expected);
-
   dir.Write("sample.afs", expected + "OLD TAIL");
-  Writeafspff(g, dir.path(), 0, Env());
+  Writeafspff(g, dir.path(), 0, env);
   EXPECT_EQ(dir.Read("sample.afs"), expected + "OLD TAIL");
 }
 
 TEST_F(TextFormats, PffWriterConvertsPhotoshopCodeAndPutsMarkerBytes) {
   FFFilter g = SampleFilter();
   g.filename = "noext";
-  Writeafspff(g, dir.path(), 1, Env());
+  Writeafspff(g, dir.path(), 1, env);
   EXPECT_EQ(g.filename, "noext.pff");
   const std::string bytes = dir.Read("noext.pff");
   EXPECT_EQ(bytes.substr(0, 16), std::string("%RGB-1.0\r\x02" "40\r\x01" "2", 15) + "0");
@@ -145,7 +94,6 @@ TEST_F(TextFormats, PffWriterConvertsPhotoshopCodeAndPutsMarkerBytes) {
 TEST_F(TextFormats, MacAdaptionRewritesWhatTheWritersWrite) {
   FFFilter g = SampleFilter();
   g.codeR = "I-r";
-  FilterEnv env = Env();
   env.options.macFFAdaption = true;
   WriteTXT(g, dir.path(), false, env);
   EXPECT_NE(dir.Read("sample.txt").find("R:255-r\r\n"), std::string::npos);
@@ -154,58 +102,48 @@ TEST_F(TextFormats, MacAdaptionRewritesWhatTheWritersWrite) {
   EXPECT_NE(dir.Read("sample.afs").find("0\r255\r\r"), std::string::npos);
 }
 
-std::string Ffx(const std::vector<std::string>& strings, const std::string& controls) {
+// Length-prefixed strings (the upper bytes of a length are never read), then
+// eight controls of which the third is named.
+std::string Ffx(const std::vector<std::string>& strings) {
   std::string out;
-  for (const auto& s : strings) {
-    out += static_cast<char>(s.size() & 0xFF);
-    out += std::string("\x01\0\0", 3);  // the upper bytes of the length are never read
-    out += s;
-  }
-  return out + controls;
-}
-
-std::string FfxControls() {
-  std::string out;
+  for (const auto& s : strings) out += static_cast<char>(s.size() & 0xFF) + std::string("\x01\0\0", 3) + s;
   for (int i = 1; i <= 8; ++i) {
     const std::string name = i == 3 ? "Third" : "";
-    out += static_cast<char>(name.size());
-    out += std::string(3, '\0') + name + "?";
-    out += static_cast<char>(i * 10);
-    out += std::string("\x07\x07\x07", 3);
+    out += static_cast<char>(name.size()) + std::string(3, '\0') + name + "?" + static_cast<char>(i * 10) + "\x07\x07\x07";
   }
   return out;
 }
+const std::vector<std::string> kFfxStrings = {"FFX1.0", "Title", "Cat", "Auth", "Copy", "junk", "r", "g", "b", "a"};
 
 TEST_F(TextFormats, FfxReadsLengthPrefixedStrings) {
   f.isPhotoshop = false;
-  dir.Write("f.ffx", Ffx({"FFX1.0", "Title", "Cat", "Auth", "Copy", "junk", "r", "g", "b", "a"}, FfxControls()));
-  ASSERT_TRUE(ReadFFX(f, dir.path(), "f.ffx", Env()));
+  dir.Write("f.ffx", Ffx(kFfxStrings));
+  ASSERT_TRUE(ReadFFX(f, dir.path(), "f.ffx", env));
   EXPECT_EQ(f.filename, "f.ffx");
-  EXPECT_EQ(f.title, "Title");
-  EXPECT_EQ(f.category, "Cat");
-  EXPECT_EQ(f.author, "Auth");
-  EXPECT_EQ(f.copyright, "Copy");
-  EXPECT_EQ(f.codeB, "b");
+  EXPECT_EQ(Texts(f), "Cat|Title|Auth|Copy");
+  EXPECT_EQ(Codes(f), "r|g|b|a");
   EXPECT_EQ(f.ctlName[3], "Third");
-  EXPECT_EQ(f.ctlValue[3], 30);
-  EXPECT_EQ(f.ctlValue[8], 80);
+  EXPECT_EQ(Values(f), "10|20|30|40|50|60|70|80");
   EXPECT_FALSE(f.isPhotoshop);  // left as it was
 }
 
 TEST_F(TextFormats, FfxRefusesOtherMagicShortFilesAndMissingFiles) {
-  dir.Write("bad.ffx", Ffx({"XFF", "T", "C", "A", "C", "", "r", "g", "b", "a"}, FfxControls()));
-  EXPECT_FALSE(ReadFFX(f, dir.path(), "bad.ffx", Env()));
-  const std::string good =
-      Ffx({"FFX1.0", "T", "C", "A", "C", "", "r", "g", "b", "a"}, FfxControls());
+  std::vector<std::string> strings = kFfxStrings;
+  strings[0] = "XFF";
+  dir.Write("bad.ffx", Ffx(strings));
+  EXPECT_FALSE(ReadFFX(f, dir.path(), "bad.ffx", env));
+  const std::string good = Ffx(kFfxStrings);
   for (size_t cut : {size_t{0}, size_t{3}, size_t{20}, good.size() - 1}) {
     dir.Write("short.ffx", good.substr(0, cut));
-    EXPECT_FALSE(ReadFFX(f, dir.path(), "short.ffx", Env())) << cut;
+    EXPECT_FALSE(ReadFFX(f, dir.path(), "short.ffx", env)) << cut;
   }
-  EXPECT_FALSE(ReadFFX(f, dir.path(), "none.ffx", Env()));
+  EXPECT_FALSE(ReadFFX(f, dir.path(), "none.ffx", env));
   EXPECT_EQ(shell.refreshes, 0);
   // A string of 256 bytes has a low length byte of 0 and derails the walk.
-  dir.Write("long.ffx", Ffx({"FFX1.0", std::string(256, 'x'), "C", "A", "C", "", "r", "g", "b", "a"}, FfxControls()));
-  if (ReadFFX(f, dir.path(), "long.ffx", Env())) {
+  strings = kFfxStrings;
+  strings[1] = std::string(256, 'x');
+  dir.Write("long.ffx", Ffx(strings));
+  if (ReadFFX(f, dir.path(), "long.ffx", env)) {
     EXPECT_NE(f.codeA, "a");
   }
 }
@@ -218,131 +156,88 @@ bool ReadTxtText(FFFilter& f, const TempDir& dir, const std::string& text, const
 
 TEST_F(TextFormats, TxtFreeFormKeysAndBlocks) {
   const std::string text =
-      "CATEGORY:  Distort \n"
-      "Title: Twirl\n"
-      "copyright: me\r\n"
-      "AUTHOR: you\r"
-      "file: twirl.8bf\n"
-      "R: r+g // red and green\n"
-      "+b\n"
-      "\n"
-      "G=g\n"
-      "B: b\n"
-      "\n"
-      "ctl[0]: Angle\n"
-      "map[1]: Curve\n"
-      "val[0]: 128\n"
-      "val[3]: 7x\n";
-  ASSERT_TRUE(ReadTxtText(f, dir, text, Env()));
-  EXPECT_EQ(f.category, "Distort");
-  EXPECT_EQ(f.title, "Twirl");
-  EXPECT_EQ(f.copyright, "me");
-  EXPECT_EQ(f.author, "you");
+      "CATEGORY:  Distort \nTitle: Twirl\ncopyright: me\r\nAUTHOR: you\rfile: twirl.8bf\n"
+      "R: r+g // red and green\n+b\n\nG=g\nB: b\n\n"
+      "ctl[0]: Angle\nmap[1]: Curve\nval[0]: 128\nval[3]: 7x\n";
+  ASSERT_TRUE(ReadTxtText(f, dir, text, env));
+  EXPECT_EQ(Texts(f), "Distort|Twirl|you|me");
   EXPECT_EQ(f.filename, "twirl.8bf");
-  EXPECT_EQ(f.codeR, "r+g+b");  // the comment's blank goes in the optimizer
-  EXPECT_EQ(f.codeG, "g");  // opened by its `=` form, ended by the blue marker
-  EXPECT_EQ(f.codeB, "b");
-  EXPECT_EQ(f.codeA, "a");  // no A: line: alpha passes through
+  // The comment's blank goes in the optimizer; G opens by its `=` form and ends
+  // at the blue marker; with no A: line alpha passes through.
+  EXPECT_EQ(Codes(f), "r+g+b|g|b|a");
   EXPECT_EQ(f.ctlName[1], "Angle");
   EXPECT_EQ(f.mapName[2], "Curve");
-  EXPECT_EQ(f.ctlValue[1], 128);
-  EXPECT_EQ(f.ctlValue[4], 7);
+  EXPECT_EQ(Values(f), "128|0|0|7|0|0|0|0");
   EXPECT_TRUE(f.isPhotoshop);
 }
 
 TEST_F(TextFormats, TxtChannelMarkersEndBlocksInOrder) {
   // Green's block ends at R:, which has already been tested for this line: red is lost.
-  EXPECT_FALSE(ReadTxtText(f, dir, "G: g\nR: r\n\nB: b\n\n", Env()));
-  EXPECT_EQ(f.codeR, "");
-  EXPECT_EQ(f.codeG, "g");
-  EXPECT_EQ(f.codeB, "b");
+  EXPECT_FALSE(ReadTxtText(f, dir, "G: g\nR: r\n\nB: b\n\n", env));
+  EXPECT_EQ(Codes(f), "|g|b|a");
   // Red's block ends at G:, which then opens green, and so on.
-  ASSERT_TRUE(ReadTxtText(f, dir, "R: r\nG: g\nB: b\nA: a0\nctl[0]: x\n", Env()));
-  EXPECT_EQ(f.codeR, "r");
-  EXPECT_EQ(f.codeG, "g");
-  EXPECT_EQ(f.codeB, "b");
-  EXPECT_EQ(f.codeA, "a0");
+  ASSERT_TRUE(ReadTxtText(f, dir, "R: r\nG: g\nB: b\nA: a0\nctl[0]: x\n", env));
+  EXPECT_EQ(Codes(f), "r|g|b|a0");
   EXPECT_EQ(f.ctlName[1], "x");
-}
-
-TEST_F(TextFormats, TxtAlphaMarkerAloneKeepsThePresetA) {
-  ASSERT_TRUE(ReadTxtText(f, dir, "R:r\n\nG:g\n\nB:b\n\nA:\n255-\n\n", Env()));
+  // A lone A: keeps the preset a; no category line at all leaves it empty,
+  // an empty one means Photoshop.
+  ASSERT_TRUE(ReadTxtText(f, dir, "R:r\n\nG:g\n\nB:b\n\nA:\n255-\n\n", env));
   EXPECT_EQ(f.codeA, "a255-");
   EXPECT_EQ(f.filename, "-NoName.8bf");
-  EXPECT_EQ(f.category, "");  // no category line at all
-}
-
-TEST_F(TextFormats, TxtCategoryWithoutTextIsPhotoshop) {
-  ASSERT_TRUE(ReadTxtText(f, dir, "category:\nR:r\n\nG:g\n\nB:b\n\n", Env()));
+  EXPECT_EQ(f.category, "");
+  ASSERT_TRUE(ReadTxtText(f, dir, "category:\n" + kRgbTxt, env));
   EXPECT_EQ(f.category, "Photoshop");
 }
 
 TEST_F(TextFormats, TxtIncompleteFilters) {
-  EXPECT_FALSE(ReadTxtText(f, dir, "R: r\n\n", Env()));  // green and blue are empty
+  EXPECT_FALSE(ReadTxtText(f, dir, "R: r\n\n", env));  // green and blue are empty
   EXPECT_TRUE(shell.errors.empty());
-  EXPECT_FALSE(ReadTxtText(f, dir, "R: r\n", Env()));  // the block runs into the end
-  ASSERT_EQ(shell.errors.size(), 1u);
-  EXPECT_EQ(shell.errors[0], "Input past end of file");
-  EXPECT_FALSE(ReadTxtText(f, dir, "R:r\n\nG:g\n\nB:b\n\nval[2]: 300\n", Env()));
+  EXPECT_FALSE(ReadTxtText(f, dir, "R: r\n", env));  // the block runs into the end
+  EXPECT_EQ(shell.errors, std::vector<std::string>{"Input past end of file"});
+  EXPECT_FALSE(ReadTxtText(f, dir, "R:r\n\nG:g\n\nB:b\n\nval[2]: 300\n", env));
   EXPECT_EQ(shell.errors.size(), 2u);
-  EXPECT_FALSE(ReadTxtText(f, dir, "ctl[9]: x\n", Env()));
+  EXPECT_FALSE(ReadTxtText(f, dir, "ctl[9]: x\n", env));
   EXPECT_EQ(shell.errors.size(), 3u);
-  EXPECT_FALSE(ReadTXT(f, dir.path(), "missing.txt", false, false, Env()));
+  EXPECT_FALSE(ReadTXT(f, dir.path(), "missing.txt", false, false, env));
   EXPECT_EQ(shell.refreshes, 1);
-  EXPECT_FALSE(ReadTxtText(f, dir, "", Env()));  // nothing at all to read
+  EXPECT_FALSE(ReadTxtText(f, dir, "", env));  // nothing at all to read
 }
 
 TEST_F(TextFormats, TxtPresetsOnlyWhenAccepted) {
   const std::string text = "R:r\n\nG:g\n\nB:b\n\nset[3]: 1,2,3,4,5,6,7,-8\n";
-  ASSERT_TRUE(ReadTxtText(f, dir, text, Env(), false));
+  ASSERT_TRUE(ReadTxtText(f, dir, text, env, false));
   EXPECT_EQ(f.presets[7][3], 0);
   EXPECT_TRUE(shell.marked.empty());
-  ASSERT_TRUE(ReadTxtText(f, dir, text, Env(), true));
+  ASSERT_TRUE(ReadTxtText(f, dir, text, env, true));
   EXPECT_EQ(f.presets[0][3], 1);
   EXPECT_EQ(f.presets[7][3], -8);
   EXPECT_EQ(shell.marked, std::set<int>{3});
 }
 
 std::string FixedReport(const std::string& mapLines, const std::string& ctlLines) {
-  return "Filter Factory Plugin Information:\n"
-         "FILENAME: c:\\plugins\\ab.8bf\n"
-         "CATEGORY:\n  Spaced Category \n"
-         "TITLE:\nA Title\n"
-         "COPYRIGHT:\nCopy\n"
-         "AUTHOR:\nAuth\n" +
-         mapLines + ctlLines +
-         "junk\nR=\nr+\ng\nG=\ng\nB=x\nb\nA=\na\n\n";
+  return "Filter Factory Plugin Information:\nFILENAME: c:\\plugins\\ab.8bf\nCATEGORY:\n  Spaced Category \n"
+         "TITLE:\nA Title\nCOPYRIGHT:\nCopy\nAUTHOR:\nAuth\n" +
+         mapLines + ctlLines + "junk\nR=\nr+\ng\nG=\ng\nB=x\nb\nA=\na\n\n";
 }
 
 TEST_F(TextFormats, TxtFixedFormReport) {
-  const std::string maps = "Map 0: [Light]\nMap 1: [Map 1:]\nMap 2: []\n";
-  const std::string controls =
-      "Control 0: [Angle]\nControl 1: [Control 1:]\nControl 2: [Z]\nControl 3: []\n";
-  ASSERT_TRUE(ReadTxtText(f, dir, FixedReport(maps, controls), Env()));
+  const std::string report = FixedReport("Map 0: [Light]\nMap 1: [Map 1:]\nMap 2: []\n",
+                                         "Control 0: [Angle]\nControl 1: [Control 1:]\nControl 2: [Z]\nControl 3: []\n");
+  ASSERT_TRUE(ReadTxtText(f, dir, report, env));
   EXPECT_EQ(f.filename, "ab.8bf");  // only the last twelve characters count
-  EXPECT_EQ(f.category, "  Spaced Category ");
-  EXPECT_EQ(f.title, "A Title");
-  EXPECT_EQ(f.mapName[1], "Light");
-  EXPECT_EQ(f.mapName[2], "");
-  EXPECT_EQ(f.mapName[3], "");
-  EXPECT_EQ(f.ctlName[1], "Angle");
-  EXPECT_EQ(f.ctlName[2], "");
-  EXPECT_EQ(f.ctlName[3], "Z");
-  EXPECT_EQ(f.codeR, "r+g");
-  EXPECT_EQ(f.codeG, "g");
-  EXPECT_EQ(f.codeB, "b");
-  EXPECT_EQ(f.codeA, "a");
+  EXPECT_EQ(Texts(f), "  Spaced Category |A Title|Auth|Copy");
+  EXPECT_EQ(Maps(f), "Light|||");
+  EXPECT_EQ(Controls(f), "Angle||Z|||||");
+  EXPECT_EQ(Codes(f), "r+g|g|b|a");
   EXPECT_EQ(f.ctlValue[1], 0);
-
   // An AFS file beside the report gives the control values.
   dir.Write("t.afs", "%RGB-1.0\r1\r2\r3\r4\r5\r6\r7\r8\r");
-  ASSERT_TRUE(ReadTxtText(f, dir, FixedReport(maps, controls), Env()));
-  EXPECT_EQ(f.ctlValue[1], 1);
-  EXPECT_EQ(f.ctlValue[8], 8);
+  ASSERT_TRUE(ReadTxtText(f, dir, report, env));
+  EXPECT_EQ(Values(f), "1|2|3|4|5|6|7|8");
 }
 
 TEST_F(TextFormats, TxtFixedFormViolation) {
-  EXPECT_FALSE(ReadTxtText(f, dir, FixedReport("Map 1: [Light]\n", ""), Env()));
+  EXPECT_FALSE(ReadTxtText(f, dir, FixedReport("Map 1: [Light]\n", ""), env));
   ASSERT_EQ(shell.boxes.size(), 1u);
   EXPECT_EQ(shell.boxes[0].text, "t.txt: Format Violation");
   EXPECT_EQ(shell.boxes[0].title, "Error");
@@ -355,7 +250,7 @@ TEST_F(TextFormats, WriteTxtText) {
   g.presets[0][2] = 5;
   g.presets[7][2] = -1;
   shell.marked = {2};
-  WriteTXT(g, dir.path(), true, Env());
+  WriteTXT(g, dir.path(), true, env);
   EXPECT_EQ(dir.Read("sample.txt"),
             "Category: Trel Samples\r\nTitle: Warm Glow\r\nCopyright: (c) Trel\r\nAuthor: Trel\r\n"
             "Filename: sample.8bf\r\n\r\n"
@@ -366,13 +261,13 @@ TEST_F(TextFormats, WriteTxtText) {
   // Premiere code is brought into Photoshop dialect first, in the record too.
   g.isPhotoshop = false;
   g.codeB = "P";
-  WriteTXT(g, dir.path(), false, Env());
+  WriteTXT(g, dir.path(), false, env);
   EXPECT_EQ(g.codeB, "Z");
   EXPECT_EQ(dir.Read("sample.txt").find("set["), std::string::npos);
 }
 
-// The fields a round trip through a format keeps: AFS and PFF have no maps and
-// no values for unnamed controls; all formats exchange the extension.
+// The fields a round trip keeps: AFS and PFF have no maps and no values for
+// unnamed controls; all formats exchange the extension.
 FFFilter Normalised(FFFilter f) {
   for (int i = 1; i <= 4; ++i) f.mapName[i].clear();
   for (int i = 1; i <= 8; ++i)
@@ -383,47 +278,41 @@ FFFilter Normalised(FFFilter f) {
 }
 
 TEST_F(TextFormats, RoundTripsBetweenAllSourceFormats) {
-  struct Format {
-    const char* extension;
-    void (*write)(FFFilter&, const std::string&, const FilterEnv&);
-  };
-  const Format formats[] = {
+  using Writer = void (*)(FFFilter&, const std::string&, const FilterEnv&);
+  const std::pair<const char*, Writer> formats[] = {
       {".afs", [](FFFilter& g, const std::string& d, const FilterEnv& e) { Writeafspff(g, d, 0, e); }},
       {".pff", [](FFFilter& g, const std::string& d, const FilterEnv& e) { Writeafspff(g, d, 1, e); }},
       {".txt", [](FFFilter& g, const std::string& d, const FilterEnv& e) { WriteTXT(g, d, false, e); }},
   };
-  for (const Format& from : formats) {
-    for (const Format& to : formats) {
-      FFFilter g = SampleFilter();
+  for (const auto& [fromExt, fromWrite] : formats) {
+    for (const auto& [toExt, toWrite] : formats) {
+      SCOPED_TRACE(std::string(fromExt) + " to " + toExt);
+      FFFilter g = SampleFilter(), read, back;
       TempDir first, second;
-      from.write(g, first.path(), Env());
+      fromWrite(g, first.path(), env);
       // The batch path: the writers convert the dialect by isPhotoshop.
-      FFFilter read;
-      ASSERT_TRUE(ReadFFfile(read, first.file(std::string("sample") + from.extension), Env()))
-          << from.extension;
-      to.write(read, second.path(), Env());
-      FFFilter back;
-      ASSERT_TRUE(LoadItFile(back, second.path(), std::string("sample") + to.extension, Env()))
-          << from.extension << " to " << to.extension;
+      ASSERT_TRUE(ReadFFfile(read, first.file(std::string("sample") + fromExt), env));
+      toWrite(read, second.path(), env);
+      ASSERT_TRUE(LoadItFile(back, second.path(), std::string("sample") + toExt, env));
       back.isPhotoshop = true;  // PFF records stay marked Premiere after the editor's conversion
-      EXPECT_EQ(Normalised(back), Normalised(SampleFilter())) << from.extension << " to " << to.extension;
+      EXPECT_EQ(Normalised(back), Normalised(SampleFilter()));
     }
   }
 }
 
 TEST_F(TextFormats, ReadersSurviveGarbageTruncationAndHugeFiles) {
   FFFilter g = SampleFilter();
-  Writeafspff(g, dir.path(), 0, Env());
-  Writeafspff(g, dir.path(), 1, Env());
-  WriteTXT(g, dir.path(), false, Env());
+  Writeafspff(g, dir.path(), 0, env);
+  Writeafspff(g, dir.path(), 1, env);
+  WriteTXT(g, dir.path(), false, env);
   const std::string samples[] = {dir.Read("sample.afs"), dir.Read("sample.pff"), dir.Read("sample.txt"),
-                                 Ffx({"FFX1.0", "T", "C", "A", "C", "", "r", "g", "b", "a"}, FfxControls())};
+                                 Ffx(kFfxStrings)};
   auto readAll = [&](const std::string& bytes) {
     for (const char* name : {"x.afs", "x.pff", "x.txt", "x.ffx"}) {
       dir.Write(name, bytes);
       FFFilter r;
-      LoadItFile(r, dir.path(), name, Env());
-      ReadFFfile(r, dir.file(name), Env());
+      LoadItFile(r, dir.path(), name, env);
+      ReadFFfile(r, dir.file(name), env);
     }
   };
   for (const auto& sample : samples)
@@ -434,9 +323,8 @@ TEST_F(TextFormats, ReadersSurviveGarbageTruncationAndHugeFiles) {
     for (auto& c : junk) c = static_cast<char>(random());
     readAll(junk);
   }
-  readAll(std::string(1024 * 1024, 'R'));  // one enormous line
+  readAll(std::string(1024 * 1024, 'R'));        // one enormous line
   readAll(std::string(17 * 1024 * 1024, '\r'));  // over the size any source can have
-  SUCCEED();
 }
 
 }  // namespace
