@@ -140,12 +140,7 @@ TEST_F(ImageLibraryTest, CompiledPluginGivesTheSamePixelsAsItsSource) {
     ASSERT_EQ(lib.ImgPlugInInvoke(h, 0, {0, 0, 8, 5}), IMG_OK);
     QImage expect = RunDirectly(picture, f), got = *lib.image(h);
     EXPECT_EQ(got.format(), picture.format());  // the picture keeps its format
-    for (int y = 0; y < 6; ++y)
-      for (int x = 0; x < 9; ++x) {
-        QColor e = expect.pixelColor(x, y);
-        ASSERT_EQ(got.pixelColor(x, y), QColor(e.red(), e.green(), e.blue(), alpha ? e.alpha() : 255))
-            << x << "," << y;
-      }
+    EXPECT_TRUE(got.convertToFormat(expect.format()) == expect) << "alpha: " << alpha;
     EXPECT_EQ(lib.ImgPlugInHostUnload(), IMG_OK);
     EXPECT_EQ(lib.ImgPlugInHostIsEnabled(), 0);
   }
