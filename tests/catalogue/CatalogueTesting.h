@@ -6,7 +6,9 @@
 
 #include <initializer_list>
 #include <string>
+#include <vector>
 
+#include "catalogue/PluginList.h"
 #include "catalogue/PluginTypes.h"
 #include "filter/FFFilter.h"
 #include "filter/FilterEnv.h"
@@ -24,7 +26,16 @@ class CatalogueTest : public ::testing::Test {
   FilterEnv env;
 };
 
-// A table of the given rows, all checked.
+using Strings = std::vector<std::string>;
+
+// One text field of every entry, in list order: Column(pane.plugins, &PluginEntry::title).
+inline Strings Column(const PluginList& list, std::string PluginEntry::*field) {
+  Strings out;
+  for (const PluginEntry& e : list) out.push_back(e.*field);
+  return out;
+}
+
+// A table of the given rows, all checked or all unchecked.
 inline PluginTypeTable Types(std::initializer_list<const char*> rows, bool checked = true) {
   PluginTypeList list;
   for (const char* row : rows) list.push_back({row, checked});

@@ -10,6 +10,9 @@
 namespace trel {
 namespace {
 
+using test::Column;
+using test::Strings;
+
 class CategoryChangeTest : public test::CatalogueTest {
  protected:
   // Scans one file as the Plugin View would and returns its first entry.
@@ -27,10 +30,10 @@ class CategoryChangeTest : public test::CatalogueTest {
   auto FileCount() const { return std::distance(std::filesystem::directory_iterator(dir.path()), {}); }
 };
 
-TEST_F(CategoryChangeTest, GeneralPluginRewritesOnlyItsOwnRoom) {
+TEST_F(CategoryChangeTest, GeneralPluginRewritesOnlyItsOwnRoomAndNothingThatDoesNotFit) {
   const std::string before = test::BuildPe({test::Pipl({"Distort", "Twirl", true, 8}, 1),
                                             test::Pipl({"Distort", "Other", true, 8}, 2)});
-  const PluginEntry entry = Scanned("p.8bf", before);
+  PluginEntry entry = Scanned("p.8bf", before);
   ASSERT_EQ(entry.maxCategoryLength, 7 + 8);
   ASSERT_TRUE(ChangeCat_FV(entry, "Warp", env));
   const std::string after = dir.Read("p.8bf");
@@ -39,25 +42,19 @@ TEST_F(CategoryChangeTest, GeneralPluginRewritesOnlyItsOwnRoom) {
   for (size_t i = 0; i < before.size(); ++i) {
     if (i < count || i > count + entry.maxCategoryLength) { ASSERT_EQ(after[i], before[i]) << "byte " << i; }
   }
-  EXPECT_EQ(after.substr(count, 1 + entry.maxCategoryLength),
-            std::string("\x04Warp") + std::string(entry.maxCategoryLength - 4, '\0'));
-
-  const ResourceProbe probe = ReadBack("p.8bf");
+  EXPECT_EQ(after.substr(count, 16), std::string("\x04Warp") + std::string(11, '\0'));
+  ResourceProbe probe = ReadBack("p.8bf");
   EXPECT_EQ(probe[1].category, "Warp");
   EXPECT_EQ(probe[1].title, "Twirl");
   EXPECT_EQ(probe[1].maximumLength, entry.maxCategoryLength);
   EXPECT_EQ(probe[2].category, "Distort");  // the second filter keeps its own
-}
 
-TEST_F(CategoryChangeTest, TooLongCategoryFailsUntouchedAndAFullRoomFits) {
-  const std::string before = test::PiplPlugin("Blur", "Soft");
-  const PluginEntry entry = Scanned("p.8bf", before);
-  ASSERT_EQ(entry.maxCategoryLength, 7);
-  EXPECT_FALSE(ChangeCat_FV(entry, "Much Too Long For The Room", env));
-  EXPECT_EQ(dir.Read("p.8bf"), before);
+  entry.category = "Warp";
+  EXPECT_FALSE(ChangeCat_FV(entry, std::string(16, 'L'), env));  // one letter too many
+  EXPECT_EQ(dir.Read("p.8bf"), after);
   EXPECT_TRUE(shell.boxes.empty());
-  EXPECT_TRUE(ChangeCat_FV(entry, "Sharpen", env));
-  EXPECT_EQ(ReadBack("p.8bf")[1].category, "Sharpen");
+  EXPECT_TRUE(ChangeCat_FV(entry, std::string(15, 'F'), env));
+  EXPECT_EQ(ReadBack("p.8bf")[1].category, std::string(15, 'F'));
 }
 
 TEST_F(CategoryChangeTest, EntriesWithoutAPlaceInTheFileFail) {
@@ -109,7 +106,7 @@ TEST_F(CategoryChangeTest, MissingFileIsReportedAsAccessError) {
   EXPECT_EQ(shell.boxes[0].title, "Error");
 }
 
-TEST_F(CategoryChangeTest, SourcesAreReadAndWrittenAgainInTheirPlace) {
+TEST_F(CategoryChangeTest, SourcesAreReadAndWrittenAgainInTheirPlaceUnlessUnreadable) {
   FFFilter f = test::SourceFilter("Glow.afs", "Old");
   Writeafspff(f, dir.path(), 0, env);
   PaneCatalogue pane;
@@ -121,7 +118,7 @@ TEST_F(CategoryChangeTest, SourcesAreReadAndWrittenAgainInTheirPlace) {
   ASSERT_TRUE(ReadAFS(back, dir.path(), "Glow.afs", env));
   EXPECT_EQ(back.category, "Lights");
   EXPECT_EQ(back.codeG, "g");
-  EXPECT_EQ(pane.categories, (std::vector<std::string>{"Lights", "Old"}));
+  EXPECT_EQ(pane.categories, (Strings{"Lights", "Old"}));
 
   // A text source keeps its file name field, which names another file.
   f = test::SourceFilter("Other.8bf", "Old");
@@ -132,14 +129,12 @@ TEST_F(CategoryChangeTest, SourcesAreReadAndWrittenAgainInTheirPlace) {
   EXPECT_EQ(back.category, "New Place");
   EXPECT_EQ(back.filename, "Other.8bf");
   EXPECT_EQ(FileCount(), 2);
-}
 
-TEST_F(CategoryChangeTest, UnreadableSourceFailsAndStaysAsItWas) {
   const std::string broken = "%RGB-1.0\r300\r";  // a control value no byte can hold
   dir.Write("Broken.afs", broken);
   EXPECT_FALSE(ChangeSourceCategory({dir.file("Broken.afs"), "X", "Broken (.afs)", 0, 0}, "New", env));
   EXPECT_EQ(dir.Read("Broken.afs"), broken);
-  EXPECT_EQ(FileCount(), 1);
+  EXPECT_EQ(FileCount(), 3);
 }
 
 class ChangeCategoryCommandTest : public CategoryChangeTest {
@@ -157,26 +152,17 @@ class ChangeCategoryCommandTest : public CategoryChangeTest {
   std::vector<FilterRow> rows = {{"+ Alpha", 1, true}, {"+ Beta", 2, true}, {"+ Odd", 3, false}};
 };
 
-TEST_F(ChangeCategoryCommandTest, MovesSelectedRowsAndAddsTheNewCategoryToTheSnapshot) {
-  const ChangeCategoryResult r = Change("Artistic");
-  EXPECT_TRUE(r.moved);
-  EXPECT_EQ(r.failures, 0);
-  ASSERT_EQ(rows.size(), 1u);
-  EXPECT_EQ(rows[0].text, "+ Odd");
-  EXPECT_EQ(pane.plugins[1].category, "Artistic");
-  EXPECT_EQ(pane.plugins[2].category, "Artistic");
-  EXPECT_EQ(pane.plugins[3].category, "Blur");
-  EXPECT_EQ(pane.categorySnapshot, (std::vector<std::string>{"Artistic", "Blur"}));
-  EXPECT_EQ(pane.categories, pane.categorySnapshot);
-  EXPECT_EQ(ReadBack("b.8bf")[1].category, "Artistic");
-  EXPECT_TRUE(shell.boxes.empty());
-}
-
-TEST_F(ChangeCategoryCommandTest, CountsTheFailures) {
+TEST_F(ChangeCategoryCommandTest, MovesSelectedRowsAddsTheCategoryToTheSnapshotAndCountsFailures) {
   rows[2].selected = true;  // "Odd" has room for 7 letters only
-  EXPECT_EQ(Change("Stylize More").failures, 1);
+  const ChangeCategoryResult r = Change("Stylize More");
+  EXPECT_TRUE(r.moved);
+  EXPECT_EQ(r.failures, 1);
   ASSERT_EQ(rows.size(), 1u);
   EXPECT_EQ(rows[0].text, "+ Odd");
+  EXPECT_EQ(Column(pane.plugins, &PluginEntry::category), (Strings{"Stylize More", "Stylize More", "Blur"}));
+  EXPECT_EQ(pane.categorySnapshot, (Strings{"Blur", "Stylize More"}));
+  EXPECT_EQ(pane.categories, pane.categorySnapshot);
+  EXPECT_EQ(ReadBack("b.8bf")[1].category, "Stylize More");
   ASSERT_EQ(shell.boxes.size(), 1u);
   EXPECT_EQ(shell.boxes[0].text, "Changing the category didn't work for 1 plugin(s).");
 }
@@ -198,7 +184,7 @@ TEST_F(ChangeCategoryCommandTest, RefusesOutsideThePluginViewWithoutSelectionAnd
 
 TEST_F(ChangeCategoryCommandTest, DialogChoicesAndRetries) {
   pane.AddCategory("[Unknown]");
-  EXPECT_EQ(CategoryChoices(pane), std::vector<std::string>{"Blur"});
+  EXPECT_EQ(CategoryChoices(pane), Strings{"Blur"});
   EXPECT_TRUE(CategoryInputNeedsRetry(pane, ""));
   EXPECT_TRUE(CategoryInputNeedsRetry(pane, "[Premiere Video]"));
   EXPECT_FALSE(CategoryInputNeedsRetry(pane, "[Unknown]"));

@@ -42,14 +42,9 @@ TEST(ToggleName, TypeRowsUseTheirOwnExtensionLengthAndOnlyWhenChecked) {
   // View keeps the whole extension, lower-cased; the Plugin View takes the
   // last three letters only.
   ExpectToggles(test::Types({"Acrobat Plugin (api|2)", "Lightwave Plugin (p|3)", "Long (ABCD|3)"}),
-                {{"x.api", "x_api", false},
-                 {"x_api", "x.api", true},
-                 {"scene.p", "scene_p", false, kPluginView},
-                 {"scene_p", "scene.p", true, kPluginView},
-                 {"x_abcd", "x.ABCD", true},
-                 {"x.AbCd", "x_abcd", false},
-                 {"x.AbCd", "x_bcd", false, kPluginView},
-                 {"xapi", "", false}},
+                {{"x.api", "x_api", false}, {"x_api", "x.api", true}, {"scene.p", "scene_p", false, kPluginView},
+                 {"scene_p", "scene.p", true, kPluginView}, {"x_abcd", "x.ABCD", true}, {"x.AbCd", "x_abcd", false},
+                 {"x.AbCd", "x_bcd", false, kPluginView}, {"xapi", "", false}},
                 false);
   EXPECT_FALSE(ToggleName("x.api", test::Types({"Acrobat Plugin (api|2)"}, false), kFileView).has_value());
 }

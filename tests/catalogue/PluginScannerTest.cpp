@@ -8,7 +8,9 @@
 namespace trel {
 namespace {
 
+using test::Column;
 using test::PiplPlugin;
+using test::Strings;
 
 // A plugin of one of the Filter Factory sizes with its category where the
 // compiled filters have it.
@@ -27,27 +29,24 @@ class ScannerTest : public test::CatalogueTest {
 TEST_F(ScannerTest, MultiFilterPluginGivesOneEntryPerFilterAndOnlyTheLastCategory) {
   dir.Write("multi.8bf", test::BuildPe({test::Pipl({"Blur", "Soft"}, 1), test::Pipl({"Sharpen", "Crisp"}, 2)}));
   ASSERT_EQ(Scan(), 2);
-  EXPECT_EQ(pane.plugins[1].title, "Soft");
-  EXPECT_EQ(pane.plugins[2].title, "Crisp");
+  EXPECT_EQ(Column(pane.plugins, &PluginEntry::title), (Strings{"Soft", "Crisp"}));
   EXPECT_EQ(pane.plugins[1].path, pane.plugins[2].path);
-  EXPECT_EQ(pane.categories, std::vector<std::string>{"Sharpen"});
+  EXPECT_EQ(pane.categories, Strings{"Sharpen"});
 }
 
 TEST_F(ScannerTest, FilesComeInNameOrderAndSubfoldersOnlyWithRecursion) {
-  dir.Write("b.8bf", PiplPlugin("Zeta", "B"));
-  dir.Write("A.8bf", PiplPlugin("alpha", "A"));
   std::filesystem::create_directories(dir.file("sub/deeper"));
-  dir.Write("sub/deeper/d.8bf", PiplPlugin("Deep", "D"));
-  dir.Write("sub/c.8bf", PiplPlugin("Mid", "C"));
-  dir.Write("z.8bf", PiplPlugin("Zeta", "Z"));
+  for (const auto& [file, category] : {std::pair{"b.8bf", "Zeta"}, {"A.8bf", "alpha"}, {"sub/deeper/d.8bf", "Deep"},
+                                       {"sub/c.8bf", "Mid"}, {"z.8bf", "Zeta"}}) {
+    dir.Write(file, PiplPlugin(category, file));
+  }
   ASSERT_EQ(Scan(), 3);
-  EXPECT_EQ(pane.plugins[1].title, "A");
-  EXPECT_EQ(pane.plugins[3].title, "Z");
+  EXPECT_EQ(Column(pane.plugins, &PluginEntry::title), (Strings{"A.8bf", "b.8bf", "z.8bf"}));
   pane = {};
   ASSERT_EQ(Scan({.subFolders = true}), 5);
-  EXPECT_EQ(pane.plugins[4].title, "C");
-  EXPECT_EQ(pane.plugins[5].title, "D");
-  EXPECT_EQ(pane.categories, (std::vector<std::string>{"alpha", "Deep", "Mid", "Zeta"}));
+  EXPECT_EQ(pane.plugins[4].title, "sub/c.8bf");
+  EXPECT_EQ(pane.plugins[5].title, "sub/deeper/d.8bf");
+  EXPECT_EQ(pane.categories, (Strings{"alpha", "Deep", "Mid", "Zeta"}));
 }
 
 TEST_F(ScannerTest, EachKindIsDispatchedAndFilterFactoryPlacesZeroTheOffset) {
@@ -104,27 +103,19 @@ TEST_F(ScannerTest, ShiftKeepsOnlyFilterFactorySizes) {
   EXPECT_EQ(pane.plugins[1].path, dir.file("a.8bf"));
 }
 
-TEST_F(ScannerTest, FilterSourcesOnlyWithTheOption) {
+TEST_F(ScannerTest, SourcesOnlyWithTheOptionAndTypeTableFilesOnlyWhenTheirRowIsChecked) {
   FFFilter f = test::SourceFilter("Glow.afs", "Sources");
   Writeafspff(f, dir.path(), 0, env);
-  ASSERT_TRUE(dir.Exists("Glow.afs"));
-  EXPECT_EQ(Scan(), 0);
-  ASSERT_EQ(Scan({.includeSources = true}), 1);
-  EXPECT_EQ(pane.plugins[1].title, "Glow (.afs)");
-  EXPECT_EQ(pane.plugins[1].category, "Sources");
-  EXPECT_EQ(pane.plugins[1].categoryOffset, 0);
-}
-
-TEST_F(ScannerTest, TypeTableFilesOnlyWhenTheirRowIsChecked) {
   dir.Write("x.tub", "tube");
   dir.Write("y.api", "acrobat");
   dir.Write("z.abcd", "four letters");
   EXPECT_EQ(Scan(), 0);
   table = test::DefaultTypes("Tube");
-  ASSERT_EQ(Scan(), 1);
-  EXPECT_EQ(pane.plugins[1].category, "[PSP Tube]");
-  EXPECT_EQ(pane.plugins[1].title, "x");
-  EXPECT_EQ(pane.plugins[1].categoryOffset, -1);
+  ASSERT_EQ(Scan({.includeSources = true}), 2);
+  EXPECT_EQ(Column(pane.plugins, &PluginEntry::title), (Strings{"Glow (.afs)", "x"}));
+  EXPECT_EQ(Column(pane.plugins, &PluginEntry::category), (Strings{"Sources", "[PSP Tube]"}));
+  EXPECT_EQ(pane.plugins[1].categoryOffset, 0);
+  EXPECT_EQ(pane.plugins[2].categoryOffset, -1);
 }
 
 TEST_F(ScannerTest, MaskFallsBackToEverythingWhenTooLong) {
@@ -161,33 +152,30 @@ TEST_F(ScannerTest, ProgressAndLabelsAreReported) {
   EXPECT_EQ(yields, 2);
 }
 
-TEST_F(ScannerTest, EnteringThePluginViewScansOnceAndSnapshotsTheCategories) {
-  dir.Write("a.8bf", PiplPlugin("Blur", "A"));
-  EXPECT_EQ(Enter(), PluginViewEntry::Scanned);
-  EXPECT_EQ(pane.categorySnapshot, std::vector<std::string>{"Blur"});
-  dir.Write("b.8bf", PiplPlugin("Noise", "B"));
-  EXPECT_EQ(Enter(), PluginViewEntry::ListStands);
-  EXPECT_EQ(pane.plugins.Count(), 1);
-  pane.PluginViewFresh = false;  // what a toggle in the File View does
-  EXPECT_EQ(Enter(), PluginViewEntry::Scanned);
-  EXPECT_EQ(pane.plugins.Count(), 2);
-}
-
-TEST_F(ScannerTest, EmptyFolderOrEscapeTellsTheUserAndScansAgainNextTime) {
+TEST_F(ScannerTest, EnteringThePluginViewScansOnlyWhenTheListIsStale) {
   dir.Write("readme.txt", "text");
   EXPECT_EQ(Enter(), PluginViewEntry::NothingFound);
   ASSERT_EQ(shell.boxes.size(), 1u);
   EXPECT_EQ(shell.boxes[0].text,
             "No plugins or other supported files were found in the current\n"
             "folder. Please select another folder and try again.");
-  EXPECT_FALSE(pane.PluginViewFresh);
-
-  // Esc in the middle drops what was found so far.
   dir.Write("a.8bf", PiplPlugin("Blur", "A"));
-  dir.Write("b.8bf", PiplPlugin("Blur", "B"));
+  EXPECT_EQ(Enter(), PluginViewEntry::Scanned);
+  EXPECT_EQ(pane.categorySnapshot, Strings{"Blur"});
+  dir.Write("b.8bf", PiplPlugin("Noise", "B"));
+  EXPECT_EQ(Enter(), PluginViewEntry::ListStands);
+  EXPECT_EQ(pane.plugins.Count(), 1);
+  pane.PluginViewFresh = false;  // what a toggle in the File View does
+  EXPECT_EQ(Enter(), PluginViewEntry::Scanned);
+  EXPECT_EQ(pane.plugins.Count(), 2);
+
+  // Esc after the first file drops what was found so far.
+  pane.PluginViewFresh = false;
+  shell.escapePolls = 0;
   shell.escapeAfterPolls = 1;
   EXPECT_EQ(Enter(), PluginViewEntry::NothingFound);
   EXPECT_EQ(pane.plugins.Count(), 0);
+  EXPECT_FALSE(pane.PluginViewFresh);
 }
 
 }  // namespace

@@ -75,7 +75,7 @@ TEST_F(ReadCom8bfTest, MultiFilterPluginGivesOneElementPerResourceAndTheFirstDec
   EXPECT_TRUE(p[3].category.empty());
 }
 
-TEST_F(ReadCom8bfTest, OldStylePimiAndBfmMeetInTheSameElements) {
+TEST_F(ReadCom8bfTest, OldStylePimiAndBfmMeetInTheSameElementsAndMacintoshBinsGoToTheFilterReader) {
   const std::string bytes = BuildPe({test::Pimi("Old Category"), test::Bfm8("Old Title")});
   bool ok = false;
   ResourceProbe p = Probe(bytes, ok);
@@ -93,11 +93,8 @@ TEST_F(ReadCom8bfTest, OldStylePimiAndBfmMeetInTheSameElements) {
   p = Probe(BuildPe({test::Pimi("Lonely")}), ok);  // no title: false, the category stays
   EXPECT_FALSE(ok);
   EXPECT_EQ(p[1].category, "Lonely");
-}
 
-TEST_F(ReadCom8bfTest, MacintoshSizeBinRefusedByTheFilterReaderIsFalse) {
-  bool ok = true;
-  Probe(std::string(99712, '\0'), ok, "mac.bin");
+  Probe(std::string(99712, '\0'), ok, "mac.bin");  // the Macintosh size, refused by the filter reader
   EXPECT_FALSE(ok);
 }
 
