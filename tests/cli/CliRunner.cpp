@@ -4,7 +4,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 
 #include "support/TempDir.h"
 
@@ -14,7 +16,6 @@ CliResult RunCli(const std::vector<std::string>& args, const std::string& home) 
   TempDir capture;
   const std::string outPath = capture.file("out");
   const std::string errPath = capture.file("err");
-  CliResult result;
   const pid_t pid = ::fork();
   if (pid == 0) {
     ::setenv("TREL_HOME", home.c_str(), 1);
@@ -33,10 +34,15 @@ CliResult RunCli(const std::vector<std::string>& args, const std::string& home) 
   }
   int status = 0;
   ::waitpid(pid, &status, 0);
-  result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  result.out = capture.Read("out");
-  result.err = capture.Read("err");
-  return result;
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, capture.Read("out"), capture.Read("err")};
+}
+
+std::vector<std::string> CliTest::Files(const std::string& folder) const {
+  namespace fs = std::filesystem;
+  std::vector<std::string> names;
+  for (const auto& e : fs::recursive_directory_iterator(folder)) names.push_back(fs::relative(e.path(), folder).string());
+  std::sort(names.begin(), names.end());
+  return names;
 }
 
 }  // namespace trel::test
