@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <ctime>
 #include <vector>
 
@@ -10,13 +11,12 @@ namespace trel {
 namespace {
 
 TEST(PathHelpers, SplitAtTheLastSeparator) {
-  EXPECT_EQ(FileNameOf("/a/b/c.8bf"), "c.8bf");
-  EXPECT_EQ(FolderOf("/a/b/c.8bf"), "/a/b/");
-  EXPECT_EQ(FileNameOf("/a/b/"), "");
-  EXPECT_EQ(FolderOf("/a/b/"), "/a/b/");
-  EXPECT_EQ(FileNameOf("plain.txt"), "plain.txt");
-  EXPECT_EQ(FolderOf("plain.txt"), "");
-  EXPECT_EQ(FileNameOf(""), "");
+  const std::array<const char*, 3> cases[] = {
+      {"/a/b/c.8bf", "/a/b/", "c.8bf"}, {"/a/b/", "/a/b/", ""}, {"plain.txt", "", "plain.txt"}, {"", "", ""}};
+  for (const auto& [path, folder, name] : cases) {
+    EXPECT_EQ(FolderOf(path), folder) << path;
+    EXPECT_EQ(FileNameOf(path), name) << path;
+  }
 }
 
 TEST(InvertDigits, MirrorsDigitsAndBlanksMinus) {
@@ -25,48 +25,40 @@ TEST(InvertDigits, MirrorsDigitsAndBlanksMinus) {
   EXPECT_EQ(InvertDigits("a&b"), "a&b");
 }
 
+using Texts = std::vector<std::string>;
+
 // Sorts cells by their keys as the list does, and returns their texts.
-std::vector<std::string> SortedTexts(std::vector<SortCell> cells, SortColumn column, bool ascending) {
+Texts SortedTexts(std::vector<SortCell> cells, SortColumn column, bool ascending) {
   std::stable_sort(cells.begin(), cells.end(), [&](const SortCell& a, const SortCell& b) {
     return SortKeyOf(a, column, ascending) < SortKeyOf(b, column, ascending);
   });
-  std::vector<std::string> texts;
+  Texts texts;
   for (const auto& c : cells) texts.push_back(c.text);
   return texts;
 }
 
-SortCell Size(const std::string& text, int64_t value) { return {text, true, value}; }
-
-TEST(SortKeyOf, SizesSortByValueBothWays) {
-  const std::vector<SortCell> cells = {Size("999", 999), Size("1,000", 1000), Size("", 0), {" ", false, 0},
-                                       Size("5,000,000,000", 5000000000LL)};
-  EXPECT_EQ(SortedTexts(cells, SortColumn::Size, true),
-            (std::vector<std::string>{" ", "", "999", "1,000", "5,000,000,000"}));
-  EXPECT_EQ(SortedTexts(cells, SortColumn::Size, false),
-            (std::vector<std::string>{"5,000,000,000", "1,000", "999", "", " "}));
-}
-
-TEST(SortKeyOf, SameDatesSortBySecond) {
+TEST(SortKeyOf, ValuesForSizesAndDatesNamesCaseBlindDescendingTheExactReverse) {
   std::tm day{};
-  day.tm_year = 2024 - 1900;
-  day.tm_mon = 4;
-  day.tm_mday = 17;
-  day.tm_hour = 12;
-  day.tm_isdst = -1;
+  day.tm_year = 2024 - 1900, day.tm_mon = 4, day.tm_mday = 17, day.tm_hour = 12, day.tm_isdst = -1;
   const int64_t noon = static_cast<int64_t>(std::mktime(&day));
-  const std::vector<SortCell> cells = {{"b", true, noon + 2}, {"a", true, noon + 1}, {"c", true, noon + 59},
-                                       {"older", true, noon - 86400 * 400}};
-  EXPECT_EQ(SortedTexts(cells, SortColumn::Date, true), (std::vector<std::string>{"older", "a", "b", "c"}));
-  EXPECT_EQ(SortedTexts(cells, SortColumn::Date, false), (std::vector<std::string>{"c", "b", "a", "older"}));
-}
-
-TEST(SortKeyOf, NamesSortCaseBlindAndLeadingBlankFirst) {
-  const std::vector<SortCell> cells = {{"beta.8bf"}, {" zeta"}, {"Alpha.prm"}, {" .."}, {"alpha"}};
-  EXPECT_EQ(SortedTexts(cells, SortColumn::Name, true),
-            (std::vector<std::string>{" ..", " zeta", "alpha", "Alpha.prm", "beta.8bf"}));
-  // Descending is the exact reverse, a prefix included.
-  EXPECT_EQ(SortedTexts(cells, SortColumn::Name, false),
-            (std::vector<std::string>{"beta.8bf", "Alpha.prm", "alpha", " zeta", " .."}));
+  const struct {
+    SortColumn column;
+    std::vector<SortCell> cells;
+    Texts ascending;
+  } cases[] = {
+      {SortColumn::Size,  // a folder has no size and comes before an empty file
+       {{"999", true, 999}, {"1,000", true, 1000}, {"", true, 0}, {" ", false, 0}, {"5,000,000,000", true, 5000000000}},
+       {" ", "", "999", "1,000", "5,000,000,000"}},
+      {SortColumn::Date,  // the same day sorts by the second
+       {{"b", true, noon + 2}, {"a", true, noon + 1}, {"c", true, noon + 59}, {"older", true, noon - 86400 * 400}},
+       {"older", "a", "b", "c"}},
+      {SortColumn::Name,  // a leading blank first, a prefix before its longer names
+       {{"beta.8bf"}, {" zeta"}, {"Alpha.prm"}, {" .."}, {"alpha"}},
+       {" ..", " zeta", "alpha", "Alpha.prm", "beta.8bf"}}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(SortedTexts(c.cells, c.column, true), c.ascending);
+    EXPECT_EQ(SortedTexts(c.cells, c.column, false), Texts(c.ascending.rbegin(), c.ascending.rend()));
+  }
 }
 
 TEST(DensityFactors, ApplyOnlyWhenBothTwipSizesDifferFromTheDesign) {

@@ -7,20 +7,19 @@ namespace {
 
 using List = std::vector<std::string>;
 
-TEST(FolderHistory, WithoutAutoAddNothingChanges) {
-  List list{"/a/"};
-  EXPECT_FALSE(UpdateFolderHistory(list, "/b/", {false, true, 0}));
-  EXPECT_EQ(list, List{"/a/"});
-}
-
 TEST(FolderHistory, FirstInFirstOutKeepsTheNewest) {
   List list;
+  EXPECT_FALSE(UpdateFolderHistory(list, "/0/", {false, true, 0}));  // without AutoAdd nothing changes
+  EXPECT_TRUE(list.empty());
   const FolderHistoryOptions fifo{true, false, 3};
   for (const char* f : {"/1/", "/2/", "/3/", "/4/"}) UpdateFolderHistory(list, f, fifo);
   EXPECT_EQ(list, (List{"/2/", "/3/", "/4/"}));
   // A known folder, compared case-blind, stays where it is.
   EXPECT_FALSE(UpdateFolderHistory(list, "/3/", fifo));
   EXPECT_EQ(list, (List{"/2/", "/3/", "/4/"}));
+  // A limit of zero means no limit.
+  for (int i = 0; i < 50; ++i) UpdateFolderHistory(list, "/f" + std::to_string(i) + "/", {true, false, 0});
+  EXPECT_EQ(list.size(), 53u);
 }
 
 TEST(FolderHistory, AutoTopMovesAKnownFolderFirstAndDropsTheLast) {
@@ -32,12 +31,6 @@ TEST(FolderHistory, AutoTopMovesAKnownFolderFirstAndDropsTheLast) {
   EXPECT_EQ(list, (List{"/c/", "/Plugins/", "/b/"}));
   EXPECT_TRUE(UpdateFolderHistory(list, "/d/", mru));
   EXPECT_EQ(list, (List{"/d/", "/c/", "/Plugins/"}));
-}
-
-TEST(FolderHistory, ALimitOfZeroMeansNoLimit) {
-  List list;
-  for (int i = 0; i < 50; ++i) UpdateFolderHistory(list, "/f" + std::to_string(i) + "/", {true, false, 0});
-  EXPECT_EQ(list.size(), 50u);
 }
 
 }  // namespace

@@ -15,28 +15,28 @@ class PreferencesTest : public ::testing::Test {
   SettingsStore store{dir.file("Trel10.ini")};
 };
 
-TEST_F(PreferencesTest, AnEmptyStoreKeepsTheDesignValues) {
-  Preferences prefs;
-  LoadPreferences(store, prefs);
-  const Preferences design;
-  EXPECT_EQ(prefs.interfaceFile, "Interfc4.des");
-  EXPECT_EQ(prefs.fileview, design.fileview);
-  EXPECT_EQ(prefs.ffl10, design.ffl10);
-  EXPECT_EQ(prefs.folderItemLimit, design.folderItemLimit);
-  EXPECT_TRUE(prefs.apps.empty());
-  EXPECT_FALSE(prefs.fonts[0].set);
-}
-
-TEST_F(PreferencesTest, GarbageLeavesBoxesAsTheyAre) {
-  store.Save(kSectionSettings, "ScanSubDirs", "yes please");
-  store.Save(kSectionSettings, "Fileview5", "7");
-  store.Save(kSectionSettings, "FolderItemLimit", "-4");
+TEST_F(PreferencesTest, LoadTakesWhatItCanReadAndLeavesTheRestAsItIs) {
+  for (const auto& [key, value] : std::vector<std::pair<std::string, std::string>>{
+           {"ScanSubDirs", "yes please"}, {"Fileview5", "7"}, {"FolderItemLimit", "-4"},
+           // Keys the program never writes are still honoured.
+           {"UsedFF", "2"}, {"Encrypt1", "1"}, {"EditorPlugin2", "1"}, {"PluginType0", "old row"}})
+    store.Save(kSectionSettings, key, value);
   Preferences prefs;
   prefs.scanSubDirs = 1;
   LoadPreferences(store, prefs);
   EXPECT_EQ(prefs.scanSubDirs, 1);
-  EXPECT_EQ(prefs.fileview[5], 1);
+  EXPECT_EQ(prefs.fileview, Preferences{}.fileview);
   EXPECT_EQ(prefs.folderItemLimit, "20");
+  EXPECT_EQ(prefs.interfaceFile, "Interfc4.des");
+  EXPECT_EQ(prefs.ffl10, 1);
+  EXPECT_TRUE(prefs.apps.empty());
+  EXPECT_FALSE(prefs.fonts[0].set);
+  EXPECT_EQ(prefs.usedFF, 2);
+  EXPECT_EQ(prefs.encrypt[1], 1);
+  EXPECT_EQ(prefs.editorPlugin[2], 1);
+  EXPECT_TRUE(prefs.legacyPluginTypes);
+  CommitPreferences(store, prefs);
+  EXPECT_FALSE(store.HasSetting(kAppName, kSectionSettings, "PluginType0"));
 }
 
 TEST_F(PreferencesTest, AGapInTheAppsHidesLaterEntriesAndOkRewritesThem) {
@@ -51,18 +51,13 @@ TEST_F(PreferencesTest, AGapInTheAppsHidesLaterEntriesAndOkRewritesThem) {
   EXPECT_EQ(store.Get(kSectionSettings, "App7"), "");
 }
 
-TEST_F(PreferencesTest, OkStoresALimitOfZeroAsTwenty) {
+TEST_F(PreferencesTest, OkGrowsAFontByOnePointAndStoresALimitOfZeroAsTwenty) {
   Preferences prefs;
   prefs.folderItemLimit = "abc";
+  prefs.fonts[0] = {"Tahoma", 8.25, true, false, true};
   CommitPreferences(store, prefs);
   EXPECT_EQ(prefs.folderItemLimit, "20");
   EXPECT_EQ(store.Get(kSectionSettings, "FolderItemLimit"), "20");
-}
-
-TEST_F(PreferencesTest, AFontGrowsByOnePointAtEveryOk) {
-  Preferences prefs;
-  prefs.fonts[0] = {"Tahoma", 8.25, true, false, true};
-  CommitPreferences(store, prefs);
   EXPECT_EQ(store.Get(kSectionSettings, "FontSize1"), "9");
   EXPECT_EQ(store.Get(kSectionSettings, "FontBold1"), "True");
   Preferences again;
@@ -76,21 +71,6 @@ TEST_F(PreferencesTest, AFontGrowsByOnePointAtEveryOk) {
   Preferences small;
   LoadPreferences(store, small);
   EXPECT_FALSE(small.fonts[1].set);
-}
-
-TEST_F(PreferencesTest, KeysTheProgramNeverWritesAreStillHonoured) {
-  store.Save(kSectionSettings, "UsedFF", "2");
-  store.Save(kSectionSettings, "Encrypt1", "1");
-  store.Save(kSectionSettings, "EditorPlugin2", "1");
-  store.Save(kSectionSettings, "PluginType0", "old row");
-  Preferences prefs;
-  LoadPreferences(store, prefs);
-  EXPECT_EQ(prefs.usedFF, 2);
-  EXPECT_EQ(prefs.encrypt[1], 1);
-  EXPECT_EQ(prefs.editorPlugin[2], 1);
-  EXPECT_TRUE(prefs.legacyPluginTypes);
-  CommitPreferences(store, prefs);
-  EXPECT_FALSE(store.HasSetting(kAppName, kSectionSettings, "PluginType0"));
 }
 
 }  // namespace
