@@ -10,7 +10,6 @@ namespace {
 
 using namespace test;
 namespace fs = std::filesystem;
-using Names = std::vector<std::string>;
 
 // A text source; the batch reader takes its file name from the Filename line.
 std::string Txt(const std::string& title, std::string filename = "") {
@@ -50,13 +49,7 @@ class BatchConvert : public FilterTest {
     request.targetFolder = dir.file("out");
     request.format = kFormatAFS;
   }
-  Names Files() const {
-    Names names;
-    for (const auto& e : fs::recursive_directory_iterator(dir.file("out")))
-      names.push_back(fs::relative(e.path(), dir.file("out")).string());
-    std::sort(names.begin(), names.end());
-    return names;
-  }
+  Names Files() const { return FilesBelow(dir.file("out")); }
   // Sources a.txt, b.txt, ... of the given titles.
   void Select(const Names& titles) {
     for (const auto& t : titles) request.selection.push_back(dir.Write(ToLower(t) + ".txt", Txt(t)));

@@ -12,7 +12,6 @@ namespace {
 
 using namespace test;
 namespace fs = std::filesystem;
-using Names = std::vector<std::string>;
 
 // The 29 lines of an entry, written out by hand so that the readers are not
 // tested against our own writer.
@@ -59,12 +58,7 @@ std::string WithSecondDeleted(const std::vector<RawEntry>& entries, const std::s
 class FFLTest : public FilterTest {
  protected:
   FFLTest() { env.options.programFolder = dir.path(); }
-  Names FilesIn(const std::string& sub) const {
-    Names names;
-    for (const auto& e : fs::directory_iterator(dir.file(sub))) names.push_back(e.path().filename().string());
-    std::sort(names.begin(), names.end());
-    return names;
-  }
+  Names FilesIn(const std::string& sub) const { return FilesBelow(dir.file(sub)); }
   Names Titles(const std::string& path) {
     Names titles;
     EXPECT_TRUE(ReadFFLLibrary(path, lib, env));

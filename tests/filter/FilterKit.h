@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -39,6 +41,17 @@ inline std::string Describe(const FFFilter& f) {
   return "filename=" + f.filename + "\ntexts=" + Texts(f) + "\nmaps=" + Maps(f) + "\nctls=" + Controls(f) +
          "\nvalues=" + Values(f) + "\ncodes=" + Codes(f) + "\nisPhotoshop=" + std::to_string(f.isPhotoshop) +
          "\ntransition=" + f.transitionName + "\npresets=" + presets + "\n";
+}
+
+using Names = std::vector<std::string>;
+
+// The files and folders below `folder`, relative and sorted.
+inline Names FilesBelow(const std::string& folder) {
+  namespace fs = std::filesystem;
+  Names names;
+  for (const auto& e : fs::recursive_directory_iterator(folder)) names.push_back(fs::relative(e.path(), folder).string());
+  std::sort(names.begin(), names.end());
+  return names;
 }
 
 class FilterTest : public ::testing::Test {
