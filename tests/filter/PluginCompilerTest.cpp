@@ -418,12 +418,10 @@ TEST_F(PluginCompiler, PremiereTemplatesOfOtherVersionsArePatchedAtTheirShift) {
   ASSERT_TRUE(ReadTF(back, out, "wavy.prm", false, env));
   EXPECT_EQ(back.mapName[2] + "|" + back.codeA, "Map B|a");
   EXPECT_TRUE(shell.errors.empty());
-}
-
-TEST_F(PluginCompiler, PremiereWritersRefuseTemplatesOfTheWrongKind) {
+  // Templates of the wrong kind or missing ones are refused.
+  fs::remove(out + "wavy.prm");
   env.options.compile.premiereFFTemplate = prog + "photo30.dll";
   env.options.compile.premiereTFTemplate = prog + "fl-fact.prm";
-  FFFilter f = Sample();
   WritePRM(f, out, env);
   WriteTF(f, out, env);
   env.options.compile.premiereFFTemplate = prog + "missing.prm";

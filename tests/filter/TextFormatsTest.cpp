@@ -9,7 +9,13 @@ namespace trel {
 namespace {
 
 using namespace test;
-using TextFormats = FilterTest;
+class TextFormats : public FilterTest {
+ protected:
+  bool ReadTxtText(const std::string& text, bool presets = false) {
+    dir.Write("t.txt", text);
+    return ReadTXT(f, dir.path(), "t.txt", false, presets, env);
+  }
+};
 
 // An AFS file: magic, eight values, four codes, and an optional tail.
 std::string Afs(const std::string& values, const std::string& codes, const std::string& tail = "") {
@@ -148,18 +154,12 @@ TEST_F(TextFormats, FfxRefusesOtherMagicShortFilesAndMissingFiles) {
   }
 }
 
-bool ReadTxtText(FFFilter& f, const TempDir& dir, const std::string& text, const FilterEnv& env,
-                 bool presets = false) {
-  dir.Write("t.txt", text);
-  return ReadTXT(f, dir.path(), "t.txt", false, presets, env);
-}
-
 TEST_F(TextFormats, TxtFreeFormKeysAndBlocks) {
   const std::string text =
       "CATEGORY:  Distort \nTitle: Twirl\ncopyright: me\r\nAUTHOR: you\rfile: twirl.8bf\n"
       "R: r+g // red and green\n+b\n\nG=g\nB: b\n\n"
       "ctl[0]: Angle\nmap[1]: Curve\nval[0]: 128\nval[3]: 7x\n";
-  ASSERT_TRUE(ReadTxtText(f, dir, text, env));
+  ASSERT_TRUE(ReadTxtText(text));
   EXPECT_EQ(Texts(f), "Distort|Twirl|you|me");
   EXPECT_EQ(f.filename, "twirl.8bf");
   // The comment's blank goes in the optimizer; G opens by its `=` form and ends
@@ -173,42 +173,42 @@ TEST_F(TextFormats, TxtFreeFormKeysAndBlocks) {
 
 TEST_F(TextFormats, TxtChannelMarkersEndBlocksInOrder) {
   // Green's block ends at R:, which has already been tested for this line: red is lost.
-  EXPECT_FALSE(ReadTxtText(f, dir, "G: g\nR: r\n\nB: b\n\n", env));
+  EXPECT_FALSE(ReadTxtText("G: g\nR: r\n\nB: b\n\n"));
   EXPECT_EQ(Codes(f), "|g|b|a");
   // Red's block ends at G:, which then opens green, and so on.
-  ASSERT_TRUE(ReadTxtText(f, dir, "R: r\nG: g\nB: b\nA: a0\nctl[0]: x\n", env));
+  ASSERT_TRUE(ReadTxtText("R: r\nG: g\nB: b\nA: a0\nctl[0]: x\n"));
   EXPECT_EQ(Codes(f), "r|g|b|a0");
   EXPECT_EQ(f.ctlName[1], "x");
   // A lone A: keeps the preset a; no category line at all leaves it empty,
   // an empty one means Photoshop.
-  ASSERT_TRUE(ReadTxtText(f, dir, "R:r\n\nG:g\n\nB:b\n\nA:\n255-\n\n", env));
+  ASSERT_TRUE(ReadTxtText("R:r\n\nG:g\n\nB:b\n\nA:\n255-\n\n"));
   EXPECT_EQ(f.codeA, "a255-");
   EXPECT_EQ(f.filename, "-NoName.8bf");
   EXPECT_EQ(f.category, "");
-  ASSERT_TRUE(ReadTxtText(f, dir, "category:\n" + kRgbTxt, env));
+  ASSERT_TRUE(ReadTxtText("category:\n" + kRgbTxt));
   EXPECT_EQ(f.category, "Photoshop");
 }
 
 TEST_F(TextFormats, TxtIncompleteFilters) {
-  EXPECT_FALSE(ReadTxtText(f, dir, "R: r\n\n", env));  // green and blue are empty
+  EXPECT_FALSE(ReadTxtText("R: r\n\n"));  // green and blue are empty
   EXPECT_TRUE(shell.errors.empty());
-  EXPECT_FALSE(ReadTxtText(f, dir, "R: r\n", env));  // the block runs into the end
+  EXPECT_FALSE(ReadTxtText("R: r\n"));  // the block runs into the end
   EXPECT_EQ(shell.errors, std::vector<std::string>{"Input past end of file"});
-  EXPECT_FALSE(ReadTxtText(f, dir, "R:r\n\nG:g\n\nB:b\n\nval[2]: 300\n", env));
+  EXPECT_FALSE(ReadTxtText("R:r\n\nG:g\n\nB:b\n\nval[2]: 300\n"));
   EXPECT_EQ(shell.errors.size(), 2u);
-  EXPECT_FALSE(ReadTxtText(f, dir, "ctl[9]: x\n", env));
+  EXPECT_FALSE(ReadTxtText("ctl[9]: x\n"));
   EXPECT_EQ(shell.errors.size(), 3u);
   EXPECT_FALSE(ReadTXT(f, dir.path(), "missing.txt", false, false, env));
   EXPECT_EQ(shell.refreshes, 1);
-  EXPECT_FALSE(ReadTxtText(f, dir, "", env));  // nothing at all to read
+  EXPECT_FALSE(ReadTxtText(""));  // nothing at all to read
 }
 
 TEST_F(TextFormats, TxtPresetsOnlyWhenAccepted) {
   const std::string text = "R:r\n\nG:g\n\nB:b\n\nset[3]: 1,2,3,4,5,6,7,-8\n";
-  ASSERT_TRUE(ReadTxtText(f, dir, text, env, false));
+  ASSERT_TRUE(ReadTxtText(text, false));
   EXPECT_EQ(f.presets[7][3], 0);
   EXPECT_TRUE(shell.marked.empty());
-  ASSERT_TRUE(ReadTxtText(f, dir, text, env, true));
+  ASSERT_TRUE(ReadTxtText(text, true));
   EXPECT_EQ(f.presets[0][3], 1);
   EXPECT_EQ(f.presets[7][3], -8);
   EXPECT_EQ(shell.marked, std::set<int>{3});
@@ -223,7 +223,7 @@ std::string FixedReport(const std::string& mapLines, const std::string& ctlLines
 TEST_F(TextFormats, TxtFixedFormReport) {
   const std::string report = FixedReport("Map 0: [Light]\nMap 1: [Map 1:]\nMap 2: []\n",
                                          "Control 0: [Angle]\nControl 1: [Control 1:]\nControl 2: [Z]\nControl 3: []\n");
-  ASSERT_TRUE(ReadTxtText(f, dir, report, env));
+  ASSERT_TRUE(ReadTxtText(report));
   EXPECT_EQ(f.filename, "ab.8bf");  // only the last twelve characters count
   EXPECT_EQ(Texts(f), "  Spaced Category |A Title|Auth|Copy");
   EXPECT_EQ(Maps(f), "Light|||");
@@ -232,12 +232,12 @@ TEST_F(TextFormats, TxtFixedFormReport) {
   EXPECT_EQ(f.ctlValue[1], 0);
   // An AFS file beside the report gives the control values.
   dir.Write("t.afs", "%RGB-1.0\r1\r2\r3\r4\r5\r6\r7\r8\r");
-  ASSERT_TRUE(ReadTxtText(f, dir, report, env));
+  ASSERT_TRUE(ReadTxtText(report));
   EXPECT_EQ(Values(f), "1|2|3|4|5|6|7|8");
 }
 
 TEST_F(TextFormats, TxtFixedFormViolation) {
-  EXPECT_FALSE(ReadTxtText(f, dir, FixedReport("Map 1: [Light]\n", ""), env));
+  EXPECT_FALSE(ReadTxtText(FixedReport("Map 1: [Light]\n", "")));
   ASSERT_EQ(shell.boxes.size(), 1u);
   EXPECT_EQ(shell.boxes[0].text, "t.txt: Format Violation");
   EXPECT_EQ(shell.boxes[0].title, "Error");
