@@ -19,13 +19,10 @@ namespace fs = std::filesystem;
 
 constexpr int kEntries = 1000;
 
-// The generated templates: $TREL_TEMPLATE_DIR, else build/templates seen from
-// build/bench/filter where this program is built.
+// The generated templates: $TREL_TEMPLATE_DIR, else those of this build.
 fs::path TemplateFolder() {
   if (const char* dir = std::getenv("TREL_TEMPLATE_DIR"); dir && *dir) return dir;
-  std::error_code ec;
-  const fs::path self = fs::canonical("/proc/self/exe", ec);
-  return self.parent_path().parent_path().parent_path() / "templates";
+  return TREL_BUILD_TEMPLATE_DIR;
 }
 
 struct Setup {

@@ -7,7 +7,7 @@
 #include "filter/CodeRewrite.h"
 #include "filter/Paths.h"
 #include "filter/SafeTarget.h"
-#include "filter/SourceLimits.h"
+#include "filter/SourceFiles.h"
 #include "filter/TextFormats.h"
 
 namespace trel {
@@ -23,17 +23,12 @@ bool ReadByteValue(const std::string& line, uint8_t& value) {
   return true;
 }
 
-bool ReadAfsPff(FFFilter& f, std::string folder, const std::string& name, const FilterEnv& env,
+bool ReadAfsPff(FFFilter& f, const std::string& folder, const std::string& name, const FilterEnv& env,
                 Kind kind) {
-  IniVars(f);
-  folder = WithTrailingSeparator(folder);
-  const std::string path = folder + name;
-  if (!FileExists(path)) {
-    env.hooks().RefreshActivePane();
-    return false;
-  }
-  if (FileLength(path) > kMaxSourceFileSize || name.size() < 3) return false;
-  auto file = BinFile::Open(path, BinFile::Mode::Read);
+  const auto path = BeginSourceRead(f, folder, name, env);
+  if (!path) return false;
+  if (FileLength(*path) > kMaxSourceFileSize || name.size() < 3) return false;
+  auto file = BinFile::Open(*path, BinFile::Mode::Read);
   if (!file) return false;
   f.filename = name.substr(0, name.size() - 3) + "8bf";
 
@@ -78,11 +73,11 @@ bool ReadAfsPff(FFFilter& f, std::string folder, const std::string& name, const 
 }  // namespace
 
 bool ReadAFS(FFFilter& f, std::string folder, const std::string& name, const FilterEnv& env) {
-  return ReadAfsPff(f, std::move(folder), name, env, Kind::AFS);
+  return ReadAfsPff(f, folder, name, env, Kind::AFS);
 }
 
 bool ReadPFF(FFFilter& f, std::string folder, const std::string& name, const FilterEnv& env) {
-  return ReadAfsPff(f, std::move(folder), name, env, Kind::PFF);
+  return ReadAfsPff(f, folder, name, env, Kind::PFF);
 }
 
 // The writer does not truncate its target: overwriting a longer file leaves the

@@ -6,7 +6,7 @@
 
 #include "filter/BinFile.h"
 #include "filter/Paths.h"
-#include "filter/SourceLimits.h"
+#include "filter/SourceFiles.h"
 #include "filter/TextFormats.h"
 
 namespace trel {

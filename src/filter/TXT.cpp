@@ -9,7 +9,7 @@
 #include "filter/CodeRewrite.h"
 #include "filter/Paths.h"
 #include "filter/SafeTarget.h"
-#include "filter/SourceLimits.h"
+#include "filter/SourceFiles.h"
 #include "filter/TextFormats.h"
 
 namespace trel {
@@ -239,13 +239,10 @@ bool ReadFixedForm(FFFilter& f, Lines& lines, const std::string& folder, const s
 
 bool ReadTXT(FFFilter& f, std::string folder, const std::string& name, bool /*ignored*/,
              bool acceptPresets, const FilterEnv& env) {
-  IniVars(f);
+  const auto found = BeginSourceRead(f, folder, name, env);
+  if (!found) return false;
+  const std::string& path = *found;
   folder = WithTrailingSeparator(folder);
-  const std::string path = folder + name;
-  if (!FileExists(path)) {
-    env.hooks().RefreshActivePane();
-    return false;
-  }
   try {
     if (FileLength(path) > kMaxSourceFileSize) throw TxtError("File too large for a filter source");
     auto file = BinFile::Open(path, BinFile::Mode::Read);
