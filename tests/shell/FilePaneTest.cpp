@@ -206,7 +206,9 @@ TEST_F(FilePaneTest, TheCaptionShowsTheSelectionInKilobytesAndTheEndOfALongFolde
   // 2000 bytes round to 2 K, 999 to 1 K, three files of one byte or none to 0.
   EXPECT_EQ(pane.selectionK(), 3);
   EXPECT_EQ(pane.caption()->text(), "3 K");
-  const std::string deep = dir.path() + "a-rather-long-folder-name/and-another-one/end/";
+  // Far wider than the pane can be, whatever the random part of the temporary name.
+  const std::string deep = dir.path() + "a-rather-long-folder-name/and-another-rather-long-one/" +
+                           "and-a-third-folder-name-to-be-sure/end/";
   std::filesystem::create_directories(deep);
   pane.FillDirList(deep);
   pane.DrawDirLabel();
