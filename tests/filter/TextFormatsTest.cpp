@@ -300,6 +300,28 @@ TEST_F(TextFormats, RoundTripsBetweenAllSourceFormats) {
   }
 }
 
+TEST_F(TextFormats, FfxConvertsToEveryWritableFormat) {
+  // FFX has no writer of its own: what it holds must survive each of the others.
+  dir.Write("f.ffx", Ffx(kFfxStrings));
+  for (int kind = 0; kind < 3; ++kind) {
+    SCOPED_TRACE(kind);
+    FFFilter read, back;
+    ASSERT_TRUE(ReadFFfile(read, dir.file("f.ffx"), env));
+    TempDir out;
+    if (kind < 2) {
+      Writeafspff(read, out.path(), kind, env);
+    } else {
+      WriteTXT(read, out.path(), false, env);
+    }
+    const char* written[] = {"f.afs", "f.pff", "f.txt"};
+    ASSERT_TRUE(LoadItFile(back, out.path(), written[kind], env));
+    EXPECT_EQ(Texts(back), "Cat|Title|Auth|Copy");
+    EXPECT_EQ(Codes(back), "r|g|b|a");
+    EXPECT_EQ(back.ctlName[3], "Third");
+    EXPECT_EQ(Values(back), "0|0|30|0|0|0|0|0");  // unnamed controls lose their values
+  }
+}
+
 TEST_F(TextFormats, ReadersSurviveGarbageTruncationAndHugeFiles) {
   FFFilter g = SampleFilter();
   Writeafspff(g, dir.path(), 0, env);
