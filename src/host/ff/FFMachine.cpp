@@ -335,10 +335,16 @@ void Machine::RunOne(const ChannelCode& code, int k) {
        std::integral_constant<int, 1>{}, c);
 }
 
-void Machine::RunRowBlocks(int y, uint8_t* dstRow) {
+// Every row entry point starts here: y for the row, in its register for every
+// pixel of a block.
+void Machine::BeginRow(int y) {
   y_ = y;
   int32_t* yr = Reg(kRegY);
   for (int k = 0; k < block_; ++k) yr[k] = y;
+}
+
+void Machine::RunRowBlocks(int y, uint8_t* dstRow) {
+  BeginRow(y);
   for (int x0 = 0; x0 < src_.width; x0 += block_) {
     const int n = src_.width - x0 < block_ ? src_.width - x0 : block_;
     LoadInputs(x0, n, used_);
@@ -365,9 +371,7 @@ void Machine::RunRowBlocks(int y, uint8_t* dstRow) {
 }
 
 void Machine::RunRowOrdered(int y, uint8_t* dstRow) {
-  y_ = y;
-  int32_t* yr = Reg(kRegY);
-  for (int k = 0; k < block_; ++k) yr[k] = y;
+  BeginRow(y);
   for (int x0 = 0; x0 < src_.width; x0 += block_) {
     const int n = src_.width - x0 < block_ ? src_.width - x0 : block_;
     LoadInputs(x0, n, used_);
@@ -383,9 +387,7 @@ void Machine::RunRowOrdered(int y, uint8_t* dstRow) {
 std::vector<int32_t> Machine::RawRow(int channel, int y, bool ordered) {
   std::vector<int32_t> row;
   row.reserve(size_t(src_.width));
-  y_ = y;
-  int32_t* yr = Reg(kRegY);
-  for (int k = 0; k < block_; ++k) yr[k] = y;
+  BeginRow(y);
   const ChannelCode& code = prog_.channels[channel];
   for (int x0 = 0; x0 < src_.width; x0 += block_) {
     const int n = src_.width - x0 < block_ ? src_.width - x0 : block_;

@@ -31,6 +31,7 @@ class Machine {
 
  private:
   int32_t* Reg(uint16_t r) { return regs_.data() + size_t(r) * block_; }
+  void BeginRow(int y);
   void LoadInputs(int x0, int n, uint32_t used);
   void RunBlock(const ChannelCode& code, int n);
   void RunOne(const ChannelCode& code, int k);
