@@ -1,5 +1,8 @@
 #include "shell/FilePane.h"
 
+#include "shell/FflViewPage.h"
+#include "shell/PluginViewPage.h"
+
 #include <QApplication>
 #include <QComboBox>
 #include <QDateTime>
@@ -74,10 +77,8 @@ FilePane::FilePane(int pane, PaneShared& shared, QWidget* parent)
   BuildFileView(filePage);
   // The Plugin View and FFL View pages are filled by the category browser and
   // the library list.
-  pluginPage_ = new QWidget;
-  pluginPage_->setObjectName(Named("PluginViewPage", pane));
-  fflPage_ = new QWidget;
-  fflPage_->setObjectName(Named("FFLViewPage", pane));
+  pluginPage_ = new PluginViewPage(pane);
+  fflPage_ = new FflViewPage(pane);
   tabs_->addTab(filePage, "File View");
   tabs_->addTab(pluginPage_, "Plugin View");
   tabs_->addTab(fflPage_, "FFL View");
@@ -603,4 +604,9 @@ void FilePane::resizeEvent(QResizeEvent* event) {
   if (listViewShown()) DrawDirLabel();
 }
 
+}  // namespace trel
+
+namespace trel {
+QWidget* FilePane::pluginViewPage() const { return pluginPage_; }
+QWidget* FilePane::fflViewPage() const { return fflPage_; }
 }  // namespace trel

@@ -22,6 +22,8 @@ class QToolButton;
 namespace trel {
 
 class DirListBox;
+class FflViewPage;
+class PluginViewPage;
 class FileListModel;
 class FileListView;
 struct Preferences;
@@ -101,8 +103,10 @@ class FilePane : public QWidget {
   QComboBox* driveBox() const { return drive1_; }
   QLabel* caption() const { return label6_; }
   QTabWidget* tabs() const { return tabs_; }
-  QWidget* pluginViewPage() const { return pluginPage_; }
-  QWidget* fflViewPage() const { return fflPage_; }
+  QWidget* pluginViewPage() const;
+  QWidget* fflViewPage() const;
+  PluginViewPage* pluginView() const { return pluginPage_; }
+  FflViewPage* fflView() const { return fflPage_; }
   const std::vector<DirEntry>& files() const { return files_; }
 
  signals:
@@ -139,8 +143,8 @@ class FilePane : public QWidget {
   int64_t selectionK_ = 0;
 
   QTabWidget* tabs_ = nullptr;
-  QWidget* pluginPage_ = nullptr;
-  QWidget* fflPage_ = nullptr;
+  PluginViewPage* pluginPage_ = nullptr;
+  FflViewPage* fflPage_ = nullptr;
   QComboBox* drive1_ = nullptr;
   DirListBox* dir1_ = nullptr;
   QListView* file1_ = nullptr;

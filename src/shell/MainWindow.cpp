@@ -88,6 +88,7 @@ MainWindow::MainWindow(SettingsStore& store, std::string programFolder, QWidget*
   });
   BuildCentral();
   BuildMenus();
+  InstallCommandGroups();
   setWindowTitle(QString::fromStdString(ProgramTitle(kVersionMajor, kVersionMinor)));
   resize(960, 640);  // the design size
 }
@@ -450,21 +451,6 @@ void MainWindow::mnuDirectorys_Click(int index) {
   QDir::setCurrent(QString::fromStdString(folder));
   if (p->listViewShown()) p->FillDirList(folder);
   p->DrawDirLabel();
-}
-
-void MainWindow::ScanForPluginView(int index) { (void)index; }
-
-void MainWindow::LoadintoFFEditor(const QString& path) { emit routeTaken("LoadintoFFEditor", path); }
-
-void MainWindow::LoadintoPicView(const QString& path) { emit routeTaken("LoadintoPicView", path); }
-
-void MainWindow::ConvertFFL(const QString& path) { emit routeTaken("Convert", path); }
-
-void MainWindow::cmd_PlugInInformation(const QString& path) { emit routeTaken("cmd_PlugInInformation", path); }
-
-void MainWindow::mnuFileInformation_Click() {
-  FilePane* p = pane(activePane_);
-  emit routeTaken("mnuFileInformation_Click", QString::fromStdString(p->folder()) + p->File1Current());
 }
 
 void MainWindow::mnuTip_Click() {

@@ -10,12 +10,14 @@
 #include <QPointer>
 #include <QTimer>
 #include <array>
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "catalogue/PluginTypes.h"
+#include "filter/FFFilter.h"
 #include "settings/Preferences.h"
 #include "shell/FilePane.h"
 #include "shell/MessageShell.h"
@@ -100,6 +102,24 @@ class MainWindow : public QMainWindow {
   // Marks a command as built; Switchit then enables it by the view.
   void SetCommandAvailable(const QString& objectName, bool available);
 
+  // --- the one filter in hand (readers fill it, the editor shows it)
+  FFFilter& filter() { return filter_; }
+  const std::string& programFolder() const { return programFolder_; }
+  SettingsStore& store() { return store_; }
+
+  // --- status, progress and Esc for long work (the status row of the window)
+  // Labels "current of total" and "N sec." and the bar; `startSeconds` is the
+  // start of the work in seconds since midnight.
+  void StatusDisplay(long current, long total, double startSeconds);
+  void StatusDisplayClear();
+  void Progressbar(int percent, bool hide = false);
+  // Esc sets the flag while long work runs; the work polls it and clears it
+  // when it starts. It is atomic so that work off the window's thread reads it.
+  std::atomic<bool>& EscapeFlag() { return escapePressed_; }
+
+  // --- preferences: opens the dialog on a page (0 the first)
+  void ShowPreferences(int page = 0);
+
   // --- layout
   void Form_Resize();
   int layoutCount() const { return layoutCount_; }
@@ -118,6 +138,7 @@ class MainWindow : public QMainWindow {
  private:
   void BuildMenus();
   void BuildCentral();
+  void InstallCommandGroups();  // every command group, once (CommandGroups.cpp)
   QAction* AddCommand(QMenu* menu, const char* objectName, const QString& caption, bool available);
   void SplashStatus(const QString& text);
   void UnloadSplash();
@@ -149,6 +170,8 @@ class MainWindow : public QMainWindow {
   std::array<FilePane*, 2> panes_{};
   int activePane_ = 0;
   std::array<bool, 2> pluginViewFresh_{false, false};
+  FFFilter filter_;
+  std::atomic<bool> escapePressed_{false};
   std::string interfaceFile_;
   bool firstRun_ = false;
   bool unloaded_ = false;

@@ -270,14 +270,6 @@ void MainWindow::Form_Unload() {
   UnloadSplash();
 }
 
-// The FF Editor's steps of the start. The editor window completes them; until
-// then they do nothing, and the order around them stands as it will.
-void MainWindow::LookforInterface() {}
-void MainWindow::SelectInterfaceEntry() {}
-void MainWindow::ToggleFFUI(const std::string& tempDll) { (void)tempDll; }
-void MainWindow::LoadFFEditorHidden() {}
-// The preview keeps two images open; the preview completes this step.
-void MainWindow::ClosePreviewImages() {}
 // The artwork steps: icons of the toolbar and bitmaps of the menu entries come
 // with the style; the toolbar and the command row share one line by layout.
 void MainWindow::GetIcons() {}

@@ -1,0 +1,20 @@
+#include "shell/CommandGroups.h"
+
+#include "shell/MainWindow.h"
+
+namespace trel {
+
+void MainWindow::InstallCommandGroups() {
+  InstallFileCommands(*this);
+  InstallZipCommands(*this);
+  InstallConvertCommands(*this);
+  InstallPluginViewCommands(*this);
+  InstallFflCommands(*this);
+  InstallPreviewCommands(*this);
+  InstallPictureCommands(*this);
+  InstallEditorCommands(*this);
+  InstallPreferencesCommands(*this);
+  Switchit(activePane_);
+}
+
+}  // namespace trel
