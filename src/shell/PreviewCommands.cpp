@@ -1,11 +1,248 @@
+#include <QAbstractButton>
+#include <QAction>
+#include <QApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QImageReader>
+#include <QMenu>
+#include <QTime>
+
+#include "filter/Paths.h"
+#include "host/ContactSheet.h"
+#include "host/PreviewPipeline.h"
+#include "picture/PicView.h"
+#include "shell/BrowseDialog.h"
 #include "shell/CommandGroups.h"
+#include "shell/FilePane.h"
 #include "shell/MainWindow.h"
+#include "shell/PreviewController.h"
+#include "shell/PreviewWindow.h"
+#include "shell/Selection.h"
 
 namespace trel {
 
-void InstallPreviewCommands(MainWindow& window) { (void)window; }
+namespace {
+
+bool IsPlugin(const std::string& path) {
+  const std::string four = LastFour(path);
+  return four == ".8bf" || four == "._bf" || four == "_8bf";
+}
+
+bool IsPicture(const std::string& path) {
+  return !QImageReader::imageFormat(QString::fromLocal8Bit(path.c_str())).isEmpty();
+}
+
+std::vector<std::string> SelectedPaths(MainWindow& window) {
+  const SelectedItems sel = GetSelectedItems(*window.pane(window.ActivePane()));
+  std::vector<std::string> paths;
+  for (const std::string& item : sel.items)
+    paths.push_back(QFileInfo(QString::fromLocal8Bit(item.c_str())).isAbsolute() ? item : sel.folder + item);
+  return paths;
+}
+
+QAction* AddAfter(QMenu* menu, QAction* before, const char* name, const QString& caption, const QString& keys) {
+  auto* action = new QAction(caption, menu);
+  action->setObjectName(name);
+  if (!keys.isEmpty()) action->setShortcut(QKeySequence(keys));
+  menu->insertAction(before, action);
+  return action;
+}
+
+}  // namespace
+
+void InstallPreviewCommands(MainWindow& window) {
+  auto* preview = new PreviewController(window);
+
+  QAction* tb = window.findChild<QAction*>("tbPreview");
+  if (tb) QObject::connect(tb, &QAction::triggered, preview, &PreviewController::tbPreview_Click);
+  if (QAction* menu = window.command("mnuPluginPreview")) {
+    menu->setCheckable(true);
+    menu->setShortcut(QKeySequence("Ctrl+Shift+P"));
+    // The menu entry and the toolbar button switch together, then act alike.
+    QObject::connect(menu, &QAction::triggered, preview, [preview, tb](bool on) {
+      if (tb) tb->setChecked(on);
+      preview->tbPreview_Click(on);
+    });
+    window.SetCommandAvailable("mnuPluginPreview", true);
+
+    // The preview's own commands follow it in the View menu.
+    if (auto* view = window.findChild<QMenu*>("mnuView")) {
+      const QList<QAction*> actions = view->actions();
+      const qsizetype at = actions.indexOf(menu);
+      QAction* before = at >= 0 && at + 1 < actions.size() ? actions[at + 1] : nullptr;
+      QObject::connect(AddAfter(view, before, "mnuUpdateCache", "&Update Cache", "Ctrl+Shift+U"),
+                       &QAction::triggered, preview, &PreviewController::mnuUpdateCache_Click);
+      QObject::connect(AddAfter(view, before, "mnuRandomize", "Rando&mize", "Ctrl+Shift+R"), &QAction::triggered,
+                       preview, &PreviewController::mnuRandomize_Click);
+      QObject::connect(AddAfter(view, before, "mnuSavePreview", "&Save Preview...", "Ctrl+Shift+S"),
+                       &QAction::triggered, preview, [preview] { preview->cmd_SavePreview({}); });
+      QObject::connect(AddAfter(view, before, "mnuClearCache", "Clear Cac&he...", ""), &QAction::triggered,
+                       preview, [preview] { preview->ClearCache(true); });
+    }
+  }
+
+  // The Pictures menu: a fixed entry for the shipped picture, then the list.
+  if (auto* pictures = window.findChild<QMenu*>("mnuPicturesMenu")) {
+    QAction* test = pictures->addAction(QString::fromLocal8Bit((window.programFolder() + "Test.bmp").c_str()));
+    test->setObjectName("mnuPicturesTest");
+    test->setCheckable(true);
+    QObject::connect(test, &QAction::triggered, preview, [preview, test] { preview->mnuPictures_Click(test->text()); });
+    pictures->addSeparator();
+    QObject::connect(pictures, &QMenu::aboutToShow, preview, [preview, pictures] {
+      for (QAction* entry : pictures->actions()) {
+        if (!entry->objectName().startsWith("mnuPictures_") || entry->property("trelHooked").toBool()) continue;
+        entry->setProperty("trelHooked", true);
+        entry->setEnabled(true);
+        entry->setCheckable(true);
+        QObject::connect(entry, &QAction::triggered, preview,
+                         [preview, entry] { preview->mnuPictures_Click(entry->text()); });
+      }
+      const QString current = QString::fromLocal8Bit(preview->PreviewPicture().c_str());
+      for (QAction* entry : pictures->actions())
+        if (entry->objectName().startsWith("mnuPictures"))
+          entry->setChecked(entry->text().compare(current, Qt::CaseInsensitive) == 0);
+    });
+  }
+
+  const struct {
+    const char* name;
+    void (PreviewController::*run)();
+    const char* keys;
+  } commands[] = {
+      {"mnuInvoke", &PreviewController::cmd_Invoke, "Ctrl+Shift+I"},
+      {"mnuPluginAbout", &PreviewController::cmd_About, "Ctrl+Shift+A"},
+      {"mnuBrowser", &PreviewController::mnuBrowser_Click, "Ctrl+Shift+B"},
+      {"mnuBatchProcessing", &PreviewController::mnuBatchProcessing_Click, "Ctrl+Shift+T"},
+  };
+  for (const auto& c : commands) {
+    QAction* action = window.command(c.name);
+    if (!action) continue;
+    if (action->shortcut().isEmpty()) action->setShortcut(QKeySequence(c.keys));
+    QObject::connect(action, &QAction::triggered, preview, c.run);
+    window.SetCommandAvailable(c.name, true);
+  }
+  // The buttons of the command row that carry these commands.
+  for (const char* button : {"Command1_1", "Command1_2"}) {
+    auto* b = window.findChild<QAbstractButton*>(button);
+    QAction* action = window.command(button == std::string("Command1_1") ? "mnuBrowser" : "mnuBatchProcessing");
+    if (!b || !action) continue;
+    QObject::connect(b, &QAbstractButton::clicked, action, &QAction::trigger);
+    QObject::connect(action, &QAction::changed, b, [b, action] { b->setEnabled(action->isEnabled()); });
+    b->setEnabled(action->isEnabled());
+  }
+
+  // Switching views may bring other lists; their selections drive the preview too.
+  for (int i = 0; i < 2; ++i)
+    if (FilePane* pane = window.pane(i))
+      QObject::connect(pane, &FilePane::viewChanged, preview, [preview] { preview->HookSelections(); });
+  preview->HookSelections();
+}
 
 // The preview keeps two images open; closing the window closes them.
-void MainWindow::ClosePreviewImages() {}
+void MainWindow::ClosePreviewImages() {
+  if (PreviewController* preview = PreviewController::Of(*this)) preview->CloseImages();
+}
+
+void PreviewController::mnuBrowser_Click() {
+  std::vector<std::string> plugins;
+  for (const std::string& p : SelectedPaths(window_))
+    if (IsPlugin(p)) plugins.push_back(p);
+  if (plugins.empty()) {
+    shell().MsgBox("Please select one or more plugins to browse.", MsgButtons::Ok,
+                              MsgIcon::Exclamation, "Trel");
+    return;
+  }
+  if (!prepared_) PreparePreviewPic();
+  const QImage* thumb = lib_->image(thumb_);
+  if (!thumb) {
+    shell().MsgBox("Couldn't open " + previewPicture_, MsgButtons::Ok, MsgIcon::Exclamation, "Trel");
+    return;
+  }
+  ContactSheetOptions options;
+  options.useCache = cacheEnabled;
+  options.programFolder = window_.programFolder();
+  options.quality = jpgQuality;
+  auto* dialog = new BrowseDialog(std::move(plugins), *thumb, options, &window_);
+  dialog->setAttribute(Qt::WA_DeleteOnClose);
+  connect(dialog, &BrowseDialog::pluginActivated, this, [this](const QString& path) {
+    PreviewPlugin(path.toLocal8Bit().toStdString());
+    previewWindow()->show();
+    previewWindow()->raise();
+  });
+  dialog->show();
+  dialog->Start();
+}
+
+void PreviewController::mnuBatchProcessing_Click() {
+  const std::vector<std::string> selected = SelectedPaths(window_);
+  std::string plugin;
+  std::vector<std::string> pictures;
+  for (const std::string& p : selected) {
+    if (IsPlugin(p)) {
+      if (plugin.empty()) plugin = p;
+    } else if (IsPicture(p)) {
+      pictures.push_back(p);
+    }
+  }
+  if (plugin.empty()) plugin = SelectedFile();
+  if (!IsPlugin(plugin)) {
+    shell().MsgBox("Please select the plugin to apply.", MsgButtons::Ok, MsgIcon::Exclamation, "Trel");
+    return;
+  }
+  FilePane* passive = window_.pane(1 - window_.ActivePane());
+  std::string target = WithTrailingSeparator(passive->folder());
+  if (pictures.empty()) {
+    // Every picture of the passive pane's folder.
+    const QDir dir(QString::fromLocal8Bit(target.c_str()));
+    for (const QFileInfo& info : dir.entryInfoList(QDir::Files, QDir::Name))
+      if (IsPicture(info.filePath().toLocal8Bit().toStdString()))
+        pictures.push_back(info.filePath().toLocal8Bit().toStdString());
+  }
+  if (pictures.empty()) {
+    shell().MsgBox("There are no pictures to process.", MsgButtons::Ok, MsgIcon::Exclamation, "Trel");
+    return;
+  }
+  RunBatch(plugin, pictures, target);
+}
+
+BatchResult PreviewController::RunBatch(const std::string& plugin, const std::vector<std::string>& pictures,
+                                        const std::string& targetFolder) {
+  const PreparedFilter filter = PrepareFilter(plugin);
+  if (!filter.ok()) {
+    shell().MsgBox(filter.error, MsgButtons::Ok, MsgIcon::Exclamation, "Trel");
+    return {};
+  }
+  window_.EscapeFlag() = false;
+  const double start = QTime::currentTime().msecsSinceStartOfDay() / 1000.0;
+  QApplication::setOverrideCursor(Qt::WaitCursor);
+  BatchResult result = BatchApply(
+      filter, pictures, targetFolder,
+      [this](const std::string& target) {
+        QApplication::restoreOverrideCursor();
+        const MsgResult answer =
+            shell().MsgBox(target + " already exists.\n\nDo you want to replace it?",
+                                      MsgButtons::YesNoCancel, MsgIcon::Question, "Overwrite");
+        QApplication::setOverrideCursor(Qt::WaitCursor);
+        return answer == MsgResult::Yes  ? OverwriteAnswer::Write
+               : answer == MsgResult::No ? OverwriteAnswer::Skip
+                                         : OverwriteAnswer::Stop;
+      },
+      [this, start](size_t done, size_t total) {
+        window_.StatusDisplay(long(done), long(total), start);
+        // Keeps the window alive and lets Esc through between pictures.
+        QCoreApplication::processEvents();
+      },
+      &window_.EscapeFlag());
+  QApplication::restoreOverrideCursor();
+  window_.StatusDisplayClear();
+  window_.RefreshBoth();
+  std::string report = std::to_string(result.written) + " picture(s) written to " + targetFolder;
+  if (result.skipped) report += "\n" + std::to_string(result.skipped) + " skipped";
+  if (result.stopped) report += "\nStopped.";
+  for (size_t i = 0; i < result.errors.size() && i < 10; ++i) report += "\n" + result.errors[i];
+  shell().MsgBox(report, MsgButtons::Ok,
+                            result.errors.empty() ? MsgIcon::Information : MsgIcon::Exclamation, "Batch");
+  return result;
+}
 
 }  // namespace trel

@@ -1,0 +1,114 @@
+#include "host/ContactSheet.h"
+
+#include <QFileInfo>
+#include <QImageReader>
+#include <QImageWriter>
+#include <QSaveFile>
+#include <algorithm>
+#include <thread>
+
+#include "filter/Paths.h"
+#include "host/PreviewPipeline.h"
+
+namespace trel {
+
+void RenderContactSheet(const std::vector<std::string>& plugins, const QImage& picture,
+                        const ContactSheetOptions& options,
+                        const std::function<void(size_t, const QImage&, const std::string&)>& done) {
+  const auto cancelled = [&] { return options.cancel && options.cancel->load(); };
+  std::atomic<size_t> next{0};
+  auto work = [&] {
+    for (size_t i = next++; i < plugins.size() && !cancelled(); i = next++) {
+      const std::string cacheFile = PreviewCacheFile(options.programFolder, plugins[i]);
+      if (options.useCache && FileExists(cacheFile)) {
+        QImage cached = ReadPreviewCache(cacheFile);
+        if (!cached.isNull()) {
+          done(i, cached, {});
+          continue;
+        }
+      }
+      const PreparedFilter filter = PrepareFilter(plugins[i]);
+      QImage result = RenderWith(filter, picture, [&] { return cancelled(); });
+      if (result.isNull()) {
+        if (!cancelled()) done(i, {}, filter.ok() ? "The filter didn't run." : filter.error);
+        continue;
+      }
+      if (options.useCache) WritePreviewCache(result, cacheFile, options.quality);
+      done(i, result, {});
+    }
+  };
+  unsigned n = options.threads > 0 ? unsigned(options.threads) : std::max(1u, std::thread::hardware_concurrency());
+  n = std::min<unsigned>(n, unsigned(std::max<size_t>(1, plugins.size())));
+  std::vector<std::thread> workers;
+  for (unsigned t = 1; t < n; ++t) workers.emplace_back(work);
+  work();
+  for (std::thread& t : workers) t.join();
+}
+
+BatchResult BatchApply(const PreparedFilter& filter, const std::vector<std::string>& pictures,
+                       const std::string& targetFolder,
+                       const std::function<OverwriteAnswer(const std::string&)>& askOverwrite,
+                       const std::function<void(size_t, size_t)>& progress,
+                       const std::atomic<bool>* cancel) {
+  BatchResult result;
+  if (!filter.ok()) {
+    result.errors.push_back(filter.error);
+    return result;
+  }
+  for (size_t i = 0; i < pictures.size(); ++i) {
+    if (cancel && cancel->load()) {
+      result.stopped = true;
+      break;
+    }
+    if (progress) progress(i, pictures.size());
+    const std::string& source = pictures[i];
+    const QString qsource = QString::fromLocal8Bit(source.c_str());
+    const std::string target = targetFolder + QFileInfo(qsource).fileName().toLocal8Bit().toStdString();
+    const QString qtarget = QString::fromLocal8Bit(target.c_str());
+    QImageReader reader(qsource);
+    QImage picture = reader.read();
+    if (picture.isNull()) {
+      result.errors.push_back("Couldn't open " + source);
+      continue;
+    }
+    if (FileExists(target) && askOverwrite) {
+      const OverwriteAnswer answer = askOverwrite(target);
+      if (answer == OverwriteAnswer::Stop) {
+        result.stopped = true;
+        break;
+      }
+      if (answer == OverwriteAnswer::Skip) {
+        ++result.skipped;
+        continue;
+      }
+    }
+    const QImage filtered = RenderWith(filter, picture, [cancel] { return cancel && cancel->load(); });
+    if (filtered.isNull()) {
+      if (cancel && cancel->load()) {
+        result.stopped = true;
+        break;
+      }
+      result.errors.push_back("The filter didn't run on " + source);
+      continue;
+    }
+    // The picture that stood there is only replaced by a complete one.
+    QSaveFile file(qtarget);
+    const QByteArray format = QFileInfo(qtarget).suffix().toLower().toLatin1();
+    bool ok = file.open(QIODevice::WriteOnly);
+    if (ok) {
+      QImageWriter writer(&file, format);
+      ok = writer.write(filtered);
+      if (!ok) file.cancelWriting();
+      else ok = file.commit();
+    }
+    if (!ok) {
+      result.errors.push_back("Couldn't write " + target);
+      continue;
+    }
+    ++result.written;
+  }
+  if (progress) progress(pictures.size(), pictures.size());
+  return result;
+}
+
+}  // namespace trel

@@ -1,0 +1,131 @@
+// Preview and Picture Editor: the state behind the preview of plugins (the
+// image library, the thumbnail and preview images, the delay timer, the disk
+// cache), Invoke and About, the Picture Editor window, Browse and Batch. One
+// lives beside the main window as its child; PreviewController::Of finds it.
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <QSize>
+#include <QTimer>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/ContactSheet.h"
+#include "host/ImageLibrary.h"
+#include "host/PluginHost.h"
+
+class QAction;
+class QItemSelectionModel;
+
+namespace trel {
+
+class MainWindow;
+class PicView;
+class PreviewWindow;
+
+class PreviewController : public QObject {
+  Q_OBJECT
+ public:
+  explicit PreviewController(MainWindow& window);
+  ~PreviewController() override;
+  static PreviewController* Of(MainWindow& window);
+
+  ImageLibrary& library() { return *lib_; }
+  HostState& host() { return state_; }
+
+  // --- options of the preferences that last for the run
+  bool cacheEnabled = true;
+  int jpgQuality = 75;
+  // The box previews are fitted into.
+  QSize previewBox{400, 300};
+
+  // --- the preview picture
+  const std::string& PreviewPicture() const { return previewPicture_; }
+  float aspect() const { return aspect_; }
+  ImgHandle thumbnail() const { return thumb_; }
+  void PreparePreviewPic();
+  bool CreateThumb();
+  void mnuPictures_Click(const QString& caption);
+
+  // --- the preview
+  bool previewOn() const;
+  void mnuPluginPreview_Click();   // toggles, as the toolbar button does
+  void tbPreview_Click(bool on);
+  void SelectionChanged();         // restarts Timer1 while the preview is on
+  QTimer& Timer1() { return timer1_; }
+  void cmd_Preview();              // the selected plugin or picture
+  // Previews one plugin; true when pixels are on show.
+  bool PreviewPlugin(const std::string& pluginPath);
+  bool PreviewPictureFile(const std::string& path);
+  void mnuUpdateCache_Click();
+  bool ClearCache(bool ask);
+  void mnuRandomize_Click();
+  bool cmd_SavePreview(const std::string& path);  // "" asks for a file
+  int previewRuns() const { return previewRuns_; }   // plugin runs, for tests
+  PreviewWindow* previewWindow(bool create = true);
+
+  // --- running plugins from the window
+  void cmd_Invoke();
+  void cmd_About();
+  // The path of the active pane's single selected file; empty when none.
+  std::string SelectedFile() const;
+  // Tests (and other selections) may say what is selected instead.
+  void SetSelectedFileProvider(std::function<std::string()> provider) { selectedFile_ = std::move(provider); }
+  // Messages of the preview, the host and the Picture Editor; the window's
+  // by default, a recorder in tests.
+  ShellHooks& shell() { return forward_; }
+  void SetShell(ShellHooks* shell) { forward_.target = shell; }
+
+  // --- Picture Editor
+  PicView* picView(bool create = true);
+  void LoadintoPicView(const QString& path);
+
+  // --- Browse and Batch
+  void mnuBrowser_Click();
+  void mnuBatchProcessing_Click();
+  // Applies a plugin to pictures, results into the folder; asks before replacing.
+  BatchResult RunBatch(const std::string& plugin, const std::vector<std::string>& pictures,
+                       const std::string& targetFolder);
+
+  void CloseImages();
+  // Hooks the selection models of the panes' lists (again, after a view change).
+  void HookSelections();
+
+ private:
+  void ShowPreviewImage(const QString& name, const QString& note = {});
+  void CacheWriteFailed(const std::string& path);
+  void CheckPictureEntry();
+
+  // Passes every message on to the current target.
+  struct ForwardShell : ShellHooks {
+    ShellHooks* target = nullptr;
+    MsgResult MsgBox(const std::string& text, MsgButtons buttons, MsgIcon icon,
+                     const std::string& title) override {
+      return target->MsgBox(text, buttons, icon, title);
+    }
+    void ErrorMessage(const std::string& description) override { target->ErrorMessage(description); }
+    bool ErrorMessage2(const std::string& description) override { return target->ErrorMessage2(description); }
+  };
+
+  MainWindow& window_;
+  ForwardShell forward_;
+  std::function<std::string()> selectedFile_;
+  std::unique_ptr<ImageLibrary> lib_;
+  HostState state_;
+  std::string previewPicture_;
+  bool prepared_ = false;
+  float aspect_ = 1.0f;
+  ImgHandle thumb_ = 0;
+  std::string shownPlugin_;
+  QTimer timer1_;
+  int previewRuns_ = 0;
+  bool cacheWarned_ = false;
+  QPointer<PreviewWindow> preview_;
+  QPointer<PicView> picView_;
+  std::vector<QPointer<QItemSelectionModel>> hooked_;
+};
+
+}  // namespace trel

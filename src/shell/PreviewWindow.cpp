@@ -1,0 +1,70 @@
+#include "shell/PreviewWindow.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPixmap>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "host/PreviewPipeline.h"
+
+namespace trel {
+
+PreviewWindow::PreviewWindow(QWidget* parent) : QWidget(parent, Qt::Tool) {
+  setObjectName("frmPreview");
+  setWindowTitle("Preview");
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins(4, 4, 4, 4);
+  picture1_ = new QLabel(this);
+  picture1_->setObjectName("Picture1");
+  picture1_->setAccessibleName("Preview picture");
+  picture1_->setAlignment(Qt::AlignCenter);
+  picture1_->setMinimumSize(160, 120);
+  column->addWidget(picture1_, 1);
+  auto* row = new QHBoxLayout;
+  struct Button {
+    const char* name;
+    const char* caption;
+    const char* tip;
+    void (PreviewWindow::*signal)();
+  };
+  const Button buttons[] = {
+      {"cmdUpdateCache", "&Update Cache", "Run the plugin again and replace its cached preview",
+       &PreviewWindow::updateCacheRequested},
+      {"cmdRandomize", "&Randomize", "Random control values for the filter in hand",
+       &PreviewWindow::randomizeRequested},
+      {"cmdSavePreview", "&Save Preview...", "Save the preview picture to a file",
+       &PreviewWindow::savePreviewRequested},
+      {"cmdClearCache", "&Clear Cache", "Delete all files from the cache sub folder",
+       &PreviewWindow::clearCacheRequested},
+  };
+  for (const Button& b : buttons) {
+    auto* button = new QPushButton(b.caption, this);
+    button->setObjectName(b.name);
+    button->setToolTip(b.tip);
+    button->setAccessibleName(QString(b.caption).remove('&'));
+    connect(button, &QPushButton::clicked, this, b.signal);
+    row->addWidget(button);
+  }
+  column->addLayout(row);
+}
+
+void PreviewWindow::ShowPicture(const QImage& picture, const QString& name, const QString& note) {
+  shown_ = picture;
+  setWindowTitle(name.isEmpty() ? QString("Preview") : "Preview - " + name);
+  QImage shownWithNote = picture;
+  if (!note.isEmpty()) {
+    shownWithNote = picture.convertToFormat(QImage::Format_RGB32);
+    PrintOnImage(shownWithNote, note.toStdString(), 1);
+  }
+  picture1_->setPixmap(QPixmap::fromImage(shownWithNote));
+  picture1_->setMinimumSize(picture.size().boundedTo(QSize(1024, 768)));
+}
+
+void PreviewWindow::ShowMessage(const QString& text) {
+  shown_ = QImage();
+  picture1_->setPixmap(QPixmap());
+  picture1_->setText(text);
+}
+
+}  // namespace trel
