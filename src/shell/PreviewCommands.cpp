@@ -6,6 +6,8 @@
 #include <QImageReader>
 #include <QMenu>
 #include <QTime>
+#include <QTimer>
+#include <cstdlib>
 
 #include "filter/Paths.h"
 #include "host/ContactSheet.h"
@@ -136,6 +138,22 @@ void InstallPreviewCommands(MainWindow& window) {
     if (FilePane* pane = window.pane(i))
       QObject::connect(pane, &FilePane::viewChanged, preview, [preview] { preview->HookSelections(); });
   preview->HookSelections();
+
+  // For unattended runs under a virtual display: TREL_PREVIEW_PLUGIN=FILE takes
+  // FILE as the selection and switches the preview on as the button does;
+  // TREL_PREVIEW_SHOT=FILE.bmp then keeps the preview's pixels and a picture
+  // of the Preview window beside it (FILE.bmp.png).
+  if (const char* plugin = std::getenv("TREL_PREVIEW_PLUGIN"); plugin && *plugin) {
+    QTimer::singleShot(0, preview, [preview, tb, path = std::string(plugin)] {
+      preview->SetSelectedFileProvider([path] { return path; });
+      if (tb) tb->trigger();
+      if (const char* shot = std::getenv("TREL_PREVIEW_SHOT"); shot && *shot) {
+        PreviewWindow* w = preview->previewWindow();
+        w->shown().save(QString::fromLocal8Bit(shot));
+        QTimer::singleShot(300, w, [w, file = QString::fromLocal8Bit(shot) + ".png"] { w->grab().save(file, "PNG"); });
+      }
+    });
+  }
 }
 
 // The preview keeps two images open; closing the window closes them.

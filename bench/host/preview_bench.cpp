@@ -1,0 +1,91 @@
+// Preview of a compiled Filter Factory plugin at 640 x 480, from the plugin
+// file to pixels ready for the screen, cold (host, plugin load, run, cache
+// write) and from the cache; and the contact sheet of 200 plugins on all
+// cores against one.
+#include <benchmark/benchmark.h>
+
+#include <QImage>
+#include <filesystem>
+
+#include "host/HostTestSupport.h"
+#include "host/ContactSheet.h"
+#include "host/PluginHost.h"
+#include "host/PreviewPipeline.h"
+#include "host/PreviewRender.h"
+
+namespace trel {
+namespace {
+
+struct Fixture {
+  Fixture() {
+    FFFilter f = test::SampleFilter("(r + g + b) / 3 + sin(x * 8, 40)");
+    f.codeR = "r * ctl(0) / 255 + (255 - r) * (255 - ctl(0)) / 255";
+    f.codeB = "(b + src(x + 2, y, 2)) / 2";
+    plugin = test::CompilePlugin(dir, f);
+    picture = test::PatternPicture(640, 480, false);
+    for (int i = 0; i < 200; ++i) {
+      f.filename = "p" + std::to_string(i) + ".afs";
+      f.codeG = "g * " + std::to_string(i % 7 + 1) + " / 8 + x % 32";
+      plugins.push_back(test::CompilePlugin(dir, f));
+    }
+  }
+  test::TempDir dir, prog;
+  std::string plugin;
+  QImage picture;
+  std::vector<std::string> plugins;
+};
+
+Fixture& F() {
+  static Fixture f;
+  return f;
+}
+
+void BM_PreviewCold(benchmark::State& state) {
+  Fixture& f = F();
+  test::RecordingShell shell;
+  ImageLibrary lib(shell);
+  HostState host;
+  const ImgHandle thumb = lib.Adopt(f.picture);
+  const std::string entry = PreviewCacheFile(f.prog.path(), f.plugin);
+  for (auto _ : state) {
+    int w = 0, h = 0;
+    CopyImageSized(lib, w, h, const_cast<ImgHandle&>(thumb), host.PreviewImage);
+    WindowHandle parent = 0;
+    bool result = false;
+    PluginInvoke(lib, host, shell, f.prog.path(), f.plugin, nullptr, false, parent, result);
+    QImage shown = lib.image(host.PreviewImage)->convertToFormat(QImage::Format_RGB32);
+    WritePreviewCache(*lib.image(host.PreviewImage), entry, 75);
+    benchmark::DoNotOptimize(shown.bits());
+  }
+}
+BENCHMARK(BM_PreviewCold)->Unit(benchmark::kMillisecond);
+
+void BM_PreviewCached(benchmark::State& state) {
+  Fixture& f = F();
+  const std::string entry = PreviewCacheFile(f.prog.path(), f.plugin);
+  WritePreviewCache(f.picture, entry, 75);
+  for (auto _ : state) {
+    QImage shown = ReadPreviewCache(entry).convertToFormat(QImage::Format_RGB32);
+    benchmark::DoNotOptimize(shown.bits());
+  }
+}
+BENCHMARK(BM_PreviewCached)->Unit(benchmark::kMillisecond);
+
+// The contact sheet of 200 plugins at the thumbnail size of the preview box.
+void BM_Browse200(benchmark::State& state) {
+  Fixture& f = F();
+  const QImage thumb = f.picture.scaled(400, 300);
+  ContactSheetOptions options;
+  options.threads = int(state.range(0));
+  for (auto _ : state) {
+    std::atomic<int> n{0};
+    RenderContactSheet(f.plugins, thumb, options, [&](size_t, const QImage&, const std::string&) { ++n; });
+    benchmark::DoNotOptimize(n.load());
+  }
+}
+BENCHMARK(BM_Browse200)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->Iterations(2)->UseRealTime();
+
+}  // namespace
+}  // namespace trel
+
+BENCHMARK_MAIN();

@@ -1,0 +1,368 @@
+#include "host/PreviewPipeline.h"
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QImage>
+#include <QPainter>
+#include <atomic>
+#include <filesystem>
+#include <mutex>
+
+#include "HostTestSupport.h"
+#include "host/ContactSheet.h"
+#include "host/PluginHost.h"
+#include "host/PreviewRender.h"
+#include "support/RecordingShell.h"
+#include "support/TempDir.h"
+
+namespace trel {
+namespace {
+
+namespace fs = std::filesystem;
+
+// A picture box that records how it was sized and what was drawn on it.
+class CanvasBox : public PictureBox {
+ public:
+  CanvasBox(int w, int h) : canvas(w, h, QImage::Format_RGB32) { canvas.fill(Qt::black); }
+  int width() const override { return canvas.width(); }
+  int height() const override { return canvas.height(); }
+  void resize(int w, int h) override { canvas = QImage(w, h, QImage::Format_RGB32), canvas.fill(Qt::black); }
+  QPaintDevice* device() override { return &canvas; }
+  QImage canvas;
+};
+
+// A BMP header that claims a picture of w x h, 24 bits, followed by `data`
+// bytes of pixels only.
+std::string BmpHeader(int32_t w, int32_t h, size_t data) {
+  std::string b = "BM";
+  auto put32 = [&](uint32_t v) { for (int i = 0; i < 4; ++i) b += char(v >> (8 * i)); };
+  auto put16 = [&](uint16_t v) { b += char(v), b += char(v >> 8); };
+  put32(54 + uint32_t(data));
+  put32(0), put32(54), put32(40), put32(uint32_t(w)), put32(uint32_t(h));
+  put16(1), put16(24);
+  put32(0), put32(0), put32(2835), put32(2835), put32(0), put32(0);
+  return b + std::string(data, '\x40');
+}
+
+class PreviewPipelineTest : public ::testing::Test {
+ protected:
+  std::string Picture(const std::string& name, const QImage& img) {
+    const std::string path = dir.file(name);
+    EXPECT_TRUE(img.save(QString::fromStdString(path)));
+    return path;
+  }
+  test::TempDir dir;
+  test::RecordingShell shell;
+  ImageLibrary lib{shell};
+};
+
+TEST_F(PreviewPipelineTest, ThePreviewPictureFallsBackToTestBmp) {
+  const std::string chosen = Picture("mine.png", test::PatternPicture(4, 4, false));
+  const std::string prog = "/opt/trel/";
+  EXPECT_EQ(PreviewPicFor(chosen, prog), chosen);
+  EXPECT_EQ(PreviewPicFor("", prog), "/opt/trel/Test.bmp");
+  EXPECT_EQ(PreviewPicFor(dir.file("deleted.png"), prog), "/opt/trel/Test.bmp");
+  EXPECT_EQ(PreviewPicFor(dir.path(), prog), "/opt/trel/Test.bmp");  // a folder isn't a picture
+}
+
+TEST_F(PreviewPipelineTest, CacheEntriesAreNamedAfterThePluginFileAlone) {
+  const std::string prog = "/p/";
+  const struct {
+    std::string plugin, entry;
+  } rows[] = {
+      {"/a/Foo.8bf", "/p/cache/Foo.jpg"},
+      {"/b/c/Foo.8bf", "/p/cache/Foo.jpg"},  // two folders, one entry
+      {"/a/Foo._bf", "/p/cache/Foo.jpg"},    // a disabled plugin shares it too
+      {"/a/Foo_8bf", "/p/cache/Foo.jpg"},
+      {"/a/my.filter.8bf", "/p/cache/my.filter.jpg"},
+      {"Bare.8bf", "/p/cache/Bare.jpg"},
+      {"/a/x.8bf", "/p/cache/x.jpg"},
+  };
+  for (const auto& row : rows) EXPECT_EQ(PreviewCacheFile(prog, row.plugin), row.entry) << row.plugin;
+}
+
+TEST_F(PreviewPipelineTest, ThumbnailsFitTheBoxAndKeepTheirAspect) {
+  const struct {
+    int w, h, boxW, boxH, tw, th;
+  } rows[] = {
+      {800, 600, 400, 300, 400, 300},    // landscape by the width
+      {600, 800, 400, 300, 225, 300},    // portrait by the height
+      {1000, 1000, 400, 300, 300, 300},  // square: by the height
+      {1600, 400, 400, 300, 400, 100},
+      {900, 600, 400, 100, 150, 100},    // wide box, the height limits
+      {200, 100, 400, 300, 200, 100},    // smaller pictures stay their size
+      {10000, 1, 400, 300, 400, 1},      // never below a pixel
+  };
+  for (const auto& r : rows) {
+    const QSize s = ThumbSize(r.w, r.h, r.boxW, r.boxH);
+    EXPECT_EQ(s.width(), r.tw) << r.w << "x" << r.h;
+    EXPECT_EQ(s.height(), r.th) << r.w << "x" << r.h;
+  }
+  EXPECT_TRUE(ThumbSize(0, 10, 400, 300).isEmpty());  // nothing to fit
+  EXPECT_TRUE(ThumbSize(10, 10, 0, 300).isEmpty());
+}
+
+TEST_F(PreviewPipelineTest, CreateThumbGives24BitsAndKeepsTheFormerOneOnFailure) {
+  QImage indexed = test::PatternPicture(64, 32, false).convertToFormat(QImage::Format_Indexed8);
+  const std::string path = Picture("pal.bmp", indexed);
+  ImgHandle thumb = 0;
+  float aspect = 0;
+  ASSERT_TRUE(CreateThumb(lib, path, 16, 16, thumb, aspect));
+  ImgInfo info;
+  lib.ImgGetInfoStruct(thumb, info);
+  EXPECT_EQ(info.bitCount, 24);
+  EXPECT_EQ(info.width, 16);
+  EXPECT_EQ(info.height, 8);
+  EXPECT_FLOAT_EQ(aspect, 2.0f);
+  const ImgHandle before = thumb;
+  EXPECT_FALSE(CreateThumb(lib, dir.file("missing.png"), 16, 16, thumb, aspect));
+  EXPECT_EQ(thumb, before);
+  EXPECT_FLOAT_EQ(aspect, 2.0f);
+  EXPECT_EQ(lib.openImages(), 1u);  // nothing leaks on either path
+}
+
+TEST_F(PreviewPipelineTest, LoadIntoPictureBoxScalesLargeTakesSmallAndRefusesTheRest) {
+  CanvasBox box(40, 30);
+  ImgHandle preview = 0;
+  ASSERT_TRUE(LoadIntoPictureBox(lib, shell, box, Picture("big.png", test::PatternPicture(80, 40, false)), false,
+                                 preview));
+  ImgInfo info;
+  lib.ImgGetInfoStruct(preview, info);
+  EXPECT_EQ(info.width, 40);
+  EXPECT_EQ(info.height, 20);
+  EXPECT_EQ(box.width(), 40);  // the box stays
+  EXPECT_NE(box.canvas.pixel(5, 5), qRgb(0, 0, 0));  // and shows it
+
+  const QImage small = test::PatternPicture(10, 6, false);
+  ASSERT_TRUE(LoadIntoPictureBox(lib, shell, box, Picture("small.png", small), false, preview));
+  lib.ImgGetInfoStruct(preview, info);
+  EXPECT_EQ(info.width, 10);
+  EXPECT_EQ(box.width(), 10);  // the box takes the picture's size
+  EXPECT_EQ(box.height(), 6);
+  EXPECT_EQ(lib.image(preview)->pixel(3, 2), small.pixel(3, 2));
+  EXPECT_EQ(lib.openImages(), 1u);  // the former preview was closed
+
+  const ImgHandle kept = preview;
+  const std::string text = dir.Write("notes.png", "not a picture at all");
+  EXPECT_FALSE(LoadIntoPictureBox(lib, shell, box, text, false, preview));
+  ASSERT_EQ(shell.boxes.size(), 1u);
+  EXPECT_EQ(shell.boxes[0].text, "Couldn't open " + text);
+  EXPECT_EQ(preview, kept);
+  EXPECT_FALSE(LoadIntoPictureBox(lib, shell, box, text, true, preview));
+  EXPECT_EQ(shell.boxes.size(), 1u);  // quiet
+}
+
+TEST_F(PreviewPipelineTest, BadPicturesAreRefusedWithoutHarm) {
+  QImage good = test::PatternPicture(32, 32, false);
+  const std::string png = Picture("good.png", good);
+  const std::string bytes = test::ReadFileBytes(png);
+  const std::string rows[] = {
+      dir.Write("truncated.png", bytes.substr(0, bytes.size() / 3)),
+      dir.Write("empty.bmp", ""),
+      dir.Write("zero.bmp", BmpHeader(0, 0, 0)),
+      dir.Write("huge.bmp", BmpHeader(20000, 20000, 64)),  // claims 1.2 GB of pixels
+      dir.Write("words.jpg", "JFIF? no, just words"),
+  };
+  for (const std::string& path : rows) {
+    ImgHandle thumb = 0;
+    float aspect = 1;
+    EXPECT_FALSE(CreateThumb(lib, path, 100, 100, thumb, aspect)) << path;
+    EXPECT_EQ(thumb, 0) << path;
+  }
+  EXPECT_EQ(lib.openImages(), 0u);
+}
+
+TEST_F(PreviewPipelineTest, HugePicturesThatCanBeScaledOnReadingAreScaled) {
+  // A JPEG scales while it decodes; its full size is never held.
+  QImage wide(kMaxPreviewSource * 2, 64, QImage::Format_RGB888);
+  wide.fill(QColor(200, 30, 60));
+  const std::string path = dir.file("wide.jpg");
+  ASSERT_TRUE(wide.save(QString::fromStdString(path), "jpg"));
+  const ImgHandle h = OpenPreviewSource(lib, path);
+  ASSERT_NE(h, 0);
+  EXPECT_EQ(lib.image(h)->width(), kMaxPreviewSource);
+  EXPECT_EQ(lib.image(h)->height(), 32);
+}
+
+TEST_F(PreviewPipelineTest, CacheWritesAreWholeAndClearingEmptiesTheFolder) {
+  const std::string prog = dir.path();
+  const std::string entry = PreviewCacheFile(prog, "/x/Foo.8bf");
+  const QImage picture = test::PatternPicture(20, 10, false);
+  ASSERT_TRUE(WritePreviewCache(picture, entry, 90));
+  const QImage back = ReadPreviewCache(entry);
+  ASSERT_EQ(back.size(), picture.size());
+  EXPECT_LT(std::abs(qRed(back.pixel(5, 5)) - qRed(picture.pixel(5, 5))), 40);
+  EXPECT_TRUE(ReadPreviewCache(prog + "cache/none.jpg").isNull());
+
+  // Lower quality, smaller file.
+  const std::string low = prog + "cache/low.jpg";
+  ASSERT_TRUE(WritePreviewCache(test::PatternPicture(64, 64, false), low, 5));
+  ASSERT_TRUE(WritePreviewCache(test::PatternPicture(64, 64, false), entry, 95));
+  EXPECT_LT(fs::file_size(low), fs::file_size(entry));
+
+  ASSERT_TRUE(ClearPreviewCache(prog));
+  EXPECT_TRUE(fs::is_directory(prog + "cache"));
+  EXPECT_TRUE(fs::is_empty(prog + "cache"));
+}
+
+TEST_F(PreviewPipelineTest, ACacheThatCannotBeWrittenFailsCleanly) {
+  // The cache's place is taken by a file: no folder can be made there.
+  test::TempDir prog;
+  prog.Write("cache", "a file where the folder should be");
+  EXPECT_FALSE(WritePreviewCache(test::PatternPicture(8, 8, false), PreviewCacheFile(prog.path(), "Foo.8bf"), 75));
+  EXPECT_EQ(prog.Read("cache"), "a file where the folder should be");
+  EXPECT_FALSE(WritePreviewCache(QImage(), dir.file("cache/x.jpg"), 75));
+}
+
+TEST_F(PreviewPipelineTest, RandomizeSetsEveryControlToARandomByte) {
+  FFFilter f;
+  std::mt19937 a(1), b(2);
+  RandomizeControls(f, a);
+  FFFilter g;
+  RandomizeControls(g, b);
+  int differ = 0;
+  for (int i = 1; i <= 8; ++i) differ += f.ctlValue[i] != g.ctlValue[i];
+  EXPECT_GE(differ, 6);
+  // Over many draws both ends of the byte are reached.
+  bool low = false, high = false;
+  for (int n = 0; n < 400; ++n) {
+    RandomizeControls(f, a);
+    for (int i = 1; i <= 8; ++i) low |= f.ctlValue[i] < 8, high |= f.ctlValue[i] > 247;
+  }
+  EXPECT_TRUE(low && high);
+}
+
+TEST_F(PreviewPipelineTest, PrintOnImagePlacesAndGreyBarDarkens) {
+  EXPECT_EQ(PrintOnImagePosition(100, 50, 20, 10, 0), QPoint(40, 20));
+  EXPECT_EQ(PrintOnImagePosition(100, 50, 20, 10, 1), QPoint(100 - 20 - 6, 50 - 10 - 6));
+  EXPECT_EQ(PrintOnImagePosition(100, 50, 20, 10, 2), QPoint(6, 6));
+  EXPECT_EQ(PrintOnImagePosition(100, 50, 90, 40, 2), QPoint(6, 6));  // mode 2 ignores the text's size
+  EXPECT_EQ(GreyscaleBarLevel(200, 0, 10), 200);
+  EXPECT_EQ(GreyscaleBarLevel(200, 5, 10), 200 - 127);
+  EXPECT_EQ(GreyscaleBarLevel(100, 9, 10), 0);  // never below black
+  QImage bar(10, 20, QImage::Format_RGB32);
+  QPainter painter(&bar);
+  GreyscaleBar(painter, 10, 20, 220, 2);
+  painter.end();
+  EXPECT_EQ(qRed(bar.pixel(0, 0)), 220);
+  EXPECT_GT(qRed(bar.pixel(0, 0)), qRed(bar.pixel(0, 10)));
+  EXPECT_GT(qRed(bar.pixel(0, 10)), qRed(bar.pixel(0, 19)));
+}
+
+TEST_F(PreviewPipelineTest, PluginInvokeAndTheWorkersGiveTheEnginesPixels) {
+  const std::string plugin = test::CompilePlugin(dir, test::SampleFilter("255 - c"));
+  ASSERT_FALSE(plugin.empty());
+  const QImage source = test::PatternPicture(12, 9, false);
+  HostState state;
+  state.PreviewImage = lib.Adopt(source);
+  WindowHandle parent = 0;
+  bool result = false;
+  PluginInvoke(lib, state, shell, dir.path(), plugin, nullptr, false, parent, result);
+  ASSERT_TRUE(result);
+  const QImage viaHost = *lib.image(state.PreviewImage);
+  const QImage viaWorker = RenderWith(PrepareFilter(plugin), source);
+  ASSERT_EQ(viaWorker.size(), source.size());
+  for (int y = 0; y < 9; ++y)
+    for (int x = 0; x < 12; ++x) {
+      const QColor s = source.pixelColor(x, y), h = viaHost.pixelColor(x, y), w = viaWorker.pixelColor(x, y);
+      EXPECT_EQ(h.red(), 255 - s.red());
+      EXPECT_EQ(h.blue(), 255 - s.blue());
+      EXPECT_EQ(h.rgb(), w.rgb());
+    }
+  EXPECT_FALSE(PrepareFilter(dir.Write("other.8bf", "MZ but nothing else")).ok());
+  EXPECT_FALSE(PrepareFilter(dir.file("gone.8bf")).ok());
+}
+
+TEST_F(PreviewPipelineTest, TheContactSheetRendersEveryPluginOnceAndUsesTheCache) {
+  std::vector<std::string> plugins;
+  for (const char* code : {"255 - c", "c / 2", "r", "x * 255 / X", "b"}) {
+    FFFilter f = test::SampleFilter(code);
+    f.filename = "sheet" + std::to_string(plugins.size()) + ".afs";
+    plugins.push_back(test::CompilePlugin(dir, f));
+    ASSERT_FALSE(plugins.back().empty());
+  }
+  plugins.push_back(dir.Write("broken.8bf", "not a plugin"));
+  const QImage picture = test::PatternPicture(16, 12, false);
+  test::TempDir prog;
+  ContactSheetOptions options;
+  options.threads = 3;
+  options.useCache = true;
+  options.programFolder = prog.path();
+  std::mutex m;
+  std::vector<int> calls(plugins.size(), 0);
+  std::vector<QImage> images(plugins.size());
+  std::vector<std::string> errors(plugins.size());
+  auto done = [&](size_t i, const QImage& img, const std::string& e) {
+    std::lock_guard<std::mutex> lock(m);
+    ++calls[i];
+    images[i] = img;
+    errors[i] = e;
+  };
+  RenderContactSheet(plugins, picture, options, done);
+  for (size_t i = 0; i < plugins.size(); ++i) EXPECT_EQ(calls[i], 1) << i;
+  EXPECT_EQ(images[1].pixelColor(3, 3).red(), picture.pixelColor(3, 3).red() / 2);
+  EXPECT_TRUE(images.back().isNull());
+  EXPECT_FALSE(errors.back().empty());
+  EXPECT_TRUE(fs::exists(PreviewCacheFile(prog.path(), plugins[0])));
+
+  // The second time the cache answers, even with the plugins gone.
+  for (size_t i = 0; i + 1 < plugins.size(); ++i) fs::remove(plugins[i]);
+  std::fill(calls.begin(), calls.end(), 0);
+  RenderContactSheet(plugins, picture, options, done);
+  for (size_t i = 0; i + 1 < plugins.size(); ++i) {
+    EXPECT_EQ(calls[i], 1);
+    EXPECT_FALSE(images[i].isNull()) << i;
+  }
+
+  // Cancelled before it starts: nothing is reported.
+  std::atomic<bool> cancel{true};
+  options.cancel = &cancel;
+  std::fill(calls.begin(), calls.end(), 0);
+  RenderContactSheet(plugins, picture, options, done);
+  for (int c : calls) EXPECT_EQ(c, 0);
+}
+
+TEST_F(PreviewPipelineTest, BatchWritesEachPictureAndAsksBeforeReplacing) {
+  const std::string plugin = test::CompilePlugin(dir, test::SampleFilter("255 - c"));
+  test::TempDir in, out;
+  const QImage a = test::PatternPicture(6, 4, false);
+  std::vector<std::string> pictures;
+  for (const char* name : {"a.png", "b.bmp", "c.png"}) {
+    pictures.push_back(in.file(name));
+    ASSERT_TRUE(a.save(QString::fromStdString(pictures.back())));
+  }
+  pictures.push_back(in.Write("d.png", "broken"));
+  out.Write("b.bmp", "keep me");
+  out.Write("c.png", "keep me too");
+  std::vector<std::string> asked;
+  const BatchResult r = BatchApply(
+      PrepareFilter(plugin), pictures, out.path(),
+      [&](const std::string& target) {
+        asked.push_back(target);
+        return asked.size() == 1 ? OverwriteAnswer::Skip : OverwriteAnswer::Write;
+      },
+      {}, nullptr);
+  EXPECT_EQ(r.written, 2);
+  EXPECT_EQ(r.skipped, 1);
+  ASSERT_EQ(r.errors.size(), 1u);
+  EXPECT_EQ(r.errors[0], "Couldn't open " + pictures[3]);
+  EXPECT_EQ(asked, (std::vector<std::string>{out.file("b.bmp"), out.file("c.png")}));
+  EXPECT_EQ(out.Read("b.bmp"), "keep me");
+  const QImage written(QString::fromStdString(out.file("a.png")));
+  EXPECT_EQ(written.pixelColor(2, 1).green(), 255 - a.pixelColor(2, 1).green());
+  EXPECT_FALSE(QImage(QString::fromStdString(out.file("c.png"))).isNull());
+
+  // Stop ends the run and keeps what stands.
+  test::TempDir out2;
+  out2.Write("a.png", "old");
+  const BatchResult stopped =
+      BatchApply(PrepareFilter(plugin), pictures, out2.path(), [](const std::string&) { return OverwriteAnswer::Stop; },
+                 {}, nullptr);
+  EXPECT_TRUE(stopped.stopped);
+  EXPECT_EQ(stopped.written, 0);
+  EXPECT_EQ(out2.Read("a.png"), "old");
+}
+
+}  // namespace
+}  // namespace trel

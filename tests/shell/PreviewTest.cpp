@@ -1,0 +1,280 @@
+// The preview as the window runs it: the toolbar button and the menu entry,
+// the delay timer, the cache, Invoke and About, Browse and Batch.
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QDir>
+#include <QLabel>
+#include <QListWidget>
+#include <QSignalSpy>
+#include <QTest>
+#include <filesystem>
+
+#include "../host/HostTestSupport.h"
+#include "host/PreviewPipeline.h"
+#include "host/PreviewRender.h"
+#include "picture/PicView.h"
+#include "picture/PreviewPicture.h"
+#include "settings/SettingsStore.h"
+#include "shell/BrowseDialog.h"
+#include "shell/MainWindow.h"
+#include "shell/PreviewController.h"
+#include "shell/PreviewWindow.h"
+#include "support/RecordingShell.h"
+#include "support/TempDir.h"
+
+namespace trel {
+namespace {
+
+namespace fs = std::filesystem;
+
+class PreviewTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    // The program folder's own picture.
+    ASSERT_TRUE(test::PatternPicture(64, 48, false).save(QString::fromStdString(home.file("Test.bmp"))));
+    window = std::make_unique<MainWindow>(store, home.path());
+    preview = PreviewController::Of(*window);
+    ASSERT_NE(preview, nullptr);
+    preview->SetShell(&shell);
+    preview->SetSelectedFileProvider([this] { return selected; });
+  }
+  void TearDown() override {
+    window->close();
+    window.reset();
+  }
+  std::string Plugin(const std::string& code, const std::string& name) {
+    FFFilter f = test::SampleFilter(code);
+    f.filename = name + ".afs";
+    const std::string path = test::CompilePlugin(plugins, f);
+    EXPECT_FALSE(path.empty());
+    return path;
+  }
+  QImage Shown() { return preview->previewWindow()->shown(); }
+  QImage Thumb() { return *preview->library().image(preview->thumbnail()); }
+
+  test::TempDir home, plugins;
+  SettingsStore store{home.file("Trel10.ini")};
+  std::unique_ptr<MainWindow> window;
+  PreviewController* preview = nullptr;
+  test::RecordingShell shell;
+  std::string selected;
+};
+
+TEST_F(PreviewTest, ThePreviewPictureComesFromTheSettingOrTestBmp) {
+  EXPECT_EQ(PreviewPicturePath(store, home.path()), home.file("Test.bmp"));
+  const std::string mine = home.file("mine.png");
+  ASSERT_TRUE(test::PatternPicture(30, 60, false).save(QString::fromStdString(mine)));
+  store.Save("Settings", "PreviewPic", mine);
+  EXPECT_EQ(PreviewPicturePath(store, home.path()), mine);
+  preview->PreparePreviewPic();
+  EXPECT_EQ(preview->PreviewPicture(), mine);
+  EXPECT_FLOAT_EQ(preview->aspect(), 0.5f);
+  fs::remove(mine);
+  EXPECT_EQ(PreviewPicturePath(store, home.path()), home.file("Test.bmp"));
+}
+
+TEST_F(PreviewTest, ToolbarButtonAndMenuEntrySwitchTogether) {
+  QAction* tb = window->findChild<QAction*>("tbPreview");
+  QAction* menu = window->command("mnuPluginPreview");
+  ASSERT_TRUE(tb && menu);
+  menu->trigger();
+  EXPECT_TRUE(tb->isChecked());
+  EXPECT_TRUE(menu->isChecked());
+  EXPECT_TRUE(preview->previewWindow()->isVisible());
+  tb->trigger();
+  EXPECT_FALSE(tb->isChecked());
+  EXPECT_FALSE(menu->isChecked());
+  EXPECT_FALSE(preview->previewWindow()->isVisible());
+  preview->mnuPluginPreview_Click();
+  EXPECT_TRUE(tb->isChecked() && menu->isChecked());
+}
+
+TEST_F(PreviewTest, ABurstOfSelectionChangesRunsOnePreview) {
+  selected = Plugin("255 - c", "invert");
+  preview->cacheEnabled = false;
+  preview->SelectionChanged();
+  EXPECT_FALSE(preview->Timer1().isActive());  // the preview is off: nothing waits
+  window->findChild<QAction*>("tbPreview")->trigger();
+  const int afterSwitch = preview->previewRuns();
+  for (int i = 0; i < 8; ++i) preview->SelectionChanged();
+  EXPECT_TRUE(preview->Timer1().isActive());
+  EXPECT_EQ(preview->previewRuns(), afterSwitch);
+  QTRY_VERIFY_WITH_TIMEOUT(!preview->Timer1().isActive(), 3000);
+  QTest::qWait(20);
+  EXPECT_EQ(preview->previewRuns(), afterSwitch + 1);
+}
+
+TEST_F(PreviewTest, APreviewShowsTheFilteredThumbnailAndIsCachedUntilUpdated) {
+  const std::string plugin = Plugin("255 - c", "invert");
+  ASSERT_TRUE(preview->PreviewPlugin(plugin));
+  const QImage expected = RenderWith(PrepareFilter(plugin), Thumb());
+  EXPECT_EQ(Shown().convertToFormat(QImage::Format_RGB32), expected.convertToFormat(QImage::Format_RGB32));
+  const std::string entry = PreviewCacheFile(home.path(), plugin);
+  ASSERT_TRUE(fs::exists(entry));
+  EXPECT_EQ(preview->previewRuns(), 1);
+
+  // Served from the cache: no run, the JPEG's pixels.
+  ASSERT_TRUE(preview->PreviewPlugin(plugin));
+  EXPECT_EQ(preview->previewRuns(), 1);
+
+  // A plugin of the same name elsewhere shares the entry.
+  test::TempDir other;
+  fs::copy_file(Plugin("c / 2", "half"), other.file("invert.8bf"));
+  ASSERT_TRUE(preview->PreviewPlugin(other.file("invert.8bf")));
+  EXPECT_EQ(preview->previewRuns(), 1);
+
+  // Update makes the entry anew.
+  selected = plugin;
+  preview->mnuUpdateCache_Click();
+  EXPECT_EQ(preview->previewRuns(), 2);
+  EXPECT_TRUE(fs::exists(entry));
+
+  // Clear asks first; answered No nothing goes.
+  shell.nextAnswer = MsgResult::No;
+  EXPECT_FALSE(preview->ClearCache(true));
+  ASSERT_EQ(shell.boxes.size(), 1u);
+  EXPECT_EQ(shell.boxes[0].text, "Do you really want to clear the preview cache?");
+  EXPECT_TRUE(fs::exists(entry));
+  shell.nextAnswer = MsgResult::Yes;
+  EXPECT_TRUE(preview->ClearCache(true));
+  EXPECT_FALSE(fs::exists(entry));
+  EXPECT_TRUE(fs::is_directory(home.file("cache")));
+
+  // Update on a plugin without an entry makes one.
+  preview->mnuUpdateCache_Click();
+  EXPECT_TRUE(fs::exists(entry));
+}
+
+TEST_F(PreviewTest, AnUnwritableCacheSaysSoOnceAndThePreviewStillShows) {
+  ClearPreviewCache(home.path());
+  fs::remove_all(home.file("cache"));
+  test::WriteFileBytes(home.file("cache"), "a file in the cache's place");
+  ASSERT_TRUE(preview->PreviewPlugin(Plugin("255 - c", "one")));
+  ASSERT_TRUE(preview->PreviewPlugin(Plugin("c / 2", "two")));
+  EXPECT_FALSE(Shown().isNull());
+  ASSERT_EQ(shell.boxes.size(), 1u);
+  EXPECT_NE(shell.boxes[0].text.find("Couldn't write the preview cache file"), std::string::npos);
+  EXPECT_EQ(test::ReadFileBytes(home.file("cache")), "a file in the cache's place");
+}
+
+TEST_F(PreviewTest, PicturesMenuChangesThePictureAndMovesTheCheckMark) {
+  preview->PreparePreviewPic();
+  QAction* test = window->findChild<QAction*>("mnuPicturesTest");
+  ASSERT_NE(test, nullptr);
+  EXPECT_TRUE(test->isChecked());
+  const std::string tall = home.file("tall.png");
+  ASSERT_TRUE(test::PatternPicture(200, 800, false).save(QString::fromStdString(tall)));
+  preview->mnuPictures_Click(QString::fromStdString(tall));
+  EXPECT_FALSE(test->isChecked());
+  EXPECT_EQ(preview->PreviewPicture(), tall);
+  EXPECT_EQ(Thumb().height(), preview->previewBox.height());
+  EXPECT_FLOAT_EQ(preview->aspect(), 0.25f);
+  // A picture that doesn't open keeps the former thumbnail.
+  const ImgHandle before = preview->thumbnail();
+  preview->mnuPictures_Click(QString::fromStdString(home.file("gone.png")));
+  EXPECT_EQ(preview->thumbnail(), before);
+}
+
+TEST_F(PreviewTest, InvokeRunsOnThePreviewOrTheOpenPictureEditor) {
+  const std::string plugin = Plugin("255 - c", "invert");
+  selected = plugin;
+  preview->cmd_Invoke();
+  EXPECT_TRUE(shell.boxes.empty());
+  EXPECT_EQ(Shown().convertToFormat(QImage::Format_RGB32),
+            RenderWith(PrepareFilter(plugin), Thumb()).convertToFormat(QImage::Format_RGB32));
+
+  PicView* pic = preview->picView();
+  const QImage picture = test::PatternPicture(30, 20, false);
+  pic->SetPicture(picture);
+  pic->show();
+  preview->cmd_Invoke();
+  EXPECT_EQ(pic->Picture().pixelColor(4, 4).red(), 255 - picture.pixelColor(4, 4).red());
+  pic->mnuUndo_Click();
+  EXPECT_EQ(pic->Picture().pixelColor(4, 4), picture.pixelColor(4, 4));
+  pic->close();
+}
+
+TEST_F(PreviewTest, InvokeAndAboutRefuseWhatTheyCannotRun) {
+  const struct {
+    std::string file;
+    std::string message;
+  } rows[] = {
+      {"", "Please select a plugin or other supported file."},
+      {plugins.Write("x.prm", "prm"), "Please select a Photoshop-compatible plugin to execute this function."},
+      {plugins.Write("other.8bf", "MZ not ours"), "An error occured while loading the plugin!\n"
+                                                   "The plugin may be invalid or\n"
+                                                   "you may need msvcrt10.dll or plugin.dll\n"
+                                                   "in your Windows System folder."},
+  };
+  for (const auto& row : rows) {
+    selected = row.file;
+    shell.boxes.clear();
+    preview->cmd_Invoke();
+    ASSERT_EQ(shell.boxes.size(), 1u) << row.file;
+    EXPECT_EQ(shell.boxes[0].text, row.message);
+  }
+  // About shows our plugin's title, copyright and author.
+  selected = Plugin("r", "about");
+  shell.boxes.clear();
+  preview->cmd_About();
+  ASSERT_EQ(shell.boxes.size(), 1u);
+  EXPECT_NE(shell.boxes[0].text.find("Sample Filter"), std::string::npos);
+  EXPECT_NE(shell.boxes[0].text.find("A. Tester"), std::string::npos);
+  // A bare-named plugin runs only after Yes.
+  fs::copy_file(selected, plugins.file("bare_8bf"));
+  selected = plugins.file("bare_8bf");
+  shell.boxes.clear();
+  shell.nextAnswer = MsgResult::No;
+  preview->cmd_Invoke();
+  ASSERT_EQ(shell.boxes.size(), 1u);
+  EXPECT_EQ(shell.boxes[0].title, "Warning");
+}
+
+TEST_F(PreviewTest, RandomizeAndSavePreview) {
+  preview->mnuRandomize_Click();  // no filter in hand: nothing happens
+  EXPECT_TRUE(Shown().isNull());
+  window->filter() = test::SampleFilter("ctl(0)");
+  preview->mnuRandomize_Click();
+  const int first = window->filter().ctlValue[1];
+  ASSERT_FALSE(Shown().isNull());
+  EXPECT_EQ(qRed(Shown().pixel(1, 1)), first);
+  const std::string out = home.file("saved.png");
+  ASSERT_TRUE(preview->cmd_SavePreview(out));
+  EXPECT_EQ(QImage(QString::fromStdString(out)).size(), Shown().size());
+  EXPECT_FALSE(preview->cmd_SavePreview(home.file("no/such/folder/x.png")));
+  EXPECT_EQ(shell.boxes.size(), 1u);  // the library's message
+}
+
+TEST_F(PreviewTest, BrowseFillsEveryTileAndBatchWritesThePassiveFolder) {
+  std::vector<std::string> list;
+  for (const char* code : {"255 - c", "c / 2", "r", "g"}) list.push_back(Plugin(code, std::string("b") + char('0' + list.size())));
+  preview->PreparePreviewPic();
+  ContactSheetOptions options;
+  options.threads = 2;
+  BrowseDialog dialog(list, Thumb(), options);
+  QSignalSpy done(&dialog, &BrowseDialog::allFinished);
+  dialog.Start();
+  QTRY_VERIFY_WITH_TIMEOUT(dialog.allDone(), 10000);
+  EXPECT_EQ(done.count(), 1);
+  EXPECT_EQ(dialog.tile(1).pixelColor(2, 2).green(), Thumb().pixelColor(2, 2).green() / 2);
+  QSignalSpy activated(&dialog, &BrowseDialog::pluginActivated);
+  emit dialog.grid()->itemActivated(dialog.grid()->item(2));
+  ASSERT_EQ(activated.count(), 1);
+  EXPECT_EQ(activated[0][0].toString().toStdString(), list[2]);
+
+  test::TempDir in, out;
+  std::vector<std::string> pictures;
+  for (const char* name : {"p.png", "q.png"}) {
+    pictures.push_back(in.file(name));
+    ASSERT_TRUE(test::PatternPicture(5, 5, false).save(QString::fromStdString(pictures.back())));
+  }
+  const BatchResult r = preview->RunBatch(list[0], pictures, out.path());
+  EXPECT_EQ(r.written, 2);
+  EXPECT_TRUE(out.Exists("p.png") && out.Exists("q.png"));
+  ASSERT_FALSE(shell.boxes.empty());
+  EXPECT_EQ(shell.boxes.back().title, "Batch");
+}
+
+}  // namespace
+}  // namespace trel
