@@ -10,7 +10,7 @@ out=$(realpath -m "$4")
 mkdir -p "$out"
 export LSAN_OPTIONS="suppressions=$(dirname "$(realpath "$0")")/lsan.supp${LSAN_OPTIONS:+:$LSAN_OPTIONS}"
 work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+trap '[[ -n "${KEEP:-}" ]] || rm -rf "$work"' EXIT
 home="$work/home"
 mkdir -p "$home" "$work/plugins"
 fail() { echo "FAIL: $*"; cat "$work/stderr.txt" 2>/dev/null; exit 1; }
