@@ -139,6 +139,11 @@ void InstallPreviewCommands(MainWindow& window) {
       QObject::connect(pane, &FilePane::viewChanged, preview, [preview] { preview->HookSelections(); });
   preview->HookSelections();
 
+  // "Load all components on startup" prepares the picture before it is needed.
+  QTimer::singleShot(0, preview, [preview, &window] {
+    if (window.prefs().fullStartUp == 1 && preview->PreviewPicture().empty()) preview->PreparePreviewPic();
+  });
+
   // For unattended runs under a virtual display: TREL_PREVIEW_PLUGIN=FILE takes
   // FILE as the selection and switches the preview on as the button does;
   // TREL_PREVIEW_SHOT=FILE.bmp then keeps the preview's pixels and a picture

@@ -195,6 +195,25 @@ TEST_F(PreviewTest, InvokeRunsOnThePreviewOrTheOpenPictureEditor) {
   pic->close();
 }
 
+TEST_F(PreviewTest, APictureOpensInThePictureEditor) {
+  const std::string path = home.file("Test.bmp");
+  window->LoadintoPicView(QString::fromStdString(path));
+  PicView* pic = preview->picView(false);
+  ASSERT_NE(pic, nullptr);
+  EXPECT_TRUE(pic->isVisible());
+  EXPECT_EQ(pic->Picture().size(), QSize(64, 48));
+  EXPECT_EQ(pic->windowTitle(), "Picture Editor - Test.bmp - 64x48, 16 Milion Colors (24bit)");
+  // A file that isn't a picture leaves the editor as it was.
+  window->LoadintoPicView(QString::fromStdString(home.Write("x.png", "no")));
+  EXPECT_EQ(pic->Picture().size(), QSize(64, 48));
+  // A look at the editor on the shipped picture, when asked for.
+  if (const char* shot = std::getenv("TREL_PICVIEW_SHOT"); shot && *shot) {
+    pic->OpenFile(QString::fromStdString(std::string(TREL_TEMPLATE_DIR) + "/Test.bmp"));
+    pic->grab().save(shot);
+  }
+  pic->close();
+}
+
 TEST_F(PreviewTest, InvokeAndAboutRefuseWhatTheyCannotRun) {
   const struct {
     std::string file;
