@@ -45,16 +45,12 @@ void RenderContactSheet(const std::vector<std::string>& plugins, const QImage& p
   for (std::thread& t : workers) t.join();
 }
 
-BatchResult BatchApply(const PreparedFilter& filter, const std::vector<std::string>& pictures,
+BatchResult BatchApply(const PictureRunner& run, const std::vector<std::string>& pictures,
                        const std::string& targetFolder,
                        const std::function<OverwriteAnswer(const std::string&)>& askOverwrite,
                        const std::function<void(size_t, size_t)>& progress,
                        const std::atomic<bool>* cancel) {
   BatchResult result;
-  if (!filter.ok()) {
-    result.errors.push_back(filter.error);
-    return result;
-  }
   for (size_t i = 0; i < pictures.size(); ++i) {
     if (cancel && cancel->load()) {
       result.stopped = true;
@@ -82,7 +78,7 @@ BatchResult BatchApply(const PreparedFilter& filter, const std::vector<std::stri
         continue;
       }
     }
-    const QImage filtered = RenderWith(filter, picture, [cancel] { return cancel && cancel->load(); });
+    const QImage filtered = run(picture);
     if (filtered.isNull()) {
       if (cancel && cancel->load()) {
         result.stopped = true;

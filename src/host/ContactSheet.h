@@ -38,7 +38,9 @@ struct BatchResult {
   bool stopped = false;
 };
 enum class OverwriteAnswer { Write, Skip, Stop };
-BatchResult BatchApply(const PreparedFilter& filter, const std::vector<std::string>& pictures,
+// `run` filters one picture: a null image when it couldn't.
+using PictureRunner = std::function<QImage(const QImage&)>;
+BatchResult BatchApply(const PictureRunner& run, const std::vector<std::string>& pictures,
                        const std::string& targetFolder,
                        const std::function<OverwriteAnswer(const std::string&)>& askOverwrite,
                        const std::function<void(size_t, size_t)>& progress,

@@ -73,13 +73,15 @@ void BrowseDialog::Start() {
 
 void BrowseDialog::SetTile(size_t index, const QImage& image, const QString& error) {
   if (index >= tiles_.size()) return;
-  tiles_[index] = image;
+  QImage shown = image;
+  if (shown.isNull() && fallback_ && !cancel_) shown = fallback_(plugins_[index]);
+  tiles_[index] = shown;
   ++finished_;
   QPixmap tile(kTile, kTile);
   tile.fill(Qt::white);
   QPainter painter(&tile);
-  if (!image.isNull()) {
-    const QImage scaled = image.scaled(kTile, kTile, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+  if (!shown.isNull()) {
+    const QImage scaled = shown.scaled(kTile, kTile, Qt::KeepAspectRatio, Qt::SmoothTransformation);
     painter.drawImage((kTile - scaled.width()) / 2, (kTile - scaled.height()) / 2, scaled);
   } else {
     painter.setPen(Qt::red);

@@ -6,6 +6,7 @@
 #include <QDialog>
 #include <QImage>
 #include <atomic>
+#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -25,6 +26,8 @@ class BrowseDialog : public QDialog {
   ~BrowseDialog() override;
 
   void Start();
+  // Called on the window's thread for a plugin the workers couldn't run.
+  void SetFallback(std::function<QImage(const std::string&)> fallback) { fallback_ = std::move(fallback); }
   void Cancel() { cancel_ = true; }
   int finishedCount() const { return finished_; }
   bool allDone() const { return finished_ == int(plugins_.size()); }
@@ -46,6 +49,7 @@ class BrowseDialog : public QDialog {
   QImage picture_;
   ContactSheetOptions options_;
   std::vector<QImage> tiles_;
+  std::function<QImage(const std::string&)> fallback_;
   std::atomic<bool> cancel_{false};
   std::thread worker_;
   int finished_ = 0;

@@ -187,6 +187,8 @@ void PreviewController::mnuBrowser_Click() {
   options.quality = jpgQuality;
   auto* dialog = new BrowseDialog(std::move(plugins), *thumb, options, &window_);
   dialog->setAttribute(Qt::WA_DeleteOnClose);
+  // What the engine can't run is tried through the host, on this thread.
+  dialog->SetFallback([this, image = *thumb](const std::string& plugin) { return RunThroughHost(plugin, image); });
   connect(dialog, &BrowseDialog::pluginActivated, this, [this](const QString& path) {
     PreviewPlugin(path.toLocal8Bit().toStdString());
     previewWindow()->show();
@@ -230,16 +232,29 @@ void PreviewController::mnuBatchProcessing_Click() {
 
 BatchResult PreviewController::RunBatch(const std::string& plugin, const std::vector<std::string>& pictures,
                                         const std::string& targetFolder) {
+  // Our own filters run straight on the engine; any other plugin goes
+  // through the host, which says what it can't run.
   const PreparedFilter filter = PrepareFilter(plugin);
-  if (!filter.ok()) {
-    shell().MsgBox(filter.error, MsgButtons::Ok, MsgIcon::Exclamation, "Trel");
-    return {};
+  PictureRunner run;
+  if (filter.ok()) {
+    run = [this, &filter](const QImage& in) {
+      return RenderWith(filter, in, [this] { return window_.EscapeFlag().load(); });
+    };
+  } else {
+    run = [this, &plugin](const QImage& in) { return RunThroughHost(plugin, in); };
+    QImage probe(1, 1, QImage::Format_RGB888);
+    probe.fill(Qt::gray);
+    int32_t status = IMG_OK;
+    if (RunThroughHost(plugin, probe, &status).isNull()) {
+      shell().MsgBox(ImgStatusText(status), MsgButtons::Ok, MsgIcon::Exclamation, "Image Library");
+      return {};
+    }
   }
   window_.EscapeFlag() = false;
   const double start = QTime::currentTime().msecsSinceStartOfDay() / 1000.0;
   QApplication::setOverrideCursor(Qt::WaitCursor);
   BatchResult result = BatchApply(
-      filter, pictures, targetFolder,
+      run, pictures, targetFolder,
       [this](const std::string& target) {
         QApplication::restoreOverrideCursor();
         const MsgResult answer =

@@ -434,6 +434,21 @@ void PreviewController::LoadintoPicView(const QString& path) {
   view->raise();
 }
 
+QImage PreviewController::RunThroughHost(const std::string& plugin, const QImage& picture, int32_t* status) {
+  ImgHandle h = lib_->Adopt(picture);
+  if (h == 0) return {};
+  QImage result;
+  // The host's own steps, so that the reason of a failure survives the unload.
+  int32_t st = lib_->ImgPlugInHostLoad(window_.programFolder());
+  if (st == IMG_OK) st = lib_->ImgPlugInLoad(plugin);
+  if (st == IMG_OK) st = lib_->ImgPlugInInvoke(h, state_.mainWindow, {0, 0, picture.width() - 1, picture.height() - 1});
+  if (st == IMG_OK) result = *lib_->image(h);
+  lib_->ImgPlugInHostUnload();
+  lib_->ImgClose(h);
+  if (status) *status = st;
+  return result;
+}
+
 void PreviewController::CloseImages() {
   if (!lib_) return;
   CloseImage(*lib_, thumb_);

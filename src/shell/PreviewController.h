@@ -90,6 +90,10 @@ class PreviewController : public QObject {
   BatchResult RunBatch(const std::string& plugin, const std::vector<std::string>& pictures,
                        const std::string& targetFolder);
 
+  // Runs a plugin through the host over a copy of a picture, quietly; null
+  // when the host couldn't, and then `status` says why.
+  QImage RunThroughHost(const std::string& plugin, const QImage& picture, int32_t* status = nullptr);
+
   void CloseImages();
   // Hooks the selection models of the panes' lists (again, after a view change).
   void HookSelections();

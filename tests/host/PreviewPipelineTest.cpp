@@ -336,8 +336,10 @@ TEST_F(PreviewPipelineTest, BatchWritesEachPictureAndAsksBeforeReplacing) {
   out.Write("b.bmp", "keep me");
   out.Write("c.png", "keep me too");
   std::vector<std::string> asked;
+  const PreparedFilter filter = PrepareFilter(plugin);
+  const PictureRunner run = [&](const QImage& in) { return RenderWith(filter, in); };
   const BatchResult r = BatchApply(
-      PrepareFilter(plugin), pictures, out.path(),
+      run, pictures, out.path(),
       [&](const std::string& target) {
         asked.push_back(target);
         return asked.size() == 1 ? OverwriteAnswer::Skip : OverwriteAnswer::Write;
@@ -357,7 +359,7 @@ TEST_F(PreviewPipelineTest, BatchWritesEachPictureAndAsksBeforeReplacing) {
   test::TempDir out2;
   out2.Write("a.png", "old");
   const BatchResult stopped =
-      BatchApply(PrepareFilter(plugin), pictures, out2.path(), [](const std::string&) { return OverwriteAnswer::Stop; },
+      BatchApply(run, pictures, out2.path(), [](const std::string&) { return OverwriteAnswer::Stop; },
                  {}, nullptr);
   EXPECT_TRUE(stopped.stopped);
   EXPECT_EQ(stopped.written, 0);

@@ -293,6 +293,15 @@ TEST_F(PreviewTest, BrowseFillsEveryTileAndBatchWritesThePassiveFolder) {
   EXPECT_TRUE(out.Exists("p.png") && out.Exists("q.png"));
   ASSERT_FALSE(shell.boxes.empty());
   EXPECT_EQ(shell.boxes.back().title, "Batch");
+
+  // A plugin the host can't run says so and writes nothing.
+  test::TempDir out2;
+  shell.boxes.clear();
+  const BatchResult refused = preview->RunBatch(plugins.Write("foreign.8bf", "MZ elsewhere"), pictures, out2.path());
+  EXPECT_EQ(refused.written, 0);
+  ASSERT_EQ(shell.boxes.size(), 1u);
+  EXPECT_EQ(shell.boxes[0].text, ImgStatusText(IMG_ERR_NOT_SUPPORTED));
+  EXPECT_TRUE(fs::is_empty(out2.path()));
 }
 
 }  // namespace
