@@ -220,6 +220,11 @@ PreviewWindow* PreviewController::previewWindow(bool create) {
     connect(preview_, &PreviewWindow::randomizeRequested, this, &PreviewController::mnuRandomize_Click);
     connect(preview_, &PreviewWindow::savePreviewRequested, this, [this] { cmd_SavePreview({}); });
     connect(preview_, &PreviewWindow::clearCacheRequested, this, [this] { ClearCache(true); });
+    // Closing the window switches the preview off, as the button would.
+    connect(preview_, &PreviewWindow::closed, this, [this] {
+      if (QAction* tb = window_.findChild<QAction*>("tbPreview")) tb->setChecked(false);
+      tbPreview_Click(false);
+    });
   }
   return preview_;
 }

@@ -1,5 +1,6 @@
 #include "shell/PreviewWindow.h"
 
+#include <QCloseEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPixmap>
@@ -65,6 +66,11 @@ void PreviewWindow::ShowMessage(const QString& text) {
   shown_ = QImage();
   picture1_->setPixmap(QPixmap());
   picture1_->setText(text);
+}
+
+void PreviewWindow::closeEvent(QCloseEvent* event) {
+  QWidget::closeEvent(event);
+  emit closed();
 }
 
 }  // namespace trel

@@ -27,6 +27,10 @@ class PreviewWindow : public QWidget {
   void randomizeRequested();
   void savePreviewRequested();
   void clearCacheRequested();
+  void closed();  // the user closed the window
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
 
  private:
   QLabel* picture1_ = nullptr;

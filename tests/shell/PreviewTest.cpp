@@ -88,6 +88,9 @@ TEST_F(PreviewTest, ToolbarButtonAndMenuEntrySwitchTogether) {
   EXPECT_FALSE(preview->previewWindow()->isVisible());
   preview->mnuPluginPreview_Click();
   EXPECT_TRUE(tb->isChecked() && menu->isChecked());
+  // Closing the Preview window switches both off.
+  preview->previewWindow()->close();
+  EXPECT_FALSE(tb->isChecked() || menu->isChecked());
 }
 
 TEST_F(PreviewTest, ABurstOfSelectionChangesRunsOnePreview) {
