@@ -133,6 +133,27 @@ TEST_F(PicViewTest, SaveAsksForANameWhenUntitledOrGifAndACancelSaysNothing) {
   EXPECT_EQ(QImage(QString::fromStdString(png)).pixelColor(3, 3).red(), 255 - Sample().pixelColor(3, 3).red());
 }
 
+TEST_F(PicViewTest, BadFilesAreRefusedWithTheirPath) {
+  view.SetPicture(Sample());
+  const std::string png = dir.file("good.png");
+  ASSERT_TRUE(Sample().save(QString::fromStdString(png)));
+  const std::string bytes = test::ReadFileBytes(png);
+  // A BMP header that claims 20000 x 20000 pixels, with almost none behind it.
+  std::string huge = "BM";
+  auto put = [&](uint32_t v, int n) { for (int i = 0; i < n; ++i) huge += char(v >> (8 * i)); };
+  put(118, 4), put(0, 4), put(54, 4), put(40, 4), put(20000, 4), put(20000, 4), put(1, 2), put(24, 2);
+  put(0, 24);
+  huge += std::string(64, '\x20');
+  for (const std::string& path : {dir.Write("cut.png", bytes.substr(0, bytes.size() / 2)), dir.Write("empty.jpg", ""),
+                                  dir.Write("huge.bmp", huge), dir.Write("words.gif", "GIF? no")}) {
+    shell.boxes.clear();
+    EXPECT_FALSE(view.OpenFile(QString::fromStdString(path))) << path;
+    ASSERT_EQ(shell.boxes.size(), 1u) << path;
+    EXPECT_EQ(shell.boxes[0].text, "Couldn't open " + path);
+    EXPECT_EQ(view.Picture(), Sample());
+  }
+}
+
 TEST_F(PicViewTest, OpenRefusesNonPicturesAndKeepsTheOneOnShow) {
   view.SetPicture(Sample());
   const std::string text = dir.Write("letter.png", "Dear reader");
