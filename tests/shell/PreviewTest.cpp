@@ -2,6 +2,7 @@
 // the delay timer, the cache, Invoke and About, Browse and Batch.
 #include <gtest/gtest.h>
 
+#include <QAbstractItemView>
 #include <QAction>
 #include <QDir>
 #include <QLabel>
@@ -17,6 +18,8 @@
 #include "picture/PreviewPicture.h"
 #include "settings/SettingsStore.h"
 #include "shell/BrowseDialog.h"
+#include "shell/FileListView.h"
+#include "shell/FilePane.h"
 #include "shell/MainWindow.h"
 #include "shell/PreviewController.h"
 #include "shell/PreviewWindow.h"
@@ -106,6 +109,18 @@ TEST_F(PreviewTest, ABurstOfSelectionChangesRunsOnePreview) {
   QTRY_VERIFY_WITH_TIMEOUT(!preview->Timer1().isActive(), 3000);
   QTest::qWait(20);
   EXPECT_EQ(preview->previewRuns(), afterSwitch + 1);
+}
+
+TEST_F(PreviewTest, AChangeInAPanesListStartsTheTimer) {
+  plugins.Write("a.txt", "a");
+  plugins.Write("b.txt", "b");
+  window->pane(0)->FillDirList(plugins.path());
+  window->findChild<QAction*>("tbPreview")->trigger();
+  preview->Timer1().stop();
+  QAbstractItemView* list = window->pane(0)->listView()->current();
+  ASSERT_GT(list->model()->rowCount(), 1);
+  list->selectionModel()->setCurrentIndex(list->model()->index(1, 0), QItemSelectionModel::ClearAndSelect);
+  EXPECT_TRUE(preview->Timer1().isActive());
 }
 
 TEST_F(PreviewTest, APreviewShowsTheFilteredThumbnailAndIsCachedUntilUpdated) {
