@@ -307,6 +307,7 @@ bool PicView::OpenFile(const QString& path) {
   pictureFile_ = path;
   captionName_.clear();
   Replace(img, false);
+  emit pictureOpened(path);
   return true;
 }
 

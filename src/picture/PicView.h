@@ -66,6 +66,9 @@ class PicView : public QMainWindow {
   // Asked on closing a changed picture (tests answer here).
   QAction* action(const QString& objectName) const;
 
+ signals:
+  void pictureOpened(const QString& path);  // a file was opened
+
  protected:
   void closeEvent(QCloseEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;

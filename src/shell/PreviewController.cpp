@@ -414,6 +414,16 @@ PicView* PreviewController::picView(bool create) {
   if (!picView_ && create) {
     picView_ = new PicView(&window_, &forward_);
     picView_->setWindowFlag(Qt::Window, true);
+    // "Auto Add" of the Pictures list takes every picture opened here.
+    connect(picView_, &PicView::pictureOpened, this, [this](const QString& path) {
+      if (window_.prefs().autoAdd[1] != 1) return;
+      const std::string file = path.toLocal8Bit().toStdString();
+      std::vector<std::string>& pics = window_.prefs().pics;
+      for (const std::string& p : pics)
+        if (QString::fromLocal8Bit(p.c_str()).compare(path, Qt::CaseInsensitive) == 0) return;
+      pics.push_back(file);
+      window_.ListToMenu(1);
+    });
     picView_->SetHelpFolder(QString::fromLocal8Bit((window_.programFolder() + "help/").c_str()));
     picView_->SetApplyFilter([this](const QImage& picture) -> QImage {
       // The selected plugin of the window, or else the filter in hand.

@@ -221,6 +221,12 @@ TEST_F(PreviewTest, APictureOpensInThePictureEditor) {
   EXPECT_TRUE(pic->isVisible());
   EXPECT_EQ(pic->Picture().size(), QSize(64, 48));
   EXPECT_EQ(pic->windowTitle(), "Picture Editor - Test.bmp - 64x48, 16 Milion Colors (24bit)");
+  EXPECT_TRUE(window->prefs().pics.empty());  // "Auto Add" is off
+  window->prefs().autoAdd[1] = 1;
+  window->LoadintoPicView(QString::fromStdString(path));
+  window->LoadintoPicView(QString::fromStdString(path));
+  EXPECT_EQ(window->prefs().pics, std::vector<std::string>{path});
+  EXPECT_NE(window->findChild<QAction*>("mnuPictures_0"), nullptr);
   // A file that isn't a picture leaves the editor as it was.
   window->LoadintoPicView(QString::fromStdString(home.Write("x.png", "no")));
   EXPECT_EQ(pic->Picture().size(), QSize(64, 48));
