@@ -60,6 +60,9 @@ void PreviewWindow::ShowPicture(const QImage& picture, const QString& name, cons
   }
   picture1_->setPixmap(QPixmap::fromImage(shownWithNote));
   picture1_->setMinimumSize(picture.size().boundedTo(QSize(1024, 768)));
+  // The window follows the picture's size, also when a smaller one comes.
+  picture1_->resize(picture1_->minimumSize());
+  adjustSize();
 }
 
 void PreviewWindow::ShowMessage(const QString& text) {
