@@ -23,6 +23,10 @@
 #include "shell/MainWindow.h"
 #include "shell/Selection.h"
 #include "shell/StatusArea.h"
+#include "shell/ZipCommander.h"
+#include "shell/ConvertDialog.h"
+#include <QCheckBox>
+#include <QComboBox>
 #include "support/TempDir.h"
 
 namespace trel {
@@ -510,6 +514,89 @@ TEST_F(FileCommandsTest, TheColourBarRunsFromBlueToRedAndIgnoresWhatIsOutOfRange
   window->StatusDisplayClear();
   EXPECT_TRUE(label3->text().isEmpty());
   EXPECT_EQ(area->barLength(), 0);
+}
+
+
+TEST_F(FileCommandsTest, ZipAddListTestAndUnzipWithAwkwardNames) {
+  ZipCommander* zip = ZipCommander::Of(*window);
+  std::vector<std::pair<QString, QString>> shown;
+  zip->SetOutputSink([&](const QString& title, const QString& text) { shown.emplace_back(title, text); });
+  left.Write("with blank.afs", "blank");
+  left.Write("-dash.txt", "dash");
+  left.Write("Größe.pff", "umlaut");
+  window->pane(0)->Refresh();
+  Select({"with blank.afs", "-dash.txt", "Größe.pff"});
+  dialogs->inputs = {QString("my pack.zip")};
+  window->command("mnuAddtoZip")->trigger();
+  EXPECT_EQ(dialogs->inputAsked.back(), "Enter name for zip file: New.zip");
+  ASSERT_TRUE(left.Exists("my pack.zip")) << Said();
+  EXPECT_EQ(window->pane(0)->maskEntry(), 5);  // the zip files show
+  QString listing;
+  ASSERT_EQ(ZipCommander::Run("unzip", {"-Z1", QString::fromStdString(left.file("my pack.zip"))}, {}, &listing), 0);
+  QStringList names = listing.split('\n', Qt::SkipEmptyParts);
+  names.sort();
+  EXPECT_EQ(names, (QStringList{"-dash.txt", "Größe.pff", "with blank.afs"}));
+
+  Select({"my pack.zip"});
+  window->command("mnuViewZip")->trigger();
+  window->command("mnuTestZip")->trigger();
+  ASSERT_EQ(shown.size(), 2u);
+  EXPECT_EQ(shown[0].first, "View Zip");
+  EXPECT_TRUE(shown[0].second.contains("with blank.afs"));
+  EXPECT_EQ(shown[1].first, "Test Zip");
+  EXPECT_TRUE(shown[1].second.contains("OK")) << shown[1].second.toStdString();
+
+  // Unzip into the passive pane asks before an existing file.
+  right.Write("with blank.afs", "keep me");
+  dialogs->overwrite = {1};
+  window->command("mnuUnzip")->trigger();
+  EXPECT_EQ(dialogs->overwriteAsked.size(), 1u);
+  EXPECT_EQ(right.Read("with blank.afs"), "keep me");
+  EXPECT_EQ(right.Read("-dash.txt"), "dash");
+  EXPECT_NE(window->pane(1)->model()->FindText("Größe.pff"), -1);
+
+  // Unzip and Run: a fresh folder, opened in the passive pane.
+  window->command("mnuUnzipInstall")->trigger();
+  EXPECT_EQ(window->pane(1)->folder(), right.file("my pack/"));
+  EXPECT_EQ(right.Read("my pack/with blank.afs"), "blank");
+
+  // Repair writes a new archive beside the old one.
+  window->command("mnuRepairZip")->trigger();
+  EXPECT_TRUE(left.Exists("my pack_repaired.zip")) << shown.back().second.toStdString();
+
+  // Test Zip on something that isn't a zip says nothing.
+  shown.clear();
+  Select({"b.txt"});
+  window->command("mnuTestZip")->trigger();
+  EXPECT_TRUE(shown.empty());
+}
+
+TEST_F(FileCommandsTest, TheConvertDialogEnablesByFormatAndWritesIntoThePassivePane) {
+  ConvertDialog dialog;
+  auto* settings = dialog.findChild<QPushButton*>("Command3");
+  auto* mac = dialog.findChild<QCheckBox*>("Check3");
+  EXPECT_EQ(dialog.format(), 0);
+  for (int format = 0; format < 6; ++format) {
+    dialog.SetFormat(format);
+    EXPECT_EQ(settings->isEnabled(), format <= 2) << format;
+    EXPECT_EQ(mac->isEnabled(), format >= 3) << format;
+  }
+  EXPECT_EQ(dialog.findChild<QComboBox*>("Combo1")->itemText(5), "Text File");
+  EXPECT_EQ(dialog.findChild<QCheckBox*>("Check1")->toolTip(),
+            "Ignore the selected files and read FF source code from the clipboard instead");
+
+  // The window's dialog converts the selection into the passive pane's folder.
+  fs::copy_file(TREL_SAMPLES "WarmTone.afs", left.file("Warm.afs"));
+  window->pane(0)->Refresh();
+  Select({"Warm.afs"});
+  auto* windowDialog = window->findChild<ConvertDialog*>("Convert");
+  ASSERT_NE(windowDialog, nullptr);
+  windowDialog->SetFormat(5);
+  dialogs->folders = {"="};
+  windowDialog->accept();
+  std::string written;
+  for (const auto& entry : fs::directory_iterator(right.path())) written += entry.path().filename().string() + " ";
+  EXPECT_EQ(written, "Warm.txt ") << Said();
 }
 
 }  // namespace
