@@ -6,7 +6,7 @@ packages=(
   qt6-base-dev libgl-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   nlohmann-json3-dev libcli11-dev
-  zip unzip xvfb xauth
+  zip unzip xvfb xauth xdotool
 )
 missing=()
 for p in "${packages[@]}"; do
