@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QDateTime>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
@@ -292,7 +293,15 @@ int FileCommander::RunJobs(std::vector<Job>& jobs, bool move, std::string& error
   });
   ticker.start();
   std::vector<Job> handed;
+  QElapsedTimer slice;
+  slice.start();
   for (Job& job : jobs) {
+    // Thousands of names are handed over in slices, so the window paints and
+    // hears Esc in between.
+    if (slice.elapsed() > 15) {
+      QApplication::processEvents();
+      slice.restart();
+    }
     if (window_.EscapeFlag() || worker.failed()) break;
     if (job.source.empty()) continue;
     const int answer = OverwriteCheck(job.source, job.target);
