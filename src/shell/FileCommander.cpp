@@ -29,8 +29,10 @@
 #include "shell/DirListBox.h"
 #include "shell/FileListModel.h"
 #include "shell/FileListView.h"
+#include "shell/FflViewPage.h"
 #include "shell/FilePane.h"
 #include "shell/MainWindow.h"
+#include "shell/PluginViewPage.h"
 #include "shell/PaneRules.h"
 #include "shell/SafeCopy.h"
 #include "shell/Selection.h"
@@ -757,12 +759,8 @@ void FileCommander::SelectAllOrToggle(bool all) {
   }
   FilePane* p = window_.pane(window_.ActivePane());
   switch (p->paneView()) {
-    case FilePane::kFFLView:
-      if (QAction* entry = window_.command(all ? "mnuSelectAllFFL" : "mnuToggleFFL")) entry->trigger();
-      break;
-    case FilePane::kPluginView:
-      if (QAction* entry = window_.command(all ? "mnuSelectAllFilters" : "mnuToggleFilters")) entry->trigger();
-      break;
+    case FilePane::kFFLView: p->fflView()->SelectAllEntries(all); break;
+    case FilePane::kPluginView: p->pluginView()->SelectAllFilters(all); break;
     default:
       if (p->listViewShown()) {
         QItemSelectionModel* model = p->listView()->selection();

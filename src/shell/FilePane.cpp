@@ -9,7 +9,10 @@
 #include <QHBoxLayout>
 #include <QHash>
 #include <QHeaderView>
+#include <QDropEvent>
 #include <QKeyEvent>
+#include <QMimeData>
+#include <QUrl>
 #include <QMouseEvent>
 #include <QWindow>
 #include <QLabel>
@@ -138,6 +141,8 @@ void FilePane::BuildFileView(QWidget* page) {
   auto* body = new QHBoxLayout;
   dir1_ = new DirListBox(Named("Dir1", pane_), page);
   dir1_->hide();
+  dir1_->viewport()->setAcceptDrops(true);
+  dir1_->viewport()->installEventFilter(this);
   connect(dir1_, &DirListBox::entryChosen, this, [this](const QString& path) {
     if (ChangeFolder(path.toStdString())) Dir1_Change();
   });
@@ -175,6 +180,7 @@ void FilePane::BuildFileView(QWidget* page) {
   file1_->installEventFilter(this);
   file1_->viewport()->installEventFilter(this);
   file1_->setContextMenuPolicy(Qt::CustomContextMenu);
+  file1_->viewport()->setAcceptDrops(true);
   connect(file1_, &QWidget::customContextMenuRequested, this,
           [this](const QPoint& pos) { emit contextMenuRequested(pane_, file1_->viewport()->mapToGlobal(pos)); });
   file1_->hide();
@@ -649,6 +655,25 @@ bool FilePane::eventFilter(QObject* watched, QEvent* event) {
       window()->windowHandle()->startSystemMove();
       return true;
     }
+  }
+  // The classic list and the folder box take files dropped on them as a move
+  // into the pane's folder, as the list does.
+  if ((watched == file1_->viewport() || watched == dir1_->viewport()) &&
+      (event->type() == QEvent::DragEnter || event->type() == QEvent::DragMove || event->type() == QEvent::Drop)) {
+    auto* drop = static_cast<QDropEvent*>(event);
+    if (!drop->mimeData()->hasUrls() || OwnsWidget(drop->source())) {
+      drop->ignore();
+      return true;
+    }
+    drop->setDropAction(Qt::MoveAction);
+    drop->accept();
+    if (event->type() == QEvent::Drop) {
+      QStringList paths;
+      for (const QUrl& url : drop->mimeData()->urls())
+        if (url.isLocalFile()) paths << url.toLocalFile();
+      if (!paths.isEmpty()) emit filesDropped(pane_, paths, {}, drop->source() ? -2 : -1);
+    }
+    return true;
   }
   if (watched == file1_ && event->type() == QEvent::KeyPress) {
     auto* key = static_cast<QKeyEvent*>(event);

@@ -85,7 +85,8 @@ QString ZipCommander::SelectedZip() const {
   FilePane* p = window_.pane(window_.ActivePane());
   const SingleItem item = GetSingleItem(*p);
   if (item.name.empty() || !QString::fromStdString(item.name).endsWith(".zip", Qt::CaseInsensitive)) return {};
-  return QString::fromStdString(item.folder + item.name);
+  // Plugin View names a file by its whole path.
+  return QString::fromStdString(item.name.front() == '/' ? item.name : item.folder + item.name);
 }
 
 void ZipCommander::mnuAddtoZip_Click() {

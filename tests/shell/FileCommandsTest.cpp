@@ -451,6 +451,27 @@ TEST_F(FileCommandsTest, DropsMoveBetweenPanesOntoFoldersAndFromOtherPrograms) {
   commander->DropFiles(0, {QString::fromStdString(left.file("sub"))}, left.file("sub"), 0);
   EXPECT_TRUE(fs::is_directory(left.file("sub")));
   ASSERT_EQ(recorder.said.size(), 1u);
+  // A drop from the desktop's file manager reaches the pane through its list.
+  left.Write("desk.txt", "from the desktop");
+  QMimeData desktop;
+  desktop.setUrls({QUrl::fromLocalFile(QString::fromStdString(left.file("desk.txt")))});
+  QWidget* viewport = target->listView()->details()->viewport();
+  QDragEnterEvent enter(QPoint(5, 5), Qt::MoveAction | Qt::CopyAction, &desktop, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(viewport, &enter);
+  EXPECT_TRUE(enter.isAccepted());
+  QDropEvent drop(QPointF(5, 5), Qt::MoveAction | Qt::CopyAction, &desktop, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(viewport, &drop);
+  EXPECT_EQ(right.Read("desk.txt"), "from the desktop");
+  // The classic list takes drops too.
+  left.Write("classic.txt", "x");
+  target->SetViewMode(FilePane::kClassic);
+  desktop.setUrls({QUrl::fromLocalFile(QString::fromStdString(left.file("classic.txt")))});
+  QDragEnterEvent classicEnter(QPoint(5, 5), Qt::MoveAction, &desktop, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(target->file1()->viewport(), &classicEnter);
+  QDropEvent classicDrop(QPointF(5, 5), Qt::MoveAction, &desktop, Qt::LeftButton, Qt::NoModifier);
+  QApplication::sendEvent(target->file1()->viewport(), &classicDrop);
+  EXPECT_TRUE(right.Exists("classic.txt"));
+  target->SetViewMode(FileListView::kDetails);
   // A folder from elsewhere moves in whole.
   commander->DropFiles(1, {QString::fromStdString(left.file("sub"))}, "", 0);
   EXPECT_TRUE(right.Exists("sub/b.txt"));
