@@ -620,5 +620,37 @@ TEST_F(FileCommandsTest, TheConvertDialogEnablesByFormatAndWritesIntoThePassiveP
   EXPECT_EQ(written, "Warm.txt ") << Said();
 }
 
+
+// Esc set while the second conflict is asked ends the copy before the third
+// file; nothing half-written is left behind.
+class EscapingDialogs : public ScriptedDialogs {
+ public:
+  explicit EscapingDialogs(MainWindow& w) : window(w) {}
+  int Overwrite(const QString& target, const QString& source) override {
+    if (++asked == 2) window.EscapeFlag() = true;
+    return ScriptedDialogs::Overwrite(target, source);
+  }
+  MainWindow& window;
+  int asked = 0;
+};
+
+TEST_F(FileCommandsTest, EscStopsACopyBetweenFiles) {
+  auto owned = std::make_unique<EscapingDialogs>(*window);
+  owned->overwrite = {0, 0, 0};
+  owned->folders = {"="};
+  EscapingDialogs* escaping = owned.get();
+  commander->SetDialogs(std::move(owned));
+  for (const char* name : {"a.8bf", "b.txt", "c.afs"}) right.Write(name, "old");
+  Select({"a.8bf", "b.txt", "c.afs"});
+  commander->cmd_CopyFiles();
+  EXPECT_EQ(escaping->asked, 2);
+  EXPECT_EQ(right.Read("c.afs"), "old");
+  for (const char* name : {"a.8bf", "b.txt"}) {
+    const std::string now = right.Read(name);
+    EXPECT_TRUE(now == "old" || now == std::string("left ") + name) << now;
+  }
+  EXPECT_EQ(std::distance(fs::directory_iterator(right.path()), fs::directory_iterator()), 3);
+}
+
 }  // namespace
 }  // namespace trel
