@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QTimer>
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -92,13 +93,19 @@ double CpCopy(const std::string& source) {
   return seconds;
 }
 
-void Compare(benchmark::State& state, const std::string& source) {
-  double ours = 0, cp = 0, stall = 0;
+// The disk is shared with other work, so both copies run in turns, `rounds`
+// times, and the best time of each counts.
+void Compare(benchmark::State& state, const std::string& source, int rounds) {
+  double ours = 1e9, cp = 1e9, stall = 0;
   for (auto _ : state) {
-    ::sync();
-    cp = CpCopy(source);
-    ::sync();
-    ours = CommanderCopy(source, &stall);
+    for (int round = 0; round < rounds; ++round) {
+      ::sync();
+      cp = std::min(cp, CpCopy(source));
+      ::sync();
+      double roundStall = 0;
+      ours = std::min(ours, CommanderCopy(source, &roundStall));
+      stall = std::max(stall, roundStall);
+    }
     state.SetIterationTime(ours);
   }
   state.counters["trel_s"] = ours;
@@ -114,7 +121,7 @@ void BM_Copy10000SmallFiles(benchmark::State& state) {
     sources.push_back(f);
     return f;
   }();
-  Compare(state, folder);
+  Compare(state, folder, 3);
 }
 BENCHMARK(BM_Copy10000SmallFiles)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 
@@ -127,7 +134,7 @@ void BM_CopyOneLargeFile(benchmark::State& state) {
     sources.push_back(f);
     return f;
   }();
-  Compare(state, folder);
+  Compare(state, folder, 1);
 }
 BENCHMARK(BM_CopyOneLargeFile)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
 

@@ -109,15 +109,22 @@ FileOpResult SafeCopyFile(const std::string& source, const std::string& target, 
   }
   // The temporary name is hidden and distinct; it lives in the target's folder
   // so that the final rename never crosses a file system.
-  std::string temp = FolderPart(target) + ".trel-" + NamePart(target) + ".XXXXXX";
-  std::vector<char> pattern(temp.begin(), temp.end());
-  pattern.push_back('\0');
-  Fd out(::mkostemp(pattern.data(), O_CLOEXEC));
+  // It is made with the source's permissions at once, and never over a file
+  // that is there.
+  static std::atomic<unsigned> counter{0};
+  const std::string stem = FolderPart(target) + ".trel-" + NamePart(target) + "." + std::to_string(::getpid()) + "-";
+  std::string temp;
+  int fd = -1;
+  for (int attempt = 0; attempt < 100 && fd < 0; ++attempt) {
+    temp = stem + std::to_string(counter++);
+    fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, info.st_mode & 0777);
+    if (fd < 0 && errno != EEXIST) break;
+  }
+  Fd out(fd);
   if (out.get() < 0) {
     result.error = FolderPart(target) + " can't be written to: " + Reason(errno);
     return result;
   }
-  temp.assign(pattern.data());
   auto fail = [&](const std::string& why) {
     ::unlink(temp.c_str());
     result.error = why;
@@ -132,7 +139,6 @@ FileOpResult SafeCopyFile(const std::string& source, const std::string& target, 
   struct stat written {};
   if (::fstat(out.get(), &written) != 0 || written.st_size != info.st_size)
     return fail(target + " couldn't be written completely.");
-  ::fchmod(out.get(), info.st_mode & 07777);
   const struct timespec times[2] = {info.st_atim, info.st_mtim};
   ::futimens(out.get(), times);
   if (::close(out.release()) != 0) return fail(target + " couldn't be written: " + Reason(errno));
