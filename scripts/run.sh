@@ -20,11 +20,11 @@ out=$(mktemp -d)
 "$cli" scan "$out"
 rm -rf "$out"
 
-echo "== trel $PWD/data/samples"
+echo "== trel $PWD/data/samples/"
 if [[ -n "${DISPLAY:-}" ]]; then
-  "$dir/src/app/trel" "$PWD/data/samples"
+  "$dir/src/app/trel" "$PWD/data/samples/"
 else
   TREL_AUTO_ACCEPT=1 TREL_QUIT_AFTER_MS=3000 TREL_SCREENSHOT="$PWD/build/trel-samples.png" \
-    xvfb-run -a "$dir/src/app/trel" "$PWD/data/samples"
+    xvfb-run -a "$dir/src/app/trel" "$PWD/data/samples/"
   echo "Screenshot of the window: build/trel-samples.png"
 fi

@@ -1,5 +1,9 @@
 #include "shell/FileListModel.h"
 
+#include <QMimeData>
+#include <QSet>
+#include <QUrl>
+
 #include <QApplication>
 #include <QHash>
 #include <QPainter>
@@ -77,6 +81,8 @@ QVariant FileListModel::data(const QModelIndex& index, int role) const {
   if (!index.isValid() || index.row() >= rowCount()) return {};
   const LvItem& it = items_[static_cast<size_t>(index.row())];
   switch (role) {
+    case Qt::EditRole:
+      return index.column() == kName ? (it.icon == 1 ? it.text.mid(1) : it.text) : QVariant();
     case Qt::DisplayRole:
       return index.column() == kName ? it.text : index.column() == kSize ? it.sizeText : it.dateText;
     case Qt::DecorationRole:
@@ -88,6 +94,42 @@ QVariant FileListModel::data(const QModelIndex& index, int role) const {
     default:
       return {};
   }
+}
+
+Qt::ItemFlags FileListModel::flags(const QModelIndex& index) const {
+  Qt::ItemFlags f = QAbstractTableModel::flags(index);
+  if (!index.isValid() || index.row() >= rowCount()) return f;
+  const LvItem& it = items_[static_cast<size_t>(index.row())];
+  if (it.icon != kIconParent) {
+    f |= Qt::ItemIsDragEnabled;
+    if (index.column() == kName) f |= Qt::ItemIsEditable;
+  }
+  return f;
+}
+
+bool FileListModel::setData(const QModelIndex& index, const QVariant& value, int role) {
+  if (role != Qt::EditRole || !index.isValid() || index.column() != kName || index.row() >= rowCount()) return false;
+  const QString old = items_[static_cast<size_t>(index.row())].text;
+  emit labelEdited(index.row(), old, value.toString());
+  return false;
+}
+
+QStringList FileListModel::mimeTypes() const { return {QStringLiteral("text/uri-list")}; }
+
+QMimeData* FileListModel::mimeData(const QModelIndexList& indexes) const {
+  QList<QUrl> urls;
+  QSet<int> seen;
+  for (const QModelIndex& index : indexes) {
+    if (!index.isValid() || index.row() >= rowCount() || seen.contains(index.row())) continue;
+    seen.insert(index.row());
+    const LvItem& it = items_[static_cast<size_t>(index.row())];
+    if (it.icon == kIconParent) continue;
+    urls << QUrl::fromLocalFile(folder_ + (it.icon == 1 ? it.text.mid(1) : it.text));
+  }
+  if (urls.isEmpty()) return nullptr;
+  auto* data = new QMimeData;
+  data->setUrls(urls);
+  return data;
 }
 
 QVariant FileListModel::headerData(int section, Qt::Orientation orientation, int role) const {

@@ -35,6 +35,15 @@ class FileListModel : public QAbstractTableModel {
   QVariant data(const QModelIndex& index, int role) const override;
   QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
   void sort(int column, Qt::SortOrder order) override;
+  Qt::ItemFlags flags(const QModelIndex& index) const override;
+  // An edit of a name renames nothing here: it is reported, and the pane's
+  // refresh shows the outcome.
+  bool setData(const QModelIndex& index, const QVariant& value, int role) override;
+  QStringList mimeTypes() const override;
+  QMimeData* mimeData(const QModelIndexList& indexes) const override;
+  Qt::DropActions supportedDragActions() const override { return Qt::MoveAction | Qt::CopyAction; }
+  // The folder the rows lie in, for what a drag carries.
+  void SetFolder(const QString& folder) { folder_ = folder; }
 
   void SetItems(std::vector<LvItem> items);
   void Clear();
@@ -46,7 +55,11 @@ class FileListModel : public QAbstractTableModel {
   // Larger icons for the icon view.
   void SetLargeIcons(bool large);
 
+ signals:
+  void labelEdited(int row, const QString& oldText, const QString& newText);
+
  private:
+  QString folder_;
   std::vector<LvItem> items_;
   bool largeIcons_ = false;
 };

@@ -1,7 +1,10 @@
 #include "shell/FileListView.h"
 
 #include <QHeaderView>
+#include <QDropEvent>
 #include <QKeyEvent>
+#include <QMimeData>
+#include <QUrl>
 #include <QListView>
 #include <QStackedLayout>
 #include <QTreeView>
@@ -37,6 +40,13 @@ FileListView::FileListView(FileListModel* model, const QString& objectName, QWid
     v->setSelectionMode(QAbstractItemView::ExtendedSelection);
     v->setSelectionBehavior(QAbstractItemView::SelectRows);
     v->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    v->setDragEnabled(true);
+    v->setDragDropMode(QAbstractItemView::DragDrop);
+    v->setDefaultDropAction(Qt::MoveAction);
+    v->viewport()->setAcceptDrops(true);
+    v->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(v, &QWidget::customContextMenuRequested, this,
+            [this, v](const QPoint& pos) { emit contextMenuRequested(v->viewport()->mapToGlobal(pos)); });
     v->installEventFilter(this);
     v->viewport()->installEventFilter(this);
     connect(v, &QAbstractItemView::doubleClicked, this, [this](const QModelIndex& index) {
@@ -112,7 +122,50 @@ void FileListView::OptimalWidth() {
   for (int column = 0; column < 3; ++column) details_->resizeColumnToContents(column);
 }
 
+void FileListView::StartEdit(int row) {
+  if (row < 0 || row >= model_->rowCount()) return;
+  const QModelIndex index = model_->index(row, 0);
+  current()->setCurrentIndex(index);
+  current()->edit(index);
+}
+
+bool FileListView::IsOwnView(const QObject* object) const {
+  return object == details_ || object == icons_ || object == details_->viewport() || object == icons_->viewport();
+}
+
 bool FileListView::eventFilter(QObject* watched, QEvent* event) {
+  const bool onViewport = watched == details_->viewport() || watched == icons_->viewport();
+  if (onViewport && (event->type() == QEvent::DragEnter || event->type() == QEvent::DragMove)) {
+    auto* drag = static_cast<QDragMoveEvent*>(event);
+    if (!drag->mimeData()->hasUrls()) return false;
+    // A folder under the pointer is where the drop goes; it shows so.
+    const int row = RowAt(drag->position().toPoint());
+    const bool folder = row >= 0 && model_->item(row).icon == 1;
+    if (dropHighlight_ != row) {
+      dropHighlight_ = folder ? row : -1;
+      if (folder) current()->scrollTo(model_->index(row, 0));
+    }
+    // Within one list only a folder takes a drop.
+    if (IsOwnView(drag->source()) && !folder) {
+      drag->ignore();
+      return true;
+    }
+    drag->setDropAction(Qt::MoveAction);
+    drag->accept();
+    return true;
+  }
+  if (onViewport && event->type() == QEvent::Drop) {
+    auto* drop = static_cast<QDropEvent*>(event);
+    QStringList paths;
+    for (const QUrl& url : drop->mimeData()->urls())
+      if (url.isLocalFile()) paths << url.toLocalFile();
+    const int row = RowAt(drop->position().toPoint());
+    dropHighlight_ = -1;
+    drop->setDropAction(Qt::MoveAction);
+    drop->accept();
+    if (!paths.isEmpty()) emit filesDropped(paths, row, drop->source());
+    return true;
+  }
   if (event->type() == QEvent::KeyPress && (watched == details_ || watched == icons_)) {
     auto* key = static_cast<QKeyEvent*>(event);
     if (key->key() == Qt::Key_Backspace || key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) {

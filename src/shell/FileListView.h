@@ -35,11 +35,19 @@ class FileListView : public QWidget {
   void SelectOnly(int row);
   void ScrollTo(int row);
   void OptimalWidth();  // LV_OptimalWidth: columns fit their content
+  // Starts the in-place edit of a row's name.
+  void StartEdit(int row);
+  // Whether a widget is one of this list's views (a drag's source).
+  bool IsOwnView(const QObject* object) const;
 
  signals:
   void keyPressed(int key, Qt::KeyboardModifiers modifiers);
   void rowActivated(int row);  // a double click on a row
   void gotFocus();
+  void contextMenuRequested(QPoint globalPos);
+  // Local files dropped on the row `row` (-1 for none) from `source`, the
+  // dragging widget or null for another program.
+  void filesDropped(const QStringList& paths, int row, QObject* source);
 
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
@@ -50,6 +58,7 @@ class FileListView : public QWidget {
   QListView* icons_;
   QStackedLayout* stack_;
   int view_ = kDetails;
+  int dropHighlight_ = -1;
 };
 
 }  // namespace trel

@@ -9,7 +9,10 @@
 #include <QHBoxLayout>
 #include <QHash>
 #include <QHeaderView>
+#include <QDropEvent>
 #include <QKeyEvent>
+#include <QMimeData>
+#include <QUrl>
 #include <QMouseEvent>
 #include <QWindow>
 #include <QLabel>
@@ -138,6 +141,8 @@ void FilePane::BuildFileView(QWidget* page) {
   auto* body = new QHBoxLayout;
   dir1_ = new DirListBox(Named("Dir1", pane_), page);
   dir1_->hide();
+  dir1_->viewport()->setAcceptDrops(true);
+  dir1_->viewport()->installEventFilter(this);
   connect(dir1_, &DirListBox::entryChosen, this, [this](const QString& path) {
     if (ChangeFolder(path.toStdString())) Dir1_Change();
   });
@@ -151,6 +156,18 @@ void FilePane::BuildFileView(QWidget* page) {
   connect(listView_, &FileListView::gotFocus, this, [this] { emit activated(pane_); });
   connect(listView_->details()->header(), &QHeaderView::sectionClicked, this,
           &FilePane::ListView1_ColumnClick);
+  connect(listView_, &FileListView::contextMenuRequested, this,
+          [this](QPoint globalPos) { emit contextMenuRequested(pane_, globalPos); });
+  connect(model_, &FileListModel::labelEdited, this,
+          [this](int, const QString& oldText, const QString& newText) { emit labelEdited(pane_, oldText, newText); });
+  connect(listView_, &FileListView::filesDropped, this, [this](const QStringList& paths, int row, QObject* source) {
+    QString onto;
+    if (row >= 0 && row < model_->rowCount() && model_->item(row).icon == kIconFolder)
+      onto = QString::fromStdString(folder()) + model_->item(row).text.mid(1);
+    const bool own = OwnsWidget(source);
+    if (own && onto.isEmpty()) return;  // within one list only a folder takes a drop
+    emit filesDropped(pane_, paths, onto, own ? pane_ : source ? -2 : -1);
+  });
   body->addWidget(listView_, 2);
 
   file1_ = new QListView(page);
@@ -162,6 +179,10 @@ void FilePane::BuildFileView(QWidget* page) {
   file1_->setUniformItemSizes(true);
   file1_->installEventFilter(this);
   file1_->viewport()->installEventFilter(this);
+  file1_->setContextMenuPolicy(Qt::CustomContextMenu);
+  file1_->viewport()->setAcceptDrops(true);
+  connect(file1_, &QWidget::customContextMenuRequested, this,
+          [this](const QPoint& pos) { emit contextMenuRequested(pane_, file1_->viewport()->mapToGlobal(pos)); });
   file1_->hide();
   connect(file1_, &QListView::doubleClicked, this, [this](const QModelIndex& index) {
     if (index.isValid()) emit fileDblClicked(pane_);
@@ -191,6 +212,13 @@ bool FilePane::listViewShown() const { return !listView_->isHidden(); }
 
 void FilePane::ReadFolder(const std::string& folder) {
   DirListing listing = ListDirectory(folder, pattern_);
+  // A re-read of the same folder keeps the classic list's selection on its names.
+  QStringList keep;
+  QString keepCurrent;
+  if (WithTrailingSeparator(folder) == folder_) {
+    for (const QModelIndex& index : file1_->selectionModel()->selectedRows()) keep.append(index.data().toString());
+    keepCurrent = File1Current();
+  }
   folder_ = WithTrailingSeparator(folder);
   dir1_->SetPath(folder_, listing.folders);
   files_ = std::move(listing.files);
@@ -200,10 +228,26 @@ void FilePane::ReadFolder(const std::string& folder) {
   const QSignalBlocker quiet(file1_->selectionModel());
   file1Model_->setStringList(names);
   selectionK_ = 0;
+  if (!keep.isEmpty() || !keepCurrent.isEmpty()) {
+    QItemSelection selection;
+    for (qsizetype i = 0; i < names.size(); ++i) {
+      const QModelIndex index = file1Model_->index(static_cast<int>(i));
+      if (keep.contains(names[i])) selection.select(index, index);
+      if (names[i] == keepCurrent) file1_->selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
+    }
+    file1_->selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
+  }
 }
 
 bool FilePane::ChangeFolder(const std::string& folder) {
   if (!IsFolder(folder)) return false;
+  // The list shows what the caption names in every mode: a shown list follows
+  // the folder at once.
+  if (listViewShown()) {
+    // Going to the folder shown already is a refresh: the selection stays.
+    FillDirList(folder, WithTrailingSeparator(folder) == listedFolder_);
+    return true;
+  }
   ReadFolder(folder);
   SetDriveFor(folder_);
   return true;
@@ -227,11 +271,35 @@ void FilePane::SetDriveFor(const std::string& folder) {
   }
 }
 
+QStringList FilePane::SelectedTexts() const {
+  QStringList texts;
+  for (int row : listView_->SelectedRows()) texts.append(model_->item(row).text);
+  return texts;
+}
+
+void FilePane::SelectTexts(const QStringList& texts, const QString& current) {
+  QItemSelection selection;
+  int currentRow = -1;
+  for (int row = 0; row < model_->rowCount(); ++row) {
+    const QString& text = model_->item(row).text;
+    if (texts.contains(text)) selection.select(model_->index(row, 0), model_->index(row, 2));
+    if (text == current) currentRow = row;
+  }
+  QItemSelectionModel* model = listView_->selection();
+  if (currentRow >= 0) model->setCurrentIndex(model_->index(currentRow, 0), QItemSelectionModel::NoUpdate);
+  model->select(selection, QItemSelectionModel::ClearAndSelect);
+  if (currentRow >= 0) listView_->ScrollTo(currentRow);
+}
+
 void FilePane::FillDirList(const std::string& requested, bool keepSelection) {
-  int remembered = -1;
+  // The selection is kept by name, not by row: the new listing may hold more or
+  // fewer entries above it, and the sort comes after the fill.
+  QStringList remembered;
+  QString rememberedCurrent;
   if (keepSelection) {
-    const QList<int> rows = listView_->SelectedRows();
-    remembered = rows.isEmpty() ? -1 : rows.first();
+    remembered = SelectedTexts();
+    const QModelIndex current = listView_->selection()->currentIndex();
+    if (current.isValid()) rememberedCurrent = model_->item(current.row()).text;
   }
   const HourGlass wait;
   std::string path = requested;
@@ -276,13 +344,13 @@ void FilePane::FillDirList(const std::string& requested, bool keepSelection) {
     }
   }
   model_->SetItems(std::move(items));
-  if (keepSelection && remembered >= 0 && remembered < model_->rowCount()) {
-    listView_->SelectOnly(remembered);
-    listView_->ScrollTo(remembered);
-  }
+  model_->SetFolder(QString::fromStdString(path));
+  listedFolder_ = path;
   if (shared_.prefs && shared_.prefs->AutoColumnWidth() && listView_->view() == FileListView::kDetails)
     listView_->OptimalWidth();
   SortList();
+  if (keepSelection && (!remembered.isEmpty() || !rememberedCurrent.isEmpty()))
+    SelectTexts(remembered, rememberedCurrent);
   listView_->setUpdatesEnabled(true);
 }
 
@@ -307,10 +375,10 @@ void FilePane::Refresh(bool keepSelection) {
 
 void FilePane::Dir1_Change() {
   if (!dir1_->isEnabled()) return;
-  if (!folderBoxShown_ && listViewShown()) FillDirList(folder());
+  // A pick in the folder box, beside the list or instead of its folder
+  // entries, shows in the list at once.
+  if (listViewShown() && listedFolder_ != folder()) FillDirList(folder());
   DrawDirLabel();
-  // A pick in the folder box beside the list shows in the list at once.
-  if (folderBoxShown_ && listViewShown()) FillDirList(folder());
   emit folderChanged(pane_);
 }
 
@@ -319,7 +387,6 @@ void FilePane::Drive1_Change(int index) {
   const std::string root = drive1_->itemData(index).toString().toStdString();
   // A volume that can't be read leaves the pane as it was.
   if (!ChangeFolder(root)) return;
-  if (listViewShown()) FillDirList(folder());
   DrawDirLabel();
   emit folderChanged(pane_);
 }
@@ -380,7 +447,7 @@ void FilePane::SetViewMode(int mode) {
     DrawDirLabel();
     listView_->SetView(mode);
     listView_->current()->setFocus();
-    if (model_->rowCount() == 0 && !folder().empty()) FillDirList(folder());
+    if (listedFolder_ != folder() && !folder().empty()) FillDirList(folder());
   } else {
     file1_->show();
     dir1_->show();
@@ -504,6 +571,10 @@ void FilePane::FocusList() {
   }
 }
 
+bool FilePane::OwnsWidget(const QObject* object) const {
+  return object && (listView_->IsOwnView(object) || object == file1_ || object == file1_->viewport());
+}
+
 void FilePane::GoUp() {
   std::string here = folder();
   if (!here.empty()) here.pop_back();
@@ -584,6 +655,25 @@ bool FilePane::eventFilter(QObject* watched, QEvent* event) {
       window()->windowHandle()->startSystemMove();
       return true;
     }
+  }
+  // The classic list and the folder box take files dropped on them as a move
+  // into the pane's folder, as the list does.
+  if ((watched == file1_->viewport() || watched == dir1_->viewport()) &&
+      (event->type() == QEvent::DragEnter || event->type() == QEvent::DragMove || event->type() == QEvent::Drop)) {
+    auto* drop = static_cast<QDropEvent*>(event);
+    if (!drop->mimeData()->hasUrls() || OwnsWidget(drop->source())) {
+      drop->ignore();
+      return true;
+    }
+    drop->setDropAction(Qt::MoveAction);
+    drop->accept();
+    if (event->type() == QEvent::Drop) {
+      QStringList paths;
+      for (const QUrl& url : drop->mimeData()->urls())
+        if (url.isLocalFile()) paths << url.toLocalFile();
+      if (!paths.isEmpty()) emit filesDropped(pane_, paths, {}, drop->source() ? -2 : -1);
+    }
+    return true;
   }
   if (watched == file1_ && event->type() == QEvent::KeyPress) {
     auto* key = static_cast<QKeyEvent*>(event);

@@ -56,6 +56,11 @@ class FilePane : public QWidget {
   void Drive1_Change(int index);
   void SetDriveFor(const std::string& folder);
   void Refresh(bool keepSelection = true);  // re-read the folder, keep the place
+  const std::string& listedFolder() const { return listedFolder_; }
+  // Names of the selected files and folders of the visible list (folders with
+  // their leading blank), and selecting them again after a re-read.
+  QStringList SelectedTexts() const;
+  void SelectTexts(const QStringList& texts, const QString& current);
 
   // --- masks
   void Combo1_Click(int entry);
@@ -87,6 +92,8 @@ class FilePane : public QWidget {
   void SelectListItem(const QString& text);
   void SetActiveLook(bool active);
   void FocusList();
+  // Which pane a dragging widget belongs to: this one's index or -1.
+  bool OwnsWidget(const QObject* object) const;
 
   // --- clicks and keys
   void ListView1_DblClick(int row);
@@ -119,6 +126,11 @@ class FilePane : public QWidget {
   void viewModeMenuRequested(int pane, QPoint globalPos);  // Image2
   void viewChanged(int pane);               // another tab was chosen
   void folderMenuRequested(int pane, QPoint globalPos);  // a right click on the caption
+  void contextMenuRequested(int pane, QPoint globalPos);  // a right click in a list
+  void labelEdited(int pane, const QString& oldText, const QString& newText);
+  // Local paths dropped on this pane: into `ontoFolder` (empty: the pane's
+  // folder); `sourcePane` is the pane they were dragged from, -1 another program.
+  void filesDropped(int pane, const QStringList& paths, const QString& ontoFolder, int sourcePane);
 
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
@@ -138,6 +150,7 @@ class FilePane : public QWidget {
   std::string pattern_ = "*.*";
   bool typedMask_ = false;
   std::string folder_;
+  std::string listedFolder_;  // the folder ListView1 shows, empty before the first fill
   std::vector<DirEntry> files_;
   std::string enteredFolder_;  // the name of the folder last entered from here
   int64_t selectionK_ = 0;

@@ -30,6 +30,7 @@
 #include "shell/FileListModel.h"
 #include "shell/FileListView.h"
 #include "shell/Splash.h"
+#include "shell/StatusArea.h"
 #include "shell/TipDialog.h"
 
 namespace trel {
@@ -136,16 +137,19 @@ void MainWindow::BuildCentral() {
   }
   column->addLayout(commandRow);
 
-  auto* statusRow = new QHBoxLayout;
-  label3_ = new QLabel(content_);
+  statusArea_ = new StatusArea(content_);
+  auto* statusRow = new QHBoxLayout(statusArea_);
+  statusRow->setContentsMargins(2, 0, 2, 0);
+  label3_ = new QLabel(statusArea_);
   label3_->setObjectName("Label3");
-  label4_ = new QLabel(content_);
+  label4_ = new QLabel(statusArea_);
   label4_->setObjectName("Label4");
   label3_->setMinimumWidth(120);
   statusRow->addWidget(label3_);
   statusRow->addStretch(1);
   statusRow->addWidget(label4_);
-  column->addLayout(statusRow);
+  statusArea_->setMinimumHeight(label3_->sizeHint().height() + 2);
+  column->addWidget(statusArea_);
   content_->setGeometry(host_->rect());
 }
 
@@ -162,6 +166,10 @@ void MainWindow::SetCommandAvailable(const QString& objectName, bool available) 
   built_.insert(objectName, available);
   if (QAction* action = commands_.value(objectName))
     action->setEnabled(available && AllowedInView(objectName, pane(activePane_)->paneView()));
+}
+
+bool MainWindow::IsCommandAllowed(const QString& objectName) const {
+  return built_.value(objectName) && AllowedInView(objectName, pane(activePane_)->paneView());
 }
 
 void MainWindow::BuildMenus() {
@@ -230,7 +238,8 @@ void MainWindow::BuildMenus() {
     viewModeActions_[static_cast<size_t>(i)] = action;
   }
   QAction* refresh = AddCommand(view, "mnuRefresh", "&Refresh", true);
-  refresh->setShortcut(QKeySequence(Qt::Key_F5));
+  // F5 copies, as in two-pane file managers; refresh is Ctrl+R.
+  refresh->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_R));
   connect(refresh, &QAction::triggered, this, &MainWindow::mnuRefresh_Click);
   view->addSeparator();
   AddCommand(view, "mnuPluginPreview", "Plugin &Preview", false);
@@ -449,7 +458,6 @@ void MainWindow::mnuDirectorys_Click(int index) {
   FilePane* p = pane(activePane_);
   if (!p->ChangeFolder(folder)) return;
   QDir::setCurrent(QString::fromStdString(folder));
-  if (p->listViewShown()) p->FillDirList(folder);
   p->DrawDirLabel();
 }
 

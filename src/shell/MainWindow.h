@@ -34,6 +34,7 @@ class QToolBar;
 namespace trel {
 
 class SettingsStore;
+class StatusArea;
 
 
 class MainWindow : public QMainWindow {
@@ -128,6 +129,11 @@ class MainWindow : public QMainWindow {
   QTimer* Timer2() { return &timer2_; }
   MessageShell& messages() { return messages_; }
 
+  // --- commander (selection, file commands, status row)
+  // Whether a command is built and allowed in the active pane's view.
+  bool IsCommandAllowed(const QString& objectName) const;
+  StatusArea* statusArea() const { return statusArea_; }
+
  signals:
   void routeTaken(const QString& route, const QString& path);
 
@@ -195,6 +201,7 @@ class MainWindow : public QMainWindow {
   QToolBar* toolbar_ = nullptr;
   QLabel* label3_ = nullptr;
   QLabel* label4_ = nullptr;
+  StatusArea* statusArea_ = nullptr;  // the colour bar behind the two labels
   QWidget* host_ = nullptr;     // the client area
   QWidget* content_ = nullptr;  // everything in it, laid out by Qt
   QTimer timer2_;

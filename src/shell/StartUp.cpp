@@ -214,6 +214,16 @@ void MainWindow::ApplyPlacement() {
 
 void MainWindow::StartWithFile(const QString& commandLine) {
   const std::string path = commandLine.toStdString();
+  // A folder on the command line opens in the left pane, with or without its
+  // trailing separator.
+  if (IsFolder(path)) {
+    FilePane* p = pane(0);
+    if (p->ChangeFolder(WithTrailingSeparator(path))) {
+      QDir::setCurrent(QString::fromStdString(p->folder()));
+      p->DrawDirLabel();
+    }
+    return;
+  }
   const std::string name = ToLower(FileNameOf(path));
   const std::string folder = FolderOf(path);
   FilePane* p = pane(0);

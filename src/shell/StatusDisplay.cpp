@@ -1,11 +1,37 @@
 // The status row: two labels and the colour bar shared by all long work.
 #include <QLabel>
+#include <QPainter>
 #include <QTime>
 #include <cmath>
 
 #include "shell/MainWindow.h"
+#include "shell/StatusArea.h"
 
 namespace trel {
+
+StatusArea::StatusArea(QWidget* parent) : QWidget(parent) { setObjectName("StatusArea"); }
+
+void StatusArea::SetBar(int percent, bool thin) {
+  percent_ = percent;
+  thin_ = thin;
+  repaint();
+}
+
+int StatusArea::barLength() const { return static_cast<int>(std::lround(percent_ / 100.0 * width())); }
+
+QColor StatusArea::barColour() const {
+  // From blue at 0 to red at 100.
+  const int red = static_cast<int>(std::lround(percent_ * 2.5));
+  return QColor(std::clamp(red, 0, 255), 0, std::clamp(255 - red, 0, 255));
+}
+
+void StatusArea::paintEvent(QPaintEvent* event) {
+  QWidget::paintEvent(event);
+  if (percent_ <= 0) return;
+  QPainter painter(this);
+  const int h = thin_ ? height() * 2 / 3 : height();
+  painter.fillRect(QRect(0, 0, barLength(), h), barColour());
+}
 
 void MainWindow::StatusDisplay(long current, long total, double startSeconds) {
   if (current <= 0 || total <= 0) return;  // the display stays as it was
@@ -27,8 +53,8 @@ void MainWindow::StatusDisplayClear() {
 }
 
 void MainWindow::Progressbar(int percent, bool hide) {
-  (void)percent;
-  (void)hide;
+  if (percent > 100 || percent < 0) return;
+  statusArea_->SetBar(percent, hide);
 }
 
 }  // namespace trel

@@ -253,7 +253,7 @@ TEST_F(MainWindowTest, RefreshAndSynchroniseReachTheTwinPane) {
 TEST_F(MainWindowTest, CommandsWithoutTheirWindowStayDisabledAndViewsDecide) {
   Started run(home, files.path());
   MainWindow& w = *run.window;
-  EXPECT_FALSE(w.command("mnuRename")->isEnabled());
+  EXPECT_FALSE(w.command("mnuSearch")->isEnabled());  // "Find..." is not built
   EXPECT_TRUE(w.command("mnuExiting")->isEnabled());
   w.SetCommandAvailable("mnuRename", true);
   w.SetCommandAvailable("mnuChangeCat", true);
@@ -291,6 +291,104 @@ TEST_F(MainWindowTest, ARemovedFolderInTheFoldersMenuIsDropped) {
   // captions are stored under their numbers.
   EXPECT_EQ(home.Read("FolderList.log"), files.file("sub") + "\r\n");
   EXPECT_EQ(Ini(kSectionFolders, "0"), files.file("sub"));
+}
+
+
+// The names a pane's Details list shows, without the parent entry.
+std::vector<std::string> Listed(FilePane* p) {
+  std::vector<std::string> names;
+  for (const LvItem& item : p->model()->items())
+    if (item.icon != kIconParent) names.push_back(item.text.trimmed().toStdString());
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+TEST_F(MainWindowTest, ASecondStartFromAnotherFolderListsTheStoredFoldersInEveryMode) {
+  TempDir left, right, elsewhere;
+  left.Write("left.afs", "x");
+  right.Write("right.pff", "x");
+  elsewhere.Write("stray.txt", "x");
+  for (int mode = 0; mode <= FilePane::kClassic; ++mode) {
+    SCOPED_TRACE(mode);
+    {
+      Started first(home, files.path());
+      first.window->pane(0)->ChangeFolder(left.path());
+      first.window->pane(1)->ChangeFolder(right.path());
+      first.window->pane(0)->SetViewMode(mode);
+      first.window->pane(1)->SetViewMode(mode);
+    }
+    Started second(home, elsewhere.path());
+    for (int i = 0; i < 2; ++i) {
+      FilePane* p = second.window->pane(i);
+      const TempDir& expected = i == 0 ? left : right;
+      EXPECT_EQ(p->folder(), expected.path());
+      if (mode < FilePane::kClassic) {
+        EXPECT_EQ(p->caption()->text().toStdString(), expected.path());
+        EXPECT_EQ(Listed(p), std::vector<std::string>{i == 0 ? "left.afs" : "right.pff"});
+        // A later switch to Classic shows the same folder's files.
+        p->SetViewMode(FilePane::kClassic);
+      }
+      EXPECT_EQ(p->file1()->model()->rowCount(), 1);
+      EXPECT_EQ(p->file1()->model()->index(0, 0).data().toString().toStdString(),
+                i == 0 ? "left.afs" : "right.pff");
+      p->SetViewMode(FileListView::kDetails);
+      EXPECT_EQ(Listed(p), std::vector<std::string>{i == 0 ? "left.afs" : "right.pff"});
+    }
+  }
+}
+
+TEST_F(MainWindowTest, RefreshAndSynchroniseKeepTheSelectionOnTheSameFiles) {
+  for (const char* name : {"a.8bf", "c.8bf", "e.8bf", "g.8bf"}) files.Write(name, "x");
+  Started run(home, files.path());
+  MainWindow& w = *run.window;
+  FilePane* p = w.pane(0);
+  auto select = [&](std::initializer_list<const char*> names) {
+    QStringList texts;
+    for (const char* n : names) texts.append(n);
+    p->SelectTexts(texts, texts.first());
+  };
+  auto selected = [&] {
+    QStringList texts = p->SelectedTexts();
+    texts.sort();
+    return texts.join(",").toStdString();
+  };
+  // Both sort directions, since the fill comes before the sort.
+  for (bool ascending : {true, false}) {
+    w.ColumnSortAscending()[0] = ascending;
+    p->SetSortColumn(0);
+    p->Refresh(false);
+    select({"c.8bf", "g.8bf"});
+    for (int press = 0; press < 3; ++press) {
+      w.mnuRefresh_Click();
+      EXPECT_EQ(selected(), "c.8bf,g.8bf");
+    }
+    // New files above the selection don't move it either.
+    files.Write("b.8bf", "x");
+    w.RefreshBoth();
+    EXPECT_EQ(selected(), "c.8bf,g.8bf");
+    w.Image4_Click(1);  // the other pane synchronises onto this one's folder
+    EXPECT_EQ(selected(), "c.8bf,g.8bf");
+    std::filesystem::remove(files.file("b.8bf"));
+  }
+  // The classic list keeps its selection by name as well.
+  p->SetViewMode(FilePane::kClassic);
+  ASSERT_TRUE(p->SelectInFile1("e.8bf"));
+  files.Write("0first.8bf", "x");
+  p->Refresh(true);
+  EXPECT_EQ(p->File1Current(), "e.8bf");
+}
+
+TEST_F(MainWindowTest, AFolderOnTheCommandLineOpensItselfWithOrWithoutItsSeparator) {
+  TempDir samples;
+  samples.Write("WarmTone.afs", "x");
+  std::string bare = samples.path();
+  bare.pop_back();
+  for (const std::string& given : {bare, samples.path()}) {
+    Started run(home, files.path(), QString::fromStdString(given));
+    EXPECT_EQ(run.window->pane(0)->folder(), samples.path());
+    EXPECT_EQ(Listed(run.window->pane(0)), std::vector<std::string>{"WarmTone.afs"});
+    EXPECT_TRUE(run.routes.empty());
+  }
 }
 
 }  // namespace
