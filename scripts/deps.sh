@@ -6,8 +6,7 @@ packages=(
   qt6-base-dev libgl-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   nlohmann-json3-dev libcli11-dev
-  zip xvfb xauth python3
-  zip unzip xvfb xauth xdotool
+  zip unzip xvfb xauth xdotool python3
 )
 missing=()
 for p in "${packages[@]}"; do
