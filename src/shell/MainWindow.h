@@ -34,6 +34,7 @@ class QToolBar;
 namespace trel {
 
 class SettingsStore;
+class FFEditorType1;
 
 
 class MainWindow : public QMainWindow {
@@ -127,6 +128,17 @@ class MainWindow : public QMainWindow {
   void SetLeftButtonProbe(std::function<bool()> probe) { leftButtonDown_ = std::move(probe); }
   QTimer* Timer2() { return &timer2_; }
   MessageShell& messages() { return messages_; }
+
+  // --- Filter Factory Editor: the one editor window (null until first use or
+  // after "Unload FF Editor from Memory"); `create` makes it when missing.
+  FFEditorType1* FFEditor(bool create = true);
+  const std::vector<std::string>& interfaceEntries() const { return interfaceEntries_; }
+  int interfaceEntry() const { return interfaceEntry_; }  // 0: "Original FF Editor!" (OFF)
+ private:
+  QPointer<FFEditorType1> ffEditor_;
+  std::vector<std::string> interfaceEntries_;  // display name, " - ", file name
+  int interfaceEntry_ = 0;
+ public:
 
  signals:
   void routeTaken(const QString& route, const QString& path);
