@@ -567,6 +567,10 @@ void FFEditorType1::ReadInterface() {
   if (skin_.sizeRead && skin_.width > 0 && skin_.height > 0) setFixedSize(skin_.width, skin_.height);
   else setFixedSize(kWidth, kHeight);
 
+  // A skin starts from the window as designed: no mail link until a skin names one.
+  mailLink_->setGeometry(kDefaultMail);
+  mailLink_->hide();
+  mailAddress_.clear();
   graphSliders_ = skin_.graphSliders;
   tileSet_ = std::clamp(skin_.tileSet, 0, 2);
   for (int n = 0; n < 8; ++n) {
@@ -964,7 +968,7 @@ void FFEditorType1::SetAutoPreview(bool on) {
 }
 void FFEditorType1::SetTypingDelay(int ms) { timer1_.setInterval(ms); }
 
-QString FFEditorType1::codeError() const { return codeError_->isVisible() ? codeError_->text() : QString(); }
+QString FFEditorType1::codeError() const { return codeError_->isHidden() ? QString() : codeError_->text(); }
 
 void FFEditorType1::ShowCodeError(int channel, size_t position, const std::string& message) {
   static const char* const kChannel[4] = {"R", "G", "B", "A"};
@@ -1397,7 +1401,7 @@ void FFEditorType1::SaveFilterAs(int format) {
     return;
   FilterEnv env;
   env.options = Options();
-  env.shell = ctx_.shell;
+  env.shell = readerShell_.get();  // the TXT writer asks which memory spots are taken
   switch (format) {
     case 0: Write8bf(out, folder, false, false, env); break;
     case 1: WritePRM(out, folder, env); break;
