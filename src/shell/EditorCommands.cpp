@@ -123,7 +123,14 @@ void MainWindow::LoadintoFFEditor(const QString& path) {
   editor->FilterToEditor();
   editor->setEnabled(true);
   editor->UpdatePreview();
-  if (editor->isHidden()) editor->show();
+  if (editor->isHidden()) {
+    // The first time it stands over the middle of the main window.
+    if (!editor->property("placed").toBool()) {
+      editor->move(geometry().center() - QPoint(editor->width() / 2, editor->height() / 2));
+      editor->setProperty("placed", true);
+    }
+    editor->show();
+  }
   if (editor->isMinimized()) editor->showNormal();
   editor->raise();
   editor->activateWindow();
