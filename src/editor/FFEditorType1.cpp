@@ -214,7 +214,7 @@ void FFEditorType1::BuildControls() {
     l->setGeometry(NameField(i));
     l->setAccessibleName(kNameRest[i]);
     connect(l, &ClickLabel::clicked, this, [this, i] {
-      if (text10_->isVisible()) CommitLabelEdit();
+      if (!text10_->isHidden()) CommitLabelEdit();
       if (i == 0 && BatchRefuses()) return;
       StartEdit(label6_[size_t(i)], 0);
     });
@@ -225,7 +225,7 @@ void FFEditorType1::BuildControls() {
     name->setGeometry(SliderName(n));
     name->setAccessibleName(QString("Slider %1").arg(n + 1));
     connect(name, &ClickLabel::clicked, this, [this, n] {
-      if (text10_->isVisible()) CommitLabelEdit();
+      if (!text10_->isHidden()) CommitLabelEdit();
       StartEdit(label7_[size_t(n)], 0);
     });
     connect(name, &ClickLabel::rightClicked, this, [this, n](QPoint at) {
@@ -237,7 +237,7 @@ void FFEditorType1::BuildControls() {
     value->setGeometry(layout::SliderValue(n));
     value->setAccessibleName(QString("Value %1").arg(n + 1));
     connect(value, &ClickLabel::clicked, this, [this, n] {
-      if (text10_->isVisible()) CommitLabelEdit();
+      if (!text10_->isHidden()) CommitLabelEdit();
       StartEdit(label1_[size_t(n)], 8);
     });
     label1_[size_t(n)] = value;
@@ -438,7 +438,7 @@ void FFEditorType1::BuildControls() {
   text10_->hide();
   connect(text10_, &QLineEdit::returnPressed, this, &FFEditorType1::CommitLabelEdit);
   connect(text10_, &QLineEdit::editingFinished, this, [this] {
-    if (text10_->isVisible()) CommitLabelEdit();
+    if (!text10_->isHidden()) CommitLabelEdit();
   });
   for (int n = 0; n < 8; ++n) ShowSlider(n, false);
   Label2_Click(1);
@@ -1278,7 +1278,7 @@ void FFEditorType1::mouseMoveEvent(QMouseEvent* event) {
 void FFEditorType1::mouseReleaseEvent(QMouseEvent* event) {
   dragging_ = false;
   if (event->button() != Qt::LeftButton) return;
-  if (text10_->isVisible()) CommitLabelEdit();
+  if (!text10_->isHidden()) CommitLabelEdit();
 }
 
 void FFEditorType1::keyReleaseEvent(QKeyEvent* event) {
@@ -1286,7 +1286,7 @@ void FFEditorType1::keyReleaseEvent(QKeyEvent* event) {
     QDesktopServices::openUrl(QUrl::fromLocalFile(QString::fromStdString(ctx_.programFolder) + "help/ffe.htm"));
     return;
   }
-  if (event->key() == Qt::Key_Escape && text10_->isVisible()) {
+  if (event->key() == Qt::Key_Escape && !text10_->isHidden()) {
     editedLabel_ = nullptr;
     text10_->hide();
     return;

@@ -10,6 +10,8 @@
 #include <QRegularExpression>
 #include <QElapsedTimer>
 #include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
 #include <QMimeData>
 #include <QPlainTextEdit>
 #include <QPrinter>
@@ -391,6 +393,78 @@ TEST_F(EditorWindow, PrintsToAFile) {
   printer.setOutputFileName(QString::fromStdString(dir.file("print.pdf")));
   editor->PrintFilter(printer);
   EXPECT_GT(QFileInfo(QString::fromStdString(dir.file("print.pdf"))).size(), 500);
+}
+
+}  // namespace
+}  // namespace trel
+
+namespace trel {
+namespace {
+
+TEST_F(EditorWindow, LabelEditsCommitAndNormalise) {
+  editor->SetAutoPreview(false);
+  filter.ctlName[1] = "One";
+  filter.mapName[2] = "Curve";
+  editor->FilterToEditor();
+  auto* edit = child<QLineEdit>("Text10");
+  // A typed 300 becomes 44, -3 becomes 3.
+  for (auto [typed, value] : {std::pair{"300", 44}, std::pair{"-3", 3}}) {
+    QMetaObject::invokeMethod(child<QLabel>("Label1_0"), "clicked");
+    ASSERT_FALSE(edit->isHidden());
+    edit->setText(typed);
+    editor->CommitLabelEdit();
+    EXPECT_EQ(editor->SliderValue(0), value) << typed;
+    EXPECT_EQ(label("Label1", 0), QString::number(value));
+  }
+  // A click on another label commits the running edit first.
+  QMetaObject::invokeMethod(child<QLabel>("Label6_2"), "clicked");
+  edit->setText("New Title");
+  QMetaObject::invokeMethod(child<QLabel>("Label6_3"), "clicked");
+  EXPECT_EQ(label("Label6", 2), "New Title");
+  editor->CommitLabelEdit();
+  // Emptying the name of a map that is on hides both sliders of the pair.
+  EXPECT_TRUE(child<QWidget>("Picture3_3")->isVisibleTo(editor.get()));
+  QMetaObject::invokeMethod(child<QLabel>("Label7_2"), "clicked");
+  edit->setText("");
+  editor->CommitLabelEdit();
+  EXPECT_FALSE(child<QWidget>("Picture3_2")->isVisibleTo(editor.get()));
+  EXPECT_FALSE(child<QWidget>("Picture3_3")->isVisibleTo(editor.get()));
+}
+
+TEST_F(EditorWindow, AlphaOnlyFiltersShowAlphaInGrey) {
+  editor->SetAutoPreview(false);
+  editor->FilterToEditor();
+  Type(0, "255-a");
+  ASSERT_TRUE(editor->UpdatePreview());
+  ASSERT_TRUE(editor->WaitForPreview());
+  const QImage shown = editor->previewResult();
+  // The picture has no alpha: a reads 255, so 255-i of it... every pixel is grey.
+  const QRgb p = shown.pixel(10, 10);
+  EXPECT_EQ(qRed(p), qGreen(p));
+  EXPECT_EQ(qGreen(p), qBlue(p));
+  // The red word stands bottom right.
+  bool red = false;
+  for (int y = shown.height() - 20; y < shown.height(); ++y)
+    for (int x = shown.width() - 50; x < shown.width(); ++x)
+      red = red || (qRed(shown.pixel(x, y)) > 200 && qGreen(shown.pixel(x, y)) < 60);
+  EXPECT_TRUE(red);
+}
+
+TEST_F(EditorWindow, OneBoxModeCopiesRedToGreenAndBlue) {
+  editor->SetAutoPreview(false);
+  editor->Command10_Click();
+  EXPECT_EQ(child<QPushButton>("Command10")->text(), "3");
+  EXPECT_EQ(label("Label2", 1), "C=");
+  Type(1, "255-c");
+  Type(2, "g");
+  ASSERT_TRUE(editor->UpdatePreview());
+  ASSERT_TRUE(editor->WaitForPreview());
+  const QRgb src = editor->previewSource().pixel(5, 5), out = editor->previewResult().pixel(5, 5);
+  EXPECT_EQ(qGreen(out), 255 - qGreen(src));
+  EXPECT_EQ(qBlue(out), 255 - qBlue(src));
+  editor->Command10_Click();
+  EXPECT_EQ(label("Label2", 1), "R=");
+  EXPECT_EQ(box(2)->toPlainText(), "g");  // the hidden boxes kept their text
 }
 
 }  // namespace
