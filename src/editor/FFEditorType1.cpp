@@ -1279,6 +1279,15 @@ void FFEditorType1::mouseReleaseEvent(QMouseEvent* event) {
   dragging_ = false;
   if (event->button() != Qt::LeftButton) return;
   if (!text10_->isHidden()) CommitLabelEdit();
+  // A click on the body closes the code boxes; a switch brings one back.
+  for (int j = 0; j < 4; ++j) {
+    QFont f = label2_[size_t(j)]->font();
+    f.setBold(false);
+    label2_[size_t(j)]->setFont(f);
+    text5_[size_t(j)]->hide();
+  }
+  combo1_[0]->setEnabled(false);
+  combo1_[1]->setEnabled(false);
 }
 
 void FFEditorType1::keyReleaseEvent(QKeyEvent* event) {
