@@ -28,6 +28,7 @@
 #include <QPushButton>
 #include <QRandomGenerator>
 #include <QScrollBar>
+#include <QTemporaryDir>
 #include <QTextBlock>
 #include <QToolButton>
 #include <QUrl>
@@ -41,6 +42,7 @@
 #include "editor/PreviewRunner.h"
 #include "editor/SkinArt.h"
 #include "editor/SkinRegion.h"
+#include "filter/FFL.h"
 #include "filter/PluginCompiler.h"
 #include "filter/TextFormats.h"
 #include "host/ff/FFEngine.h"
@@ -62,7 +64,7 @@ const char* const kCodeSwitch[4] = {"A=", "R=", "G=", "B="};
 const char* const kCodeTip[4] = {"Show/Hide Aphacode", "Show/Hide Redcode", "Show/Hide Greencode",
                                  "Show/Hide Bluecode"};
 const char* const kSaveFormats[] = {"Photoshop Plug", "Premiere Plug", "AFS File", "PFF File",
-                                    "Text File", "Transition Plug"};
+                                    "Text File", "Transition Plug", "FFL Library"};
 const char* const kFunctionEntries[] = {
     "abs()", "add(,,)", "c2d(,)", "cnv(,,,,,,,,)", "cos()", "ctl()", "dif(,)", "get()", "map(,)",
     "max(,)", "min(,)", "mix(,,,)", "put(,)", "r2x(,)", "r2y(,)", "rad(,,)", "rnd(,)", "rst()",
@@ -479,8 +481,8 @@ void FFEditorType1::BuildMenus() {
   add(m, "mnuSavePicture_FFE", "Save Picture...", [this] { SavePreviewPicture(); });
   QMenu* saveAs = Named(m->addMenu("Save (Filter) As"), "mnuSaveAs_FFE");
   const char* const entries[] = {"Photoshop Plugin", "Premiere Filter", "AFS File", "PFF File",
-                                 "Text File", "Transition Filter"};
-  for (int i = 0; i < 6; ++i) {
+                                 "Text File", "Transition Filter", "Add to FFL Library"};
+  for (int i = 0; i < 7; ++i) {
     QAction* a = saveAs->addAction(entries[i]);
     a->setObjectName(QString("mnuSaveFilterAs_FFE_%1").arg(i));
     connect(a, &QAction::triggered, this, [this, i] { SaveFilterAs(i); });
@@ -1402,6 +1404,10 @@ void FFEditorType1::SaveFilterAs(int format) {
   EditorToFilter();
   FFFilter out = *ctx_.filter;
   if (command10_->text() == "3") out.codeG = out.codeB = out.codeR;
+  if (format == 6) {
+    AddToLibrary();
+    return;
+  }
   const int kind = format == 5 ? 0 : format;  // the transition plug takes the plugin's name rule
   out.filename = SaveTargetName(Latin1(label), kind);
   if (format == 5) out.filename = out.filename.substr(0, out.filename.size() - 4) + ".prm";
@@ -1422,6 +1428,36 @@ void FFEditorType1::SaveFilterAs(int format) {
   }
   if (ctx_.refreshPanes) ctx_.refreshPanes();
   if (ctx_.batchFile && !ctx_.batchFile().empty()) emit unloadRequested();
+}
+
+void FFEditorType1::AddToLibrary() {
+  std::string library;
+  if (ctx_.chooseLibrary) {
+    library = ctx_.chooseLibrary();
+  } else {
+    library = QFileDialog::getSaveFileName(this, "Add to FFL Library", QString(), "FFL Libraries (*.ffl)",
+                                           nullptr, QFileDialog::DontConfirmOverwrite)
+                  .toStdString();
+  }
+  if (library.empty()) return;
+  EditorToFilter();
+  FFFilter out = *ctx_.filter;
+  if (command10_->text() == "3") out.codeG = out.codeB = out.codeR;
+  // The library takes filters from files: the filter goes through a TXT of its own.
+  QTemporaryDir scratch;
+  if (!scratch.isValid()) return;
+  const std::string folder = scratch.path().toStdString() + "/";
+  out.filename = SaveTargetName(Latin1(label6_[0]->text()), 4);
+  FilterEnv env;
+  env.options = Options();
+  env.shell = ctx_.shell;
+  WriteTXT(out, folder, false, env);
+  const std::vector<std::string> sources{folder + out.filename};
+  const FFLAddResult result = QFileInfo::exists(QString::fromStdString(library))
+                                  ? cmd_Add2FFL(library, sources, env)
+                                  : cmd_CreateFFL(library, sources, env);
+  if (!result.ok) Message("The filter could not be added to " + library + ".", MsgIcon::Exclamation, "Trel");
+  if (ctx_.refreshPanes) ctx_.refreshPanes();
 }
 
 }  // namespace trel

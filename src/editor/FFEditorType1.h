@@ -54,6 +54,7 @@ struct EditorContext {
   std::function<bool(const std::string&)> overwriteCheck;  // false: do not replace the file
   std::function<bool()> applyAtOnce;               // preview while a slider is dragged
   std::function<std::string()> batchFile;          // not empty while run from the Batch dialog
+  std::function<std::string()> chooseLibrary;      // the FFL library "Save" adds to; empty: none
 };
 
 class FFEditorType1 : public QWidget {
@@ -72,7 +73,9 @@ class FFEditorType1 : public QWidget {
   // or the code does not compile: the fault is then shown under the code box).
   bool UpdatePreview();
   void CommitLabelEdit();
+  // 0 8bf, 1 prm, 2 afs, 3 pff, 4 txt, 5 Transition Factory prm, 6 add to an FFL library.
   void SaveFilterAs(int format);
+  void AddToLibrary();
   bool RandomizeSliders();
   void ApplyFilterToPicture();
   void MapSwitch(int m);

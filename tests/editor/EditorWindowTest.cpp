@@ -21,6 +21,7 @@
 
 #include "editor/FFEditorType1.h"
 #include "filter/Dispatch.h"
+#include "filter/FFL.h"
 #include "filter/PluginCompiler.h"
 #include "filter/ProgramFolder.h"
 #include "filter/TextFormats.h"
@@ -47,6 +48,7 @@ class EditorWindow : public ::testing::Test {
     ctx.targetFolder = [this] { return target; };
     ctx.refreshPanes = [this] { ++refreshes; };
     ctx.overwriteCheck = [](const std::string&) { return true; };
+    ctx.chooseLibrary = [this] { return chosenLibrary; };
     editor = std::make_unique<FFEditorType1>(std::move(ctx));
   }
   void TearDown() override { editor.reset(); }
@@ -74,6 +76,7 @@ class EditorWindow : public ::testing::Test {
   std::unique_ptr<FFEditorType1> editor;
   std::string target = dir.path() + "out/";
   int refreshes = 0;
+  std::string chosenLibrary;
 };
 
 void ExpectSameFilter(const FFFilter& a, const FFFilter& b, const std::string& what) {
@@ -287,6 +290,20 @@ TEST_F(EditorWindow, SaveInEveryFormatReadsBack) {
     for (int i = 1; i <= 8; ++i) EXPECT_EQ(back.ctlValue[i], expected.ctlValue[i]) << format;
   }
   EXPECT_EQ(refreshes, 6);
+  // The library entry: a new library, then a second filter added to it.
+  const std::string library = dir.file("Mine.ffl");
+  editor->SaveFilterAs(6);  // no chooser answer yet: nothing happens
+  EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(library)));
+  chosenLibrary = library;
+  editor->SaveFilterAs(6);
+  child<QLabel>("Label6_2")->setText("Second");
+  editor->SaveFilterAs(6);
+  FFLLibrary lib;
+  FilterEnv env;
+  ASSERT_TRUE(ReadFFLLibrary(library, lib, env));
+  ASSERT_EQ(lib.items.size(), 2u);
+  EXPECT_EQ(lib.items[0].title, expected.title);
+  EXPECT_EQ(lib.items[1].title, "Second");
   child<QLabel>("Label6_0")->setText("Filename");
   shell.boxes.clear();
   editor->SaveFilterAs(2);
