@@ -272,7 +272,7 @@ void FFEditorType1::BuildControls() {
   for (int m = 0; m < 4; ++m) {
     auto* c = Named(new QCheckBox(QString("Activate Map %1").arg(m + 1), this), "Check1", m);
     c->setGeometry(layout::MapSwitch(m));
-    c->setStyleSheet("QCheckBox{color:white;font-size:11px}");
+    c->setStyleSheet("QCheckBox{color:white;font-size:10px;spacing:2px}");
     connect(c, &QCheckBox::toggled, this, [this, m] {
       MapSwitch(m);
       if (isEnabled() && check2_->isChecked()) UpdatePreview();

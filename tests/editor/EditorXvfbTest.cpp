@@ -65,6 +65,12 @@ TEST(EditorXvfb, DoubleClickOpensTheSkinnedEditorAndTypingPreviews) {
   EXPECT_NE(editor->previewResult(), before);
   QTest::qWait(200);
   editor->screen()->grabWindow(0).save(artifacts + "/editor-typed.png");
+  // The non-rectangular skin: the desktop shows through its notches.
+  editor->LoadSkin("Interfc6.des");
+  EXPECT_TRUE(editor->GraphSliders());
+  EXPECT_FALSE(editor->mask().contains(QPoint(2, 240)));
+  QTest::qWait(300);
+  editor->screen()->grabWindow(0).save(artifacts + "/editor-orbit.png");
   window->close();
 }
 
