@@ -35,6 +35,7 @@ namespace trel {
 
 class SettingsStore;
 class StatusArea;
+class FFEditorType1;
 
 
 class MainWindow : public QMainWindow {
@@ -133,6 +134,16 @@ class MainWindow : public QMainWindow {
   // Whether a command is built and allowed in the active pane's view.
   bool IsCommandAllowed(const QString& objectName) const;
   StatusArea* statusArea() const { return statusArea_; }
+  // --- Filter Factory Editor: the one editor window (null until first use or
+  // after "Unload FF Editor from Memory"); `create` makes it when missing.
+  FFEditorType1* FFEditor(bool create = true);
+  const std::vector<std::string>& interfaceEntries() const { return interfaceEntries_; }
+  int interfaceEntry() const { return interfaceEntry_; }  // 0: "Original FF Editor!" (OFF)
+ private:
+  QPointer<FFEditorType1> ffEditor_;
+  std::vector<std::string> interfaceEntries_;  // display name, " - ", file name
+  int interfaceEntry_ = 0;
+ public:
 
  signals:
   void routeTaken(const QString& route, const QString& path);

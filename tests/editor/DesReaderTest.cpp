@@ -1,0 +1,236 @@
+// The skin format's reading rules, damaged skins, the interface folder and
+// the outline built from the shapes.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "support/TempDir.h"
+#include "editor/DesReader.h"
+#include "editor/SkinRegion.h"
+
+namespace trel {
+namespace {
+
+std::vector<std::string> Items(const std::string& text) {
+  DesItemReader in(text);
+  std::vector<std::string> out;
+  while (auto item = in.Next()) out.push_back(*item);
+  return out;
+}
+
+TEST(DesItems, SeparatorsQuotesAndBlanks) {
+  struct Case {
+    std::string text;
+    std::vector<std::string> items;
+  } cases[] = {
+      {"a,b\r\nc\nd", {"a", "b", "c", "d"}},
+      {"   lead,\tx", {"lead", "x"}},
+      {"\"one, two\",three", {"one, two", "three"}},
+      {"\"quoted\" tail,next", {"quoted", "next"}},
+      {"a,,b", {"a", "", "b"}},
+      {"a\r\n\r\n\r\nb", {"a", "b"}},
+      {"\"open to the end, still", {"open to the end, still"}},
+      {"", {}},
+      {"Rect \r\n", {"Rect "}},
+  };
+  for (const auto& c : cases) EXPECT_EQ(Items(c.text), c.items) << c.text;
+}
+
+TEST(DesItems, AtEndIgnoresTrailingLineEnds) {
+  DesItemReader in("x\r\n \r\n");
+  EXPECT_FALSE(in.AtEnd());
+  in.Next();
+  EXPECT_TRUE(in.AtEnd());
+}
+
+TEST(DesNumbers, LongestPrefixRoundedInto16Bits) {
+  struct Case {
+    const char* item;
+    int value;
+  } cases[] = {{"640", 640},     {"  -12px", -12}, {"abc", 0},       {"", 0},
+               {"2.5", 2},       {"3.5", 4},       {"-2.5", -2},     {"1e2", 100},
+               {"1e", 1},        {"99999", 32767}, {"-99999", -32768}, {"+7", 7},
+               {".5", 0},        {"12 34", 12},    {"0x10", 0}};
+  for (const auto& c : cases) EXPECT_EQ(DesNumber(c.item), c.value) << c.item;
+}
+
+TEST(DesWords, KeywordsAreCaseSensitive) {
+  EXPECT_EQ(CombineWord("RGN_DIFF"), CombineMode::Diff);
+  EXPECT_EQ(CombineWord("rgn_diff"), CombineMode::None);
+  EXPECT_EQ(ShapeWord("RoundRect"), ShapeKind::RoundRect);
+  EXPECT_EQ(ShapeWord("rect"), ShapeKind::Unknown);
+}
+
+std::string Skin(const std::string& tail, int count = 2) {
+  return "\"My skin\"\npic.png\n" + std::to_string(count) +
+         "\n100\n80\nRect,0,0,100,80,0,0\nEllipse,10,10,50,50,0,0\nRGN_OR\n" + tail;
+}
+
+TEST(DesParse, FullFileWithEveryBlock) {
+  const DesSkin s = ParseDes(Skin("RoundRect,0,0,20,20,4,4,RGN_DIFF\nGraphSlider2\nMailto,1,2,30,12,me@x.org,\"Hi, you\"\n"
+                                  "CodeWindows,5,6,95,75\n",
+                                  3));
+  EXPECT_EQ(s.displayName, "My skin");
+  EXPECT_EQ(s.picture, "pic.png");
+  EXPECT_EQ(s.width, 100);
+  EXPECT_EQ(s.height, 80);
+  ASSERT_EQ(s.shapes.size(), 3u);
+  EXPECT_EQ(s.shapes[2].shape.kind, ShapeKind::RoundRect);
+  EXPECT_EQ(s.shapes[2].combine, CombineMode::Diff);
+  EXPECT_TRUE(s.graphSliders);
+  EXPECT_EQ(s.tileSet, 2);
+  EXPECT_TRUE(s.mailSeen);
+  EXPECT_EQ(s.mailAddress, "me@x.org");
+  EXPECT_EQ(s.mailToolTip, "Hi, you");
+  EXPECT_EQ(s.mailBox.right, 30);
+  EXPECT_TRUE(s.codeSeen);
+  EXPECT_EQ(s.codeBox.left, 5);
+  EXPECT_EQ(s.codeBox.bottom, 75);
+}
+
+TEST(DesParse, CountsBelowThreeReadTwoShapesAndNoGroup) {
+  for (int count : {0, 1, 2}) {
+    const DesSkin s = ParseDes(Skin("GraphSlider0\n", count));
+    EXPECT_EQ(s.shapes.size(), 2u) << count;
+    EXPECT_TRUE(s.graphSliders) << count;  // the word after the first group is the slider word
+  }
+}
+
+TEST(DesParse, EndRightAfterGroupsGivesDefaults) {
+  const DesSkin s = ParseDes(Skin(""));
+  EXPECT_FALSE(s.graphSliders);
+  EXPECT_FALSE(s.mailItemRead);
+  EXPECT_FALSE(s.codeItemRead);
+}
+
+TEST(DesParse, MailBlockWithoutSliderWordIsEaten) {
+  const DesSkin s = ParseDes(Skin("Mailto,1,2,30,12,me@x.org,tip\nCodeWindows,5,6,95,75\n"));
+  EXPECT_FALSE(s.graphSliders);
+  EXPECT_TRUE(s.mailItemRead);
+  EXPECT_FALSE(s.mailSeen);
+  EXPECT_FALSE(s.codeSeen);
+}
+
+TEST(DesParse, SliderWordVariants) {
+  EXPECT_EQ(ParseDes(Skin("GraphSlider\n")).tileSet, 0);  // "r" reads as 0
+  EXPECT_TRUE(ParseDes(Skin("GraphSlider\n")).graphSliders);
+  EXPECT_EQ(ParseDes(Skin("GraphSlider1\n")).tileSet, 1);
+  EXPECT_FALSE(ParseDes(Skin("graphslider1\n")).graphSliders);
+  EXPECT_FALSE(ParseDes(Skin("Anything\n")).graphSliders);
+}
+
+TEST(DesParse, DamagedSkinsNeverThrowAndKeepWhatWasReached) {
+  const std::string damaged[] = {
+      "",
+      "name",
+      "name,pic,2",
+      "name,pic,32767,100,100,Rect,0,0,1,1,0,0,Rect,0,0,1,1,0,0,RGN_OR",  // huge count, no groups
+      "name,pic,2,-50,-60,Rect,0,0,-5,-5,0,0,Ellipse,9,9,-9,-9,0,0,RGN_XOR",
+      std::string("name,pic,3,10,10,Rect,0,0,\0\xff,5,0,0,Blob", 45),
+      "name,pic,5,10,10,Rect,0,0,5,5,0,0,Rect",  // ends inside the second shape
+  };
+  for (const auto& text : damaged) {
+    const DesSkin s = ParseDes(text);
+    (void)BuildSkinRegion(s);
+    SUCCEED();
+  }
+  const DesSkin huge = ParseDes(damaged[3]);
+  EXPECT_EQ(huge.shapeCount, 32767);
+  EXPECT_EQ(huge.shapes.size(), 2u);
+}
+
+TEST(SkinRegion, ShapesAndCombineModes) {
+  DesSkin s;
+  s.width = 100;
+  s.height = 80;
+  DesGroup a{{ShapeKind::Rect, 0, 0, 60, 40, 0, 0}, std::nullopt};
+  DesGroup b{{ShapeKind::Rect, 30, 20, 100, 80, 0, 0}, CombineMode::And};
+  s.shapes = {a, b};
+  EXPECT_EQ(BuildSkinRegion(s), QRegion(30, 20, 30, 20));
+  s.shapes[1].combine = CombineMode::Or;
+  EXPECT_TRUE(BuildSkinRegion(s).contains(QPoint(5, 5)));
+  EXPECT_TRUE(BuildSkinRegion(s).contains(QPoint(90, 70)));
+  EXPECT_FALSE(BuildSkinRegion(s).contains(QPoint(90, 5)));
+  s.shapes[1].combine = CombineMode::Diff;
+  EXPECT_FALSE(BuildSkinRegion(s).contains(QPoint(40, 30)));
+  EXPECT_TRUE(BuildSkinRegion(s).contains(QPoint(10, 10)));
+  s.shapes[1].combine = CombineMode::Xor;
+  EXPECT_FALSE(BuildSkinRegion(s).contains(QPoint(40, 30)));
+  EXPECT_TRUE(BuildSkinRegion(s).contains(QPoint(90, 70)));
+  s.shapes[1].combine = CombineMode::Copy;
+  EXPECT_EQ(BuildSkinRegion(s), QRegion(0, 0, 60, 40));
+  // An unknown first word: the combine fails, the outline stays the whole window.
+  s.shapes[1].combine = CombineMode::None;
+  EXPECT_EQ(BuildSkinRegion(s), QRegion(0, 0, 100, 80));
+}
+
+TEST(SkinRegion, FurtherShapesCombineWithAllBefore) {
+  DesSkin s;
+  s.width = 100;
+  s.height = 100;
+  s.shapes = {{{ShapeKind::Rect, 0, 0, 100, 100, 0, 0}, std::nullopt},
+              {{ShapeKind::Rect, 0, 0, 100, 100, 0, 0}, CombineMode::And},
+              {{ShapeKind::Ellipse, 0, 0, 20, 20, 0, 0}, CombineMode::Diff},
+              {{ShapeKind::Unknown, 50, 50, 60, 60, 0, 0}, CombineMode::Diff}};
+  const QRegion r = BuildSkinRegion(s);
+  EXPECT_FALSE(r.contains(QPoint(10, 10)));  // the ellipse was cut out
+  EXPECT_TRUE(r.contains(QPoint(50, 50)));
+  // The unknown kind made no region: the ellipse stood in for it and was united back.
+  s.shapes[3].combine = CombineMode::Or;
+  EXPECT_TRUE(BuildSkinRegion(s).contains(QPoint(10, 10)));
+}
+
+TEST(SkinRegion, RoundRectCornersAndEdges) {
+  EXPECT_EQ(*ShapeRegion({ShapeKind::RoundRect, 0, 0, 40, 30, 0, 0}), QRegion(0, 0, 40, 30));
+  EXPECT_EQ(*ShapeRegion({ShapeKind::Rect, 0, 0, 40, 30, 9, 9}), QRegion(0, 0, 40, 30));
+  const QRegion round = *ShapeRegion({ShapeKind::RoundRect, 0, 0, 40, 30, 20, 20});
+  EXPECT_FALSE(round.contains(QPoint(0, 0)));
+  EXPECT_TRUE(round.contains(QPoint(20, 15)));
+  EXPECT_FALSE(ShapeRegion({ShapeKind::Unknown, 0, 0, 5, 5, 0, 0}).has_value());
+  EXPECT_EQ(ShapeRegion({ShapeKind::Ellipse, 0, 0, 40, 30, 0, 0})->boundingRect(), QRect(0, 0, 40, 30));
+}
+
+TEST(InterfaceFolder, LookupEntriesAndFallback) {
+  test::TempDir dir;
+  EXPECT_TRUE(LookforInterfaceFiles(dir.path()).folderName.empty());
+  std::filesystem::create_directories(dir.path() + "interfac");
+  dir.Write("interfac/Interfc5.des", "\"Plain\",p.png,2,10,10");
+  dir.Write("interfac/Shortie.des", "Short,p.png,2,10,10");
+  InterfaceListing l = LookforInterfaceFiles(dir.path());
+  EXPECT_EQ(l.folderName, "interfac");
+  ASSERT_EQ(l.entries.size(), 2u);
+  EXPECT_EQ(l.entries[0], "Plain - Interfc5.des");
+  EXPECT_EQ(InterfaceFileOfEntry(l.entries[0]), "Interfc5.des");
+  // An 11-character name takes the blank of " - " into its 12 characters.
+  EXPECT_EQ(InterfaceFileOfEntry(l.entries[1]), " Shortie.des");
+  std::string file = InterfaceFileOfEntry(l.entries[1]);
+  ResolveInterfacePath(dir.path(), l.folderName, file);
+  EXPECT_EQ(file, "Interfc5.des");
+  // "interface" wins when it holds a skin.
+  std::filesystem::create_directories(dir.path() + "interface");
+  dir.Write("interface/Interfc4.des", "Four,p.png,2,10,10");
+  EXPECT_EQ(LookforInterfaceFiles(dir.path()).folderName, "interface");
+  file = "interfc4.DES";  // names compare without case
+  EXPECT_EQ(ResolveInterfacePath(dir.path(), "interface", file), dir.path() + "interface/Interfc4.des");
+  file = "Missing1.des";  // the fallback is tried once, even when it is missing too
+  ResolveInterfacePath(dir.path(), "interface", file);
+  EXPECT_EQ(file, "Interfc5.des");
+}
+
+TEST(ShippedSkins, ReadCompletelyAndGiveTheirOutlines) {
+  for (const char* name : {"Interfc4.des", "Interfc5.des", "Interfc6.des"}) {
+    DesSkin s;
+    ASSERT_TRUE(ReadDesFile(std::string(TREL_SHIPPED_DATA_DIR) + "/interface/" + name, s)) << name;
+    EXPECT_EQ(s.width, 640) << name;
+    EXPECT_TRUE(s.codeSeen) << name;
+    const QRegion r = BuildSkinRegion(s);
+    EXPECT_TRUE(r.contains(QPoint(320, 240))) << name;
+    EXPECT_TRUE(r.contains(QPoint(630, 455))) << name;  // the error line under the code boxes
+  }
+  DesSkin six;
+  ReadDesFile(std::string(TREL_SHIPPED_DATA_DIR) + "/interface/Interfc6.des", six);
+  EXPECT_FALSE(BuildSkinRegion(six).contains(QPoint(2, 240)));  // the notch: not rectangular
+}
+
+}  // namespace
+}  // namespace trel

@@ -1,0 +1,488 @@
+// The editor window off screen: loading every source format and a compiled
+// plugin, edits, the live preview against trel-cli, compile errors, sliders,
+// memory spots, saving in every format, code tools and bad input.
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QClipboard>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QMimeData>
+#include <QPlainTextEdit>
+#include <QPrinter>
+#include <QProcess>
+#include <QScrollBar>
+#include <filesystem>
+
+#include "editor/FFEditorType1.h"
+#include "filter/Dispatch.h"
+#include "filter/FFL.h"
+#include "filter/PluginCompiler.h"
+#include "filter/ProgramFolder.h"
+#include "filter/TextFormats.h"
+#include "host/ff/FFEngine.h"
+#include "settings/SettingsStore.h"
+#include "support/RecordingShell.h"
+#include "support/TempDir.h"
+
+namespace trel {
+namespace {
+
+class EditorWindow : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    FillProgramFolder(dir.path(), {TREL_SHIPPED_DATA_DIR, TREL_TEMPLATE_DIR});
+    std::filesystem::create_directories(dir.path() + "out");
+    store = std::make_unique<SettingsStore>(dir.file("Trel10.ini"));
+    EditorContext ctx;
+    ctx.filter = &filter;
+    ctx.programFolder = dir.path();
+    ctx.store = store.get();
+    ctx.shell = &shell;
+    ctx.interfaceFile = [] { return std::string("Interfc4.des"); };
+    ctx.targetFolder = [this] { return target; };
+    ctx.refreshPanes = [this] { ++refreshes; };
+    ctx.overwriteCheck = [](const std::string&) { return true; };
+    ctx.chooseLibrary = [this] { return chosenLibrary; };
+    editor = std::make_unique<FFEditorType1>(std::move(ctx));
+  }
+  void TearDown() override { editor.reset(); }
+
+  template <typename T>
+  T* child(const QString& name) const {
+    return editor->findChild<T*>(name);
+  }
+  QPlainTextEdit* box(int i) const { return child<QPlainTextEdit>(QString("Text5_%1").arg(i)); }
+  QString label(const char* stem, int i) const {
+    return child<QLabel>(QString("%1_%2").arg(stem).arg(i))->text();
+  }
+  bool Load(const std::string& folder, const std::string& name) {
+    FilterEnv env;
+    env.shell = &editor->readerShell();
+    env.options.programFolder = dir.path();
+    return LoadItFile(filter, folder, name, env);
+  }
+  void Type(int i, const QString& code) { box(i)->setPlainText(code); }
+
+  test::TempDir dir;
+  test::RecordingShell shell;
+  FFFilter filter;
+  std::unique_ptr<SettingsStore> store;
+  std::unique_ptr<FFEditorType1> editor;
+  std::string target = dir.path() + "out/";
+  int refreshes = 0;
+  std::string chosenLibrary;
+};
+
+void ExpectSameFilter(const FFFilter& a, const FFFilter& b, const std::string& what) {
+  EXPECT_EQ(a.title, b.title) << what;
+  EXPECT_EQ(a.category, b.category) << what;
+  EXPECT_EQ(a.author, b.author) << what;
+  EXPECT_EQ(a.copyright, b.copyright) << what;
+  EXPECT_EQ(a.codeR, b.codeR) << what;
+  EXPECT_EQ(a.codeG, b.codeG) << what;
+  EXPECT_EQ(a.codeB, b.codeB) << what;
+  EXPECT_EQ(a.codeA, b.codeA) << what;
+  for (int i = 1; i <= 8; ++i) {
+    EXPECT_EQ(a.ctlValue[i], b.ctlValue[i]) << what << " value " << i;
+    EXPECT_EQ(a.ctlName[i], b.ctlName[i]) << what << " name " << i;
+  }
+  for (int i = 1; i <= 4; ++i) EXPECT_EQ(a.mapName[i], b.mapName[i]) << what << " map " << i;
+}
+
+TEST_F(EditorWindow, SkinIsReadWithItsBlocks) {
+  EXPECT_EQ(editor->interfaceFile(), "Interfc4.des");
+  EXPECT_TRUE(editor->GraphSliders());
+  EXPECT_EQ(editor->MailAddress(), "trel-skins@example.org");
+  EXPECT_EQ(box(1)->geometry(), QRect(216, 278, 416, 168));
+  EXPECT_EQ(editor->windowTitle(), "Filter Factory Editor");
+  EXPECT_FALSE(editor->mask().contains(QPoint(0, 0)));  // rounded corners
+  editor->LoadSkin("Missing1.des");
+  EXPECT_EQ(editor->interfaceFile(), "Interfc5.des");
+  EXPECT_FALSE(editor->GraphSliders());
+  EXPECT_FALSE(editor->findChild<QWidget*>("MailLink")->isVisibleTo(editor.get()));
+}
+
+TEST_F(EditorWindow, EverySourceFormatAndAPluginShowUnchanged) {
+  const std::string samples = std::string(TREL_SHIPPED_DATA_DIR) + "/samples/";
+  // A compiled plugin of the AFS sample, through the real writer.
+  ASSERT_TRUE(Load(samples, "WarmTone.afs"));
+  FFFilter compiled = filter;
+  compiled.filename = "WarmTone.8bf";
+  FilterEnv env;
+  env.options.programFolder = dir.path();
+  env.shell = &shell;
+  Write8bf(compiled, target, false, false, env);
+  struct Source {
+    std::string folder, name;
+  } sources[] = {{samples, "WarmTone.afs"}, {samples, "SoftNegative.pff"}, {samples, "Ripple.txt"},
+                 {target, "WarmTone.8bf"}};
+  for (const auto& s : sources) {
+    ASSERT_TRUE(Load(s.folder, s.name)) << s.name;
+    const FFFilter expected = filter;
+    editor->FilterToEditor();
+    EXPECT_EQ(label("Label6", 0).toStdString(), expected.filename) << s.name;
+    EXPECT_EQ(label("Label6", 2).toStdString(), expected.title) << s.name;
+    EXPECT_EQ(box(1)->toPlainText().toStdString(), expected.codeR) << s.name;
+    for (int n = 0; n < 8; ++n)
+      EXPECT_EQ(label("Label1", n).toInt(), expected.ctlValue[n + 1]) << s.name << " slider " << n;
+    filter = FFFilter{};
+    editor->EditorToFilter();
+    ExpectSameFilter(filter, expected, s.name);
+  }
+}
+
+TEST_F(EditorWindow, EditsReachTheRecord) {
+  ASSERT_TRUE(Load(std::string(TREL_SHIPPED_DATA_DIR) + "/samples/", "WarmTone.afs"));
+  editor->FilterToEditor();
+  editor->SetAutoPreview(false);
+  editor->SetSliderValue(4, 99);
+  Type(2, "g/2");
+  auto* map = child<QCheckBox>("Check1_3");
+  map->setChecked(true);  // the names of sliders 7 and 8 give way to the map name
+  editor->EditorToFilter();
+  EXPECT_EQ(filter.ctlValue[5], 99);
+  EXPECT_EQ(filter.codeG, "g/2");
+  EXPECT_EQ(filter.mapName[4], label("Label7", 6).toStdString());
+  EXPECT_TRUE(filter.ctlName[7].empty());
+  EXPECT_TRUE(child<QWidget>("Picture3_7")->isVisibleTo(editor.get()));
+}
+
+TEST_F(EditorWindow, PreviewEqualsTheCommandLine) {
+  if (!QFileInfo::exists(TREL_CLI)) GTEST_SKIP() << "trel-cli not built";
+  editor->SetAutoPreview(false);
+  editor->FilterToEditor();
+  child<QLabel>("Label7_0")->setText("Amount");
+  editor->CommitLabelEdit();
+  Type(1, "255-r");
+  Type(2, "scl(g,0,255,0,ctl(0))");
+  Type(3, "src(x+3,y,z)");
+  editor->SetSliderValue(0, 140);
+  ASSERT_TRUE(editor->UpdatePreview());
+  ASSERT_TRUE(editor->WaitForPreview());
+  const QImage shown = editor->previewResult();
+  ASSERT_FALSE(shown.isNull());
+  ASSERT_TRUE(editor->previewSource().save(QString::fromStdString(dir.file("src.png"))));
+  FFFilter f = filter;
+  f.filename = "Same.txt";
+  FilterEnv env;
+  WriteTXT(f, dir.path(), false, env);
+  QProcess cli;
+  cli.start(TREL_CLI, {"apply", QString::fromStdString(dir.file("Same.txt")),
+                       QString::fromStdString(dir.file("src.png")), "-o",
+                       QString::fromStdString(dir.file("cli.png"))});
+  ASSERT_TRUE(cli.waitForFinished(20000));
+  ASSERT_EQ(cli.exitCode(), 0) << cli.readAllStandardError().toStdString();
+  const QImage expected(QString::fromStdString(dir.file("cli.png")));
+  ASSERT_EQ(expected.size(), shown.size());
+  EXPECT_EQ(expected.convertToFormat(QImage::Format_RGB32), shown.convertToFormat(QImage::Format_RGB32));
+}
+
+TEST_F(EditorWindow, CompileErrorsShowChannelAndPosition) {
+  editor->SetAutoPreview(false);
+  Type(1, "r");
+  Type(2, "g+*2");
+  EXPECT_FALSE(editor->UpdatePreview());
+  EXPECT_TRUE(editor->codeError().startsWith("G: position ")) << editor->codeError().toStdString();
+  EXPECT_EQ(editor->previewRuns(), 0);
+  EXPECT_TRUE(box(2)->isVisibleTo(editor.get()));
+  EXPECT_GE(box(2)->textCursor().position(), 1);
+  EXPECT_LE(box(2)->textCursor().position(), 3);
+  Type(2, "g");
+  EXPECT_TRUE(editor->UpdatePreview());
+  EXPECT_TRUE(editor->codeError().isEmpty());
+  editor->WaitForPreview();
+}
+
+TEST_F(EditorWindow, TypingPreviewsAfterTheDelay) {
+  editor->SetTypingDelay(50);
+  ASSERT_TRUE(editor->WaitForPreview());
+  const int before = editor->previewRuns();
+  const QImage old = editor->previewResult();
+  box(1)->setPlainText("255-r");
+  QElapsedTimer t;
+  t.start();
+  while (editor->previewRuns() == before && t.elapsed() < 3000) QApplication::processEvents();
+  EXPECT_GT(editor->previewRuns(), before);
+  EXPECT_NE(editor->previewResult(), old);
+}
+
+TEST_F(EditorWindow, RandomizeKeepsLockedAndUnnamedSliders) {
+  editor->SetAutoPreview(false);
+  for (int n : {0, 1, 2}) child<QLabel>(QString("Label7_%1").arg(n))->setText("S");
+  editor->FilterToEditor();  // names come from the record: set them there
+  filter.ctlName[1] = filter.ctlName[2] = filter.ctlName[3] = "S";
+  filter.ctlValue[2] = 7;
+  editor->FilterToEditor();
+  editor->SetLocked(1, true);
+  bool changed = false;
+  for (int i = 0; i < 6; ++i) {
+    editor->RandomizeSliders();
+    EXPECT_EQ(editor->SliderValue(1), 7);
+    EXPECT_EQ(editor->SliderValue(5), 0);
+    changed = changed || editor->SliderValue(0) != 0 || editor->SliderValue(2) != 0;
+  }
+  EXPECT_TRUE(changed);
+  editor->SetLocked(1, false);
+  bool moved = false;
+  for (int i = 0; i < 6 && !moved; ++i) {
+    editor->RandomizeSliders();
+    moved = editor->SliderValue(1) != 7;
+  }
+  EXPECT_TRUE(moved);
+  editor->WaitForPreview();
+}
+
+TEST_F(EditorWindow, MemorySpotsRoundTripThroughTxt) {
+  editor->SetAutoPreview(false);
+  for (int n = 0; n < 8; ++n) filter.ctlName[n + 1] = "C" + std::to_string(n);
+  editor->FilterToEditor();
+  for (int n = 0; n < 8; ++n) editor->SetSliderValue(n, 10 * n + 3);
+  editor->StoreSpot(3);
+  for (int n = 0; n < 8; ++n) editor->SetSliderValue(n, 200);
+  editor->StoreSpot(7);
+  editor->RecallSpot(3);
+  for (int n = 0; n < 8; ++n) EXPECT_EQ(editor->SliderValue(n), 10 * n + 3);
+  child<QLabel>("Label6_0")->setText("Spots.txt");
+  editor->SaveFilterAs(4);
+  const auto presets = filter.presets;
+  editor->ClearAllSpots();
+  EXPECT_FALSE(editor->SpotMarked(3));
+  FilterEnv env;
+  env.shell = &editor->readerShell();
+  FFFilter back;
+  ASSERT_TRUE(ReadTXT(back, target, "Spots.txt", false, true, env));
+  filter.presets = back.presets;
+  EXPECT_EQ(back.presets, presets);
+  EXPECT_TRUE(editor->SpotMarked(3));
+  EXPECT_TRUE(editor->SpotMarked(7));
+  editor->RecallSpot(7);
+  EXPECT_EQ(editor->SliderValue(4), 200);
+  editor->WaitForPreview();
+}
+
+TEST_F(EditorWindow, SaveInEveryFormatReadsBack) {
+  ASSERT_TRUE(Load(std::string(TREL_SHIPPED_DATA_DIR) + "/samples/", "WarmTone.afs"));
+  editor->SetAutoPreview(false);
+  editor->FilterToEditor();
+  child<QLabel>("Label6_0")->setText("Saved.afs");
+  editor->EditorToFilter();
+  const FFFilter expected = filter;
+  const char* names[] = {"Saved.8bf", "Saved.prm", "Saved.afs", "Saved.pff", "Saved.txt", "Saved.prm"};
+  for (int format = 0; format < 6; ++format) {
+    target = dir.path() + "out" + std::to_string(format) + "/";
+    std::filesystem::create_directories(target);
+    editor->SaveFilterAs(format);
+    ASSERT_TRUE(QFileInfo::exists(QString::fromStdString(target + names[format]))) << format;
+    FFFilter back;
+    FilterEnv env;
+    env.shell = &shell;
+    env.options.programFolder = dir.path();
+    ASSERT_TRUE(LoadItFile(back, target, names[format], env)) << format;
+    EXPECT_EQ(back.title, expected.title) << format;
+    EXPECT_EQ(back.codeR, expected.codeR) << format;
+    EXPECT_EQ(back.codeB, expected.codeB) << format;
+    for (int i = 1; i <= 8; ++i) EXPECT_EQ(back.ctlValue[i], expected.ctlValue[i]) << format;
+  }
+  EXPECT_EQ(refreshes, 6);
+  // The library entry: a new library, then a second filter added to it.
+  const std::string library = dir.file("Mine.ffl");
+  editor->SaveFilterAs(6);  // no chooser answer yet: nothing happens
+  EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(library)));
+  chosenLibrary = library;
+  editor->SaveFilterAs(6);
+  child<QLabel>("Label6_2")->setText("Second");
+  editor->SaveFilterAs(6);
+  FFLLibrary lib;
+  FilterEnv env;
+  ASSERT_TRUE(ReadFFLLibrary(library, lib, env));
+  ASSERT_EQ(lib.items.size(), 2u);
+  EXPECT_EQ(lib.items[0].title, expected.title);
+  EXPECT_EQ(lib.items[1].title, "Second");
+  child<QLabel>("Label6_0")->setText("Filename");
+  shell.boxes.clear();
+  editor->SaveFilterAs(2);
+  ASSERT_EQ(shell.boxes.size(), 1u);
+  EXPECT_EQ(shell.boxes[0].text, "Filename isn't specified!");
+}
+
+TEST_F(EditorWindow, FindReplaceAndUndo) {
+  editor->SetAutoPreview(false);
+  Type(1, "r+r*2+r");  // the red box shows at start
+  EXPECT_EQ(editor->FindAndReplace("r", "g", true), 3);
+  EXPECT_EQ(box(1)->toPlainText(), "g+g*2+g");
+  box(1)->undo();
+  EXPECT_EQ(box(1)->toPlainText(), "r+r*2+r");
+  editor->Label2_Click(1);  // hidden: nothing to search in
+  EXPECT_EQ(editor->FindAndReplace("r", "g", true), 0);
+}
+
+TEST_F(EditorWindow, MenusAndSnippetsInsertAtTheCaret) {
+  editor->SetAutoPreview(false);
+  ASSERT_GT(editor->Snippets().size(), 20u);
+  for (const auto& s : editor->Snippets()) {
+    ff::CompileError err;
+    EXPECT_TRUE(ff::CompileFilter({s.code, s.code, s.code, "a"}, &err).valid())
+        << s.name << ": " << err.message;
+  }
+  Type(1, "");
+  editor->InsertSnippet(0);
+  EXPECT_EQ(box(1)->toPlainText().toStdString(), editor->Snippets()[0].code);
+  EXPECT_EQ(box(1)->textCursor().selectedText().toStdString(), editor->Snippets()[0].code);
+  Type(1, "");
+  editor->InsertFunction("mix(,,,)");
+  EXPECT_EQ(box(1)->textCursor().position(), 4);
+  EXPECT_NE(editor->findChild<QObject*>("mnuFfeFunctions_FFE"), nullptr);
+  for (const char* name : {"mnuCopyFilter2Clip_FFE", "mnuPasteFilter_FFE", "mnuFindReplace_FFE",
+                           "mnuAlphaChannel", "mnuPrinterSetup_FFE", "mnuPrintFilter_FFE",
+                           "mnuDeactivate_FFE", "mnuActivate_FFE", "mnuRandomize_FFE", "mnuFfeReset_FFE"})
+    EXPECT_NE(editor->findChild<QAction*>(name), nullptr) << name;
+}
+
+TEST_F(EditorWindow, ClipboardRoundTripAndGarbage) {
+  ASSERT_TRUE(Load(std::string(TREL_SHIPPED_DATA_DIR) + "/samples/", "Ripple.txt"));
+  editor->SetAutoPreview(false);
+  editor->FilterToEditor();
+  editor->EditorToFilter();
+  const FFFilter expected = filter;
+  editor->CopyFilterToClipboard();
+  editor->PasteFilterFromClipboard();
+  editor->EditorToFilter();
+  EXPECT_EQ(filter.codeR, expected.codeR);
+  EXPECT_EQ(filter.title, expected.title);
+  EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(dir.file("Temp.tmp"))));
+  std::string garbage;
+  for (int i = 0; i < 5000; ++i) garbage += char((i * 131) & 0xff);
+  QApplication::clipboard()->setText(QString::fromLatin1(garbage.data(), qsizetype(garbage.size())));
+  editor->PasteFilterFromClipboard();
+  EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(dir.file("Temp.tmp"))));
+  editor->WaitForPreview();
+}
+
+TEST_F(EditorWindow, LongCodeAndSlowFiltersKeepTheWindowFree) {
+  editor->SetAutoPreview(false);
+  std::string longCode = "r";
+  while (longCode.size() < 100000) longCode += "+0";
+  Type(1, QString::fromStdString(longCode));
+  QElapsedTimer t;
+  t.start();
+  editor->UpdatePreview();
+  EXPECT_LT(t.elapsed(), 1000);
+  editor->WaitForPreview(20000);
+  // A slow filter on a large picture: the next edit does not wait for it.
+  QImage big(1600, 1200, QImage::Format_RGB32);
+  big.fill(Qt::darkCyan);
+  editor->SetPreviewPicture(big);  // the preview size still caps it; the work is in cnv
+  Type(1, "cnv(1,2,1,2,4,2,1,2,1,16)+cnv(1,1,1,1,1,1,1,1,1,9)");
+  Type(2, "src(x,y,1)");
+  t.restart();
+  for (int i = 0; i < 10; ++i) {
+    Type(3, QString("b+%1").arg(i));
+    editor->UpdatePreview();
+  }
+  EXPECT_LT(t.elapsed(), 1000);
+  EXPECT_TRUE(editor->WaitForPreview(20000));
+}
+
+TEST_F(EditorWindow, NewFilterAsksAndResets) {
+  ASSERT_TRUE(Load(std::string(TREL_SHIPPED_DATA_DIR) + "/samples/", "WarmTone.afs"));
+  editor->FilterToEditor();
+  shell.nextAnswer = MsgResult::Cancel;
+  EXPECT_FALSE(editor->NewFilter());
+  EXPECT_NE(label("Label6", 2), "Filtername");
+  shell.nextAnswer = MsgResult::Ok;
+  EXPECT_TRUE(editor->NewFilter());
+  EXPECT_EQ(label("Label6", 2), "Filtername");
+  EXPECT_EQ(box(0)->toPlainText(), "a");
+  EXPECT_FALSE(child<QWidget>("Picture3_0")->isVisibleTo(editor.get()));
+}
+
+TEST_F(EditorWindow, PrintsToAFile) {
+  editor->SetAutoPreview(false);
+  Type(1, QString(600, 'r').replace(QRegularExpression("r"), "r+"));
+  QPrinter printer;
+  printer.setOutputFormat(QPrinter::PdfFormat);
+  printer.setOutputFileName(QString::fromStdString(dir.file("print.pdf")));
+  editor->PrintFilter(printer);
+  EXPECT_GT(QFileInfo(QString::fromStdString(dir.file("print.pdf"))).size(), 500);
+}
+
+}  // namespace
+}  // namespace trel
+
+namespace trel {
+namespace {
+
+TEST_F(EditorWindow, LabelEditsCommitAndNormalise) {
+  editor->SetAutoPreview(false);
+  filter.ctlName[1] = "One";
+  filter.mapName[2] = "Curve";
+  editor->FilterToEditor();
+  auto* edit = child<QLineEdit>("Text10");
+  // A typed 300 becomes 44, -3 becomes 3.
+  for (auto [typed, value] : {std::pair{"300", 44}, std::pair{"-3", 3}}) {
+    QMetaObject::invokeMethod(child<QLabel>("Label1_0"), "clicked");
+    ASSERT_FALSE(edit->isHidden());
+    edit->setText(typed);
+    editor->CommitLabelEdit();
+    EXPECT_EQ(editor->SliderValue(0), value) << typed;
+    EXPECT_EQ(label("Label1", 0), QString::number(value));
+  }
+  // A click on another label commits the running edit first.
+  QMetaObject::invokeMethod(child<QLabel>("Label6_2"), "clicked");
+  edit->setText("New Title");
+  QMetaObject::invokeMethod(child<QLabel>("Label6_3"), "clicked");
+  EXPECT_EQ(label("Label6", 2), "New Title");
+  editor->CommitLabelEdit();
+  // Emptying the name of a map that is on hides both sliders of the pair.
+  EXPECT_TRUE(child<QWidget>("Picture3_3")->isVisibleTo(editor.get()));
+  QMetaObject::invokeMethod(child<QLabel>("Label7_2"), "clicked");
+  edit->setText("");
+  editor->CommitLabelEdit();
+  EXPECT_FALSE(child<QWidget>("Picture3_2")->isVisibleTo(editor.get()));
+  EXPECT_FALSE(child<QWidget>("Picture3_3")->isVisibleTo(editor.get()));
+}
+
+TEST_F(EditorWindow, AlphaOnlyFiltersShowAlphaInGrey) {
+  editor->SetAutoPreview(false);
+  editor->FilterToEditor();
+  Type(0, "255-a");
+  ASSERT_TRUE(editor->UpdatePreview());
+  ASSERT_TRUE(editor->WaitForPreview());
+  const QImage shown = editor->previewResult();
+  // The picture has no alpha: a reads 255, so 255-i of it... every pixel is grey.
+  const QRgb p = shown.pixel(10, 10);
+  EXPECT_EQ(qRed(p), qGreen(p));
+  EXPECT_EQ(qGreen(p), qBlue(p));
+  // The red word stands bottom right.
+  bool red = false;
+  for (int y = shown.height() - 20; y < shown.height(); ++y)
+    for (int x = shown.width() - 50; x < shown.width(); ++x)
+      red = red || (qRed(shown.pixel(x, y)) > 200 && qGreen(shown.pixel(x, y)) < 60);
+  EXPECT_TRUE(red);
+}
+
+TEST_F(EditorWindow, OneBoxModeCopiesRedToGreenAndBlue) {
+  editor->SetAutoPreview(false);
+  editor->Command10_Click();
+  EXPECT_EQ(child<QPushButton>("Command10")->text(), "3");
+  EXPECT_EQ(label("Label2", 1), "C=");
+  Type(1, "255-c");
+  Type(2, "g");
+  ASSERT_TRUE(editor->UpdatePreview());
+  ASSERT_TRUE(editor->WaitForPreview());
+  const QRgb src = editor->previewSource().pixel(5, 5), out = editor->previewResult().pixel(5, 5);
+  EXPECT_EQ(qGreen(out), 255 - qGreen(src));
+  EXPECT_EQ(qBlue(out), 255 - qBlue(src));
+  editor->Command10_Click();
+  EXPECT_EQ(label("Label2", 1), "R=");
+  EXPECT_EQ(box(2)->toPlainText(), "g");  // the hidden boxes kept their text
+}
+
+}  // namespace
+}  // namespace trel
