@@ -180,6 +180,8 @@ PluginViewPage::PluginViewPage(int pane, QWidget* parent) : QWidget(parent), pan
   list2_->setObjectName(Named("List2", pane));
   list2_->setAccessibleName("Categories");
   list2_->setSelectionMode(QAbstractItemView::ExtendedSelection);
+  list2_->setDragDropMode(QAbstractItemView::DropOnly);
+  list2_->viewport()->setAcceptDrops(true);
   cats->dropped = [this](int sourcePane) {
     if (sourcePane == pane_) emit filtersDroppedOnCategory(pane_);
     else emit filtersDroppedFromOtherPane(pane_, sourcePane);

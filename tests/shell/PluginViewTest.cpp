@@ -109,11 +109,14 @@ class PluginViewTest : public ::testing::Test {
       if (r.selected) rows += '\n' + QByteArray::number(r.entry);
     QMimeData data;
     data.setData(kFilterDragMime, rows);
+    window->show();  // rows have places only once the list is laid out
+    QApplication::processEvents();
     QListWidget* list = page->categoryList();
-    list->resize(200, 400);
     QListWidgetItem* item = list->findItems(QString::fromStdString(target), Qt::MatchExactly).value(0);
     ASSERT_NE(item, nullptr) << target;
     const QPoint at = list->visualItemRect(item).center();
+    QDragEnterEvent enter(at, Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(list->viewport(), &enter);
     QDragMoveEvent move(at, Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(list->viewport(), &move);
     QDropEvent drop(at, Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
@@ -181,8 +184,9 @@ TEST_F(PluginViewTest, PhotoshopModeShowsTheHostsMenuWithActiveFiltersOnly) {
   Start();
   EnterPluginView();
   page->photoshopCheck()->setChecked(true);
+  // The damaged plugin has an active name, so its row stays.
   EXPECT_EQ(page->CategoryRows(), (Strings{"Blur", "Noise", "Pixelate", "Sharpen", "Stylize", "-------------",
-                                           "FF Cat", "Warp", "Other"}));
+                                           "[Unknown]", "FF Cat", "Warp", "Other"}));
   page->SelectCategories({"Blur"});
   EXPECT_EQ(Texts(page->Rows()), (Strings{"+ Soft Blur", "Blur", "Blur More", "Gaussian Blur...", "Motion Blur..."}));
   SelectRows({"Gaussian Blur..."});
@@ -289,7 +293,7 @@ TEST_F(PluginViewTest, ASecondEntryIsAnsweredByTheCacheInTheProgramFolder) {
   window->pane(0)->SelectTab(FilePane::kFileView);
   EnterPluginView();
   EXPECT_EQ(controller->lastCacheMisses(), 0);
-  EXPECT_EQ(controller->lastCacheHits(), 6);
+  EXPECT_EQ(controller->lastCacheHits(), 8);  // the full type table scans every file
   EXPECT_EQ(page->CategoryRows(), first);
   EXPECT_TRUE(std::filesystem::exists(home.file("cache")));
 }
@@ -316,8 +320,10 @@ TEST_F(PluginViewTest, InformationNamesEveryKindAndRefusesWhereItMust) {
     window->command("mnuPlugInfo")->trigger();
     ASSERT_EQ(shell.boxes.size(), 1u);
     EXPECT_NE(shell.boxes[0].text.find(c.expected), std::string::npos) << shell.boxes[0].text;
+    if (std::string(c.expected).rfind("Type:", 0) == 0) {
+      EXPECT_EQ(shell.boxes[0].title, "Plugin Information");
+    }
   }
-  EXPECT_EQ(shell.boxes[0].title, "Plugin Information");
 
   shell.boxes.clear();
   window->pane(0)->SelectTab(FilePane::kFFLView);
