@@ -3,6 +3,7 @@
 #include <QClipboard>
 #include <QElapsedTimer>
 #include <QEventLoop>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMutex>
@@ -63,6 +64,24 @@ class ScanThreadHooks : public ShellHooks {
   QObject* context_;
   ShellHooks& ui_;
   std::atomic<bool>& escape_;
+};
+
+// Esc anywhere in the program stops the scan, whichever control has the focus
+// (the lists of the pane are disabled meanwhile).
+class EscapeWatcher : public QObject {
+ public:
+  explicit EscapeWatcher(std::atomic<bool>& flag) : flag_(flag) {}
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
+      flag_.store(true);
+    }
+    return QObject::eventFilter(watched, event);
+  }
+
+ private:
+  std::atomic<bool>& flag_;
 };
 
 // The full path of a selected item: Plugin View hands full paths, File View
@@ -178,8 +197,11 @@ void PluginViewController::Scan(int index, bool ffOnly) {
   worker->setObjectName("PluginScan");
   QEventLoop loop;
   connect(worker, &QThread::finished, &loop, &QEventLoop::quit);
+  EscapeWatcher watcher(escape);
+  qApp->installEventFilter(&watcher);
   worker->start();
   loop.exec();
+  qApp->removeEventFilter(&watcher);
   worker->wait();
   delete worker;
   if (cache) {

@@ -6,6 +6,8 @@
 #include <QComboBox>
 #include <QDir>
 #include <QDropEvent>
+#include <QKeyEvent>
+#include <QThread>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -268,8 +270,12 @@ TEST_F(PluginViewTest, EscDuringTheScanReturnsToTheFileView) {
   Start();
   controller->SetCacheEnabled(false);
   int seen = 0;
+  // At the 40th file the user presses Esc; the scan waits until the window
+  // has seen the key, so the test doesn't race the event loop.
   controller->SetScanPacer([&](const std::string&) {
-    if (++seen == 40) window->EscapeFlag().store(true);  // the user presses Esc
+    if (++seen != 40) return;
+    QCoreApplication::postEvent(window.get(), new QKeyEvent(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier));
+    for (int i = 0; i < 500 && !window->EscapeFlag().load(); ++i) QThread::msleep(10);
   });
   int reported = -1;
   QObject::connect(controller, &PluginViewController::scanFinished, [&](int, int entries) { reported = entries; });
