@@ -227,14 +227,10 @@ bool ScanCache::Identify(const std::string& folder, const std::string& name, con
     k.produced = produced;
     k.used = true;
     if (produced) k.entries.assign(out.begin() + static_cast<std::ptrdiff_t>(first), out.end());
-    // A file that changed while it was read is not remembered.
-    int64_t sizeAfter = -1, mtimeAfter = 0;
-    if (StatFile(path, sizeAfter, mtimeAfter) && sizeAfter == size && mtimeAfter == mtime &&
-        (!produced || !k.entries.empty())) {
-      known_[key] = std::move(k);
-    } else {
-      known_.erase(key);
-    }
+    // The time was taken before the read: a file written while it was read
+    // has a newer time by now, so the next scan reads it again.
+    if (!produced || !k.entries.empty()) known_[key] = std::move(k);
+    else known_.erase(key);
   }
   return produced;
 }
