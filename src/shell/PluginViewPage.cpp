@@ -384,19 +384,16 @@ void PluginViewPage::FillFilterRows(std::vector<FilterRow> rows) {
   filling_ = true;
   list3_->setUpdatesEnabled(false);
   list3_->clear();
-  int widest = 0;
-  const QFontMetrics metrics(list3_->font());
   for (const FilterRow& row : rows) {
     auto* item = new QListWidgetItem(Latin1(row.text), list3_);
     item->setData(kEntryRole, row.entry);
     // Disabled plugins are told apart by their mark and, at a glance, by grey.
     if (row.text.rfind("- ", 0) == 0) item->setForeground(palette().color(QPalette::Disabled, QPalette::Text));
     if (row.selected) item->setSelected(true);
-    widest = std::max(widest, metrics.horizontalAdvance(item->text()));
   }
+  // The list scrolls horizontally by itself as wide as its longest row.
   list3_->setUpdatesEnabled(true);
   filling_ = false;
-  (void)widest;  // the list scrolls horizontally by itself
 }
 
 void PluginViewPage::List2_Click() {

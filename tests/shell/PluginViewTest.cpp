@@ -182,6 +182,18 @@ TEST_F(PluginViewTest, OptionsBringSourcesAndSubfoldersAndShiftKeepsFilterFactor
   EXPECT_EQ(page->CategoryRows(), Strings{"FF Cat"});
 }
 
+TEST_F(PluginViewTest, LinkLoopsAndDanglingLinksLeaveTheRestOfTheFolderListed) {
+  std::filesystem::create_directory_symlink(files.path(), files.file("sub/back"));
+  std::filesystem::create_symlink(files.file("nowhere.8bf"), files.file("dangling.8bf"));
+  files.Write("empty.8bf", "");
+  Start();
+  window->prefs().scanSubDirs = 1;
+  EnterPluginView();
+  EXPECT_EQ(page->CategoryRows(), (Strings{"[Unknown]", "Blur", "Deep", "FF Cat", "Noise", "Warp"}));
+  page->SelectCategories({"[Unknown]"});
+  EXPECT_EQ(Texts(page->Rows()), (Strings{"+ broken.8bf", "+ empty.8bf"}));
+}
+
 TEST_F(PluginViewTest, PhotoshopModeShowsTheHostsMenuWithActiveFiltersOnly) {
   Start();
   EnterPluginView();
@@ -274,7 +286,10 @@ TEST_F(PluginViewTest, EscDuringTheScanReturnsToTheFileView) {
   // has seen the key, so the test doesn't race the event loop.
   controller->SetScanPacer([&](const std::string&) {
     if (++seen != 40) return;
-    QCoreApplication::postEvent(window.get(), new QKeyEvent(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier));
+    QMetaObject::invokeMethod(window.get(), [&] {
+      QKeyEvent esc(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+      QApplication::sendEvent(window.get(), &esc);
+    }, Qt::QueuedConnection);
     for (int i = 0; i < 500 && !window->EscapeFlag().load(); ++i) QThread::msleep(10);
   });
   int reported = -1;
