@@ -16,6 +16,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "catalogue/EnableState.h"
 #include "catalogue/PluginIdentification.h"
 #include "filter/TextFormats.h"
 #include "settings/SettingsStore.h"
@@ -192,6 +193,28 @@ TEST_F(PluginViewTest, LinkLoopsAndDanglingLinksLeaveTheRestOfTheFolderListed) {
   EXPECT_EQ(page->CategoryRows(), (Strings{"[Unknown]", "Blur", "Deep", "FF Cat", "Noise", "Warp"}));
   page->SelectCategories({"[Unknown]"});
   EXPECT_EQ(Texts(page->Rows()), (Strings{"+ broken.8bf", "+ empty.8bf"}));
+}
+
+TEST_F(PluginViewTest, EnDisableRenamesOnceAndTurnsTheMarks) {
+  Start();
+  EnterPluginView();
+  page->SelectCategories({"Blur", "Warp"});
+  SelectRows({"+ Soft Blur", "- Hidden"});
+  FilterEnv recorded;
+  recorded.shell = &shell;
+  const ToggleResult result = page->EnableDisable(window->pluginTypes(), recorded);
+  EXPECT_FALSE(result.failed);
+  EXPECT_EQ(result.renamed.size(), 2u);
+  EXPECT_TRUE(files.Exists("blur64._bf"));
+  EXPECT_TRUE(files.Exists("hidden.8bf"));
+  EXPECT_EQ(Texts(page->Rows()), (Strings{"+ Bend", "- Soft Blur", "+ Hidden"}));
+  EXPECT_EQ(page->CurrentPath(), files.file("hidden.8bf"));
+  // In Photoshop Mode the filter disabled now is gone from its category.
+  page->photoshopCheck()->setChecked(true);
+  page->SelectCategories({"Blur"});
+  const Strings rows = Texts(page->Rows());
+  EXPECT_EQ(std::count(rows.begin(), rows.end(), "- Soft Blur"), 0);
+  EXPECT_EQ(std::count(rows.begin(), rows.end(), "+ Hidden"), 1);
 }
 
 TEST_F(PluginViewTest, PhotoshopModeShowsTheHostsMenuWithActiveFiltersOnly) {
