@@ -268,7 +268,8 @@ int ScanPluginRecurse(PaneCatalogue& pane, const std::string& startFolder, const
       found.clear();
       bool produced = false;
       try {
-        produced = IdentifyFile(level.folder, name, options, table, env, found);
+        produced = callbacks.identify ? callbacks.identify(level.folder, name, found)
+                                      : IdentifyFile(level.folder, name, options, table, env, found);
       } catch (const std::exception&) {
         produced = false;  // a file that can't be read is passed over
       }

@@ -26,6 +26,10 @@ struct ScanCallbacks {
   std::function<void(const std::string&)> scanLabel;  // a folder or file name being scanned
   std::function<void(int)> progress;                  // percent
   std::function<void()> processEvents;                // the yield point
+  // Replaces IdentifyFile for each file that passes the mask (a cache answers
+  // from what it knows). Same contract as IdentifyFile.
+  std::function<bool(const std::string& folder, const std::string& name, std::vector<PluginEntry>& out)>
+      identify{};
 };
 
 // The mask of the scan: the plugin suffixes and the type pattern, with the

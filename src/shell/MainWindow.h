@@ -144,6 +144,12 @@ class MainWindow : public QMainWindow {
   std::vector<std::string> interfaceEntries_;  // display name, " - ", file name
   int interfaceEntry_ = 0;
  public:
+  // --- Plugin View and FFL View
+  // Whether a pane's plugin list matches its folder (SSTab1_Click scans when not).
+  bool PluginViewFresh(int pane) const { return pluginViewFresh_[static_cast<size_t>(pane & 1)]; }
+  void SetPluginViewFresh(int pane, bool fresh) { pluginViewFresh_[static_cast<size_t>(pane & 1)] = fresh; }
+  // Runs the Plugin View's entry for a pane now (the tab handler's scan step).
+  void EnterPluginView(int pane) { ScanForPluginView(pane); }
 
  signals:
   void routeTaken(const QString& route, const QString& path);

@@ -1,0 +1,93 @@
+// The Plugin View on a real X display: a folder of generated plugins, the tab
+// reached by the keyboard, the categories found by their object names, a
+// library in the other pane's FFL View, and a screenshot for a person to look at. Runs only on an X server (see
+// pluginview_xvfb.sh); elsewhere it is skipped.
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QDir>
+#include <QListWidget>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QTest>
+#include <QTreeWidget>
+#include <cstdlib>
+#include <memory>
+
+#include "filter/FFL.h"
+#include "settings/SettingsStore.h"
+#include "shell/MainWindow.h"
+#include "shell/PluginViewController.h"
+#include "shell/PluginViewPage.h"
+#include "support/PeBuilder.h"
+#include "support/TempDir.h"
+
+namespace trel {
+namespace {
+
+TEST(PluginViewXvfb, TheKeyboardReachesThePluginViewAndItsCategoriesShow) {
+  if (QGuiApplication::platformName() != "xcb") GTEST_SKIP() << "needs an X server";
+  test::TempDir home, files;
+  for (int i = 0; i < 40; ++i) {
+    const char* categories[4] = {"Artistic", "Distort", "Texture", "Sketch"};
+    files.Write("filter" + std::to_string(i) + (i % 9 == 0 ? "._bf" : ".8bf"),
+                test::PiplPlugin(categories[i % 4], "Effect " + std::to_string(i), {}));
+  }
+  files.Write("damaged.8bf", std::string(300, '\x7f'));
+  const QString saved = QDir::currentPath();
+  QDir::setCurrent(QString::fromStdString(files.path()));
+  SettingsStore store(home.file("Trel10.ini"));
+  auto window = std::make_unique<MainWindow>(store, home.path());
+  window->Form_Initialize();
+  window->Form_Load({});
+  window->resize(1100, 760);
+  window->show();
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+
+  // The arrow key moves a focused tab bar to its next page.
+  auto* tabs = window->findChild<QTabWidget*>("SSTab1_0");
+  ASSERT_NE(tabs, nullptr);
+  tabs->tabBar()->setFocus();
+  QTest::keyClick(tabs->tabBar(), Qt::Key_Right);
+  QTest::qWait(100);
+  EXPECT_EQ(window->pane(0)->paneView(), FilePane::kPluginView);
+
+  auto* categories = window->findChild<QListWidget*>("List2_0");
+  ASSERT_NE(categories, nullptr);
+  QStringList rows;
+  for (int i = 0; i < categories->count(); ++i) rows << categories->item(i)->text();
+  EXPECT_EQ(rows, (QStringList{"[Unknown]", "Artistic", "Distort", "Sketch", "Texture"}));
+  categories->setCurrentRow(2);
+  categories->item(2)->setSelected(true);
+  auto* filters = window->findChild<QListWidget*>("List3_0");
+  ASSERT_NE(filters, nullptr);
+  EXPECT_GT(filters->count(), 0);
+  // The other pane shows a library in its FFL View.
+  std::string library = "FFL1.0\r\n    3\r\n";
+  for (const char* title : {"Ripple", "Warm Tone", "Soft Negative"}) {
+    FFFilter f;
+    f.filename = std::string(title) + ".8bf";
+    f.category = "Samples";
+    f.title = title;
+    f.author = "Trel";
+    f.codeR = f.codeG = f.codeB = f.codeA = "c";
+    library += FFLEntryText(f);
+  }
+  const std::string libraryPath = files.Write("samples.ffl", library);
+  window->Switchit(1);
+  window->ConvertFFL(QString::fromStdString(libraryPath));
+  EXPECT_EQ(window->pane(1)->paneView(), FilePane::kFFLView);
+  EXPECT_EQ(window->findChild<QTreeWidget*>("ListView2_1")->topLevelItemCount(), 3);
+
+  window->Switchit(0);
+  filters->setFocus();
+  filters->setCurrentRow(0);
+  QTest::qWait(200);
+  if (const char* shot = std::getenv("TREL_PLUGINVIEW_SHOT")) window->grab().save(shot);
+  window->close();
+  window.reset();
+  QDir::setCurrent(saved);
+}
+
+}  // namespace
+}  // namespace trel
