@@ -7,6 +7,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   nlohmann-json3-dev libcli11-dev
   zip xvfb xauth
+  wine64 mingw-w64
 )
 missing=()
 for p in "${packages[@]}"; do
