@@ -144,8 +144,11 @@ class ImageLibrary {
     detail_.clear();
     return status_ = status;
   }
+  // `detail` is what the host said, shown as a sentence of its own.
   int32_t Fail(int32_t status, std::string detail) {
     status_ = status;
+    if (!detail.empty() && detail[0] >= 'a' && detail[0] <= 'z') detail[0] = char(detail[0] - 'a' + 'A');
+    if (!detail.empty() && detail.back() != '.') detail += '.';
     detail_ = std::move(detail);
     return status_;
   }
