@@ -65,5 +65,33 @@ TEST_F(WindowsApply, FailuresKeepThePreviousResultAndSayWhy) {
   }
 }
 
+TEST_F(WindowsApply, OutOfProcessACompiledFilterGivesTheEnginesPicture) {
+  const std::string templ = std::string(TREL_TEMPLATE_DIR) + "/photo64.dll";
+  if (!std::filesystem::exists(templ)) GTEST_SKIP() << "photo64.dll was not built";
+  const std::string source =
+      work.Write("wave.txt", "Title: Wave\nR:src(x, y + ctl(0) % 9, 0)\n\nG:g ^ ctl(1)\n\nB:rnd(0, b)\n\n"
+                             "A:a\n\nval[0]: 4\nval[1]: 60\n");
+  ASSERT_EQ(Run({"convert", "--to", "8bf", "-o", work.path(), "--template", templ, source}).exitCode, 0);
+  std::string plugin;  // named as the converter names a source without a file name
+  for (const auto& entry : std::filesystem::directory_iterator(work.path()))
+    if (entry.path().extension() == ".8bf") plugin = entry.path().string();
+  ASSERT_FALSE(plugin.empty());
+  for (const std::vector<std::string>& controls :
+       {std::vector<std::string>{}, std::vector<std::string>{"--ctl", "0=7", "--ctl", "1=200"}}) {
+    std::vector<std::string> engine{"apply", plugin, picture, "-o", work.file("engine.png")};
+    std::vector<std::string> host{"apply", "--out-of-process", plugin, picture, "-o", work.file("host.png")};
+    engine.insert(engine.end(), controls.begin(), controls.end());
+    host.insert(host.end(), controls.begin(), controls.end());
+    CliResult r = Run(engine);
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    r = Run(host);
+    ASSERT_EQ(r.exitCode, 0) << r.err;
+    const QImage a = Result("engine.png"), b = Result("host.png");
+    ASSERT_FALSE(a.isNull());
+    EXPECT_EQ(a.convertToFormat(QImage::Format_RGB888), b.convertToFormat(QImage::Format_RGB888))
+        << controls.size();
+  }
+}
+
 }  // namespace
 }  // namespace trel::test
