@@ -9,6 +9,9 @@ packages=(
   zip xvfb xauth
   wine64 mingw-w64
 )
+# 32-bit Windows plugins also need wine32, which needs the i386 architecture
+# (dpkg --add-architecture i386; apt-get update; apt-get install wine32:i386).
+# It is left out here; without it those plugins get a message naming it.
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
