@@ -272,6 +272,8 @@ PlugHostClient& ImageLibrary::hostClient(bool is32bit) {
   if (!host) {
     host = std::make_unique<PlugHostClient>(is32bit);
     if (pluginTimeoutMs_ > 0) host->setTimeout(pluginTimeoutMs_);
+    // Through the member, so that a later setCancel counts too.
+    host->setCancel([this] { return cancel_ && cancel_(); });
   }
   return *host;
 }
@@ -285,6 +287,7 @@ int32_t StatusOf(const HostAnswer& a) {
     case HostAnswer::Kind::Unavailable: return IMG_ERR_NO_WINE;
     case HostAnswer::Kind::Crashed: return IMG_ERR_PLUGIN_CRASHED;
     case HostAnswer::Kind::TimedOut: return IMG_ERR_PLUGIN_TIMEOUT;
+    case HostAnswer::Kind::Cancelled: return IMG_ERR_CANCELLED;
     case HostAnswer::Kind::Failed: break;
   }
   switch (static_cast<HostError>(a.code)) {

@@ -223,6 +223,13 @@ HostAnswer PlugHostClient::Request(const std::string& line, int timeoutMs) {
       return {HostAnswer::Kind::Crashed, static_cast<int>(P::HostError::Crashed),
               "the plugin host ended unexpectedly"};
     }
+    if (cancel_ && cancel_()) {
+      // A plugin cannot be interrupted from outside but by ending its process.
+      process_->kill();
+      process_->waitForFinished(3000);
+      Stop();
+      return {HostAnswer::Kind::Cancelled, 0, "stopped by the user"};
+    }
     if (deadline.hasExpired()) {
       process_->kill();
       process_->waitForFinished(3000);

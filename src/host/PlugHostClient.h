@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -24,7 +25,7 @@ PluginMachine PluginMachineOf(const std::string& path);
 std::string ToWinePath(const std::string& path);
 
 struct HostAnswer {
-  enum class Kind { Ok, Failed, Crashed, TimedOut, Unavailable };
+  enum class Kind { Ok, Failed, Crashed, TimedOut, Unavailable, Cancelled };
   Kind kind = Kind::Ok;
   int code = 0;          // the host's error number (HostProtocol.h) when Failed
   std::string message;   // for the user: why it did not work
@@ -54,6 +55,8 @@ class PlugHostClient {
   void setTimeout(int ms) { timeoutMs_ = ms; }
   int timeout() const { return timeoutMs_; }
   void setStartAllowance(int ms) { startMs_ = ms; }
+  // Polled while a request runs (Esc in the program); true stops the host.
+  void setCancel(std::function<bool()> cancel) { cancel_ = std::move(cancel); }
 
   bool running() const;
   // The host process's id while it runs, 0 otherwise.
@@ -71,6 +74,7 @@ class PlugHostClient {
   std::unique_ptr<QProcess> process_;
   std::unique_ptr<QTemporaryDir> work_;
   std::string pending_;  // output read past the last answer
+  std::function<bool()> cancel_;
 };
 
 // Where the programs are found; the environment may name them

@@ -170,6 +170,20 @@ TEST_F(WindowsPluginTest, AHangingPluginIsStoppedAtTheTimeOut) {
   EXPECT_EQ(Run(TestPlugin("invert64.8bf"), h, {0, 0, 15, 15}), IMG_OK) << lib.ImgErrString();
 }
 
+TEST_F(WindowsPluginTest, EscStopsARunningPlugin) {
+  REQUIRE_WINE64();
+  const QImage original = test::PatternPicture(16, 16, false);
+  const ImgHandle h = lib.Adopt(original);
+  ASSERT_EQ(Run(TestPlugin("invert64.8bf"), h, {0, 0, 15, 15}), IMG_OK);  // the host is up
+  const auto start = std::chrono::steady_clock::now();
+  lib.setCancel([&] { return std::chrono::steady_clock::now() - start > std::chrono::milliseconds(500); });
+  EXPECT_EQ(Run(TestPlugin("hang64.8bf"), h, {0, 0, 15, 15}), IMG_ERR_CANCELLED);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+  EXPECT_TRUE(IsInverse(original, *lib.image(h)));  // as the first run left it
+  lib.setCancel({});
+  EXPECT_EQ(Run(TestPlugin("invert64.8bf"), h, {0, 0, 15, 15}), IMG_OK) << lib.ImgErrString();
+}
+
 TEST_F(WindowsPluginTest, PluginInvokeShowsTheLoadBoxForADllWithoutEntryPoint) {
   REQUIRE_WINE64();
   HostState state;
