@@ -1,9 +1,10 @@
 # One Wine prefix under the build folder for every test that starts the
 # Windows plugin host, made once by a set-up test before them: Wine's first
 # start in a fresh prefix takes many seconds, later starts about one.
-# Sets TREL_WINE_TEST_ENV and TREL_WINE_FIXTURE for the including folder.
+# Sets TREL_WINE_TEST_ENV (for the ENVIRONMENT_MODIFICATION property, which
+# leaves ENVIRONMENT to the folder) and TREL_WINE_FIXTURE for the including folder.
 set(TREL_WINE_PREFIX ${PROJECT_BINARY_DIR}/wineprefix)
-set(TREL_WINE_TEST_ENV "WINEPREFIX=${TREL_WINE_PREFIX};WINEDEBUG=-all")
+set(TREL_WINE_TEST_ENV "WINEPREFIX=set:${TREL_WINE_PREFIX}")
 set(TREL_WINE_FIXTURE "")
 find_program(TREL_WINE64 NAMES wine64 PATHS /usr/lib/wine NO_DEFAULT_PATH)
 if(NOT TREL_WINE64)
