@@ -89,7 +89,7 @@ PluginMachine PluginMachineOf(const std::string& path) {
 std::string ToWinePath(const std::string& path) {
   QString abs = QFileInfo(Q(path)).absoluteFilePath();
   abs.replace('/', '\\');
-  return ("Z:" + abs).toLocal8Bit().toStdString();
+  return ("Z:" + abs).toUtf8().toStdString();
 }
 
 std::string FindWine(bool is32bit) {

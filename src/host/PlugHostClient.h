@@ -21,7 +21,8 @@ namespace trel {
 enum class PluginMachine { NotWindows, X86, X64, Other };
 PluginMachine PluginMachineOf(const std::string& path);
 
-// A path as the Windows host sees it: Wine's drive Z: is the file system root.
+// A path as the Windows host sees it, in UTF-8: Wine's drive Z: is the file
+// system root.
 std::string ToWinePath(const std::string& path);
 
 struct HostAnswer {

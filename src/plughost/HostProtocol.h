@@ -2,7 +2,7 @@
 // Windows host and the Linux client both include it.
 //
 // Requests are single lines on the host's standard input, fields separated by
-// tabs, paths in the host's own form (Z:\...):
+// tabs, paths in the host's own form (Z:\...) and in UTF-8:
 //   PROBE <plugin>                                 load it and find its entry point
 //   RUN <plugin> <in> <out> <params> <dialog 0|1>  filter <in> into <out>
 //   ABOUT <plugin>                                 show the plugin's about box

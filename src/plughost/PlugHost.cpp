@@ -164,8 +164,18 @@ void PutLe32(unsigned char* p, uint32_t v) {
   for (int i = 0; i < 4; ++i) p[i] = static_cast<unsigned char>(v >> (8 * i));
 }
 
+// Requests carry paths as UTF-8, whatever Wine's code page.
+std::wstring Wide(const std::string& utf8) {
+  const int n = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), int(utf8.size()), nullptr, 0);
+  std::wstring w(size_t(n > 0 ? n : 0), L'\0');
+  if (n > 0) MultiByteToWideChar(CP_UTF8, 0, utf8.data(), int(utf8.size()), &w[0], n);
+  return w;
+}
+
+FILE* Open(const std::string& utf8, const wchar_t* mode) { return _wfopen(Wide(utf8).c_str(), mode); }
+
 bool ReadPicture(const std::string& path, Picture& pic) {
-  FILE* f = std::fopen(path.c_str(), "rb");
+  FILE* f = Open(path, L"rb");
   if (!f) return false;
   unsigned char head[trel::plughost::kPictureHeader];
   bool ok = std::fread(head, 1, sizeof head, f) == sizeof head && Le32(head) == trel::plughost::kPictureMagic;
@@ -185,7 +195,7 @@ bool ReadPicture(const std::string& path, Picture& pic) {
 }
 
 bool WritePicture(const std::string& path, const Picture& pic) {
-  FILE* f = std::fopen(path.c_str(), "wb");
+  FILE* f = Open(path, L"wb");
   if (!f) return false;
   unsigned char head[trel::plughost::kPictureHeader];
   PutLe32(head, trel::plughost::kPictureMagic);
@@ -354,7 +364,7 @@ Failure Load(const std::string& path, LoadedPlugin*& out) {
     out = &it->second;
     return {};
   }
-  HMODULE module = LoadLibraryExA(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+  HMODULE module = LoadLibraryExW(Wide(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
   if (!module)
     return {HostError::LoadFailed, "the plugin could not be loaded (Windows error " +
                                        std::to_string(GetLastError()) + ")"};
@@ -387,7 +397,7 @@ Failure FromResult(int16_t result, const char* stage) {
 
 void LoadParameters(LoadedPlugin& p, const std::string& file) {
   if (file == "-") return;
-  FILE* f = std::fopen(file.c_str(), "rb");
+  FILE* f = Open(file, L"rb");
   if (!f) return;
   std::vector<char> bytes;
   char chunk[4096];
@@ -404,7 +414,7 @@ void LoadParameters(LoadedPlugin& p, const std::string& file) {
 void SaveParameters(const LoadedPlugin& p, const std::string& file) {
   // Only a handle of ours has a known size; one the plugin made itself stays in memory.
   if (file == "-" || !g_handles.count(p.parameters)) return;
-  FILE* f = std::fopen(file.c_str(), "wb");
+  FILE* f = Open(file, L"wb");
   if (!f) return;
   std::fwrite(*p.parameters, 1, size_t(GetHandleSize(p.parameters)), f);
   std::fclose(f);

@@ -84,6 +84,7 @@ TEST(PlugHostClientTest, MachineOfAPluginFileAndItsWinePath) {
   EXPECT_EQ(PluginMachineOf(dir.Write("cut.8bf", pe.substr(0, 0x82))), PluginMachine::NotWindows);
   EXPECT_EQ(PluginMachineOf(dir.file("missing.8bf")), PluginMachine::NotWindows);
   EXPECT_EQ(ToWinePath("/tmp/a b/c.8bf"), "Z:\\tmp\\a b\\c.8bf");
+  EXPECT_EQ(ToWinePath("/tmp/\xC3\xA4/c.8bf"), "Z:\\tmp\\\xC3\xA4\\c.8bf");  // UTF-8 stays UTF-8
 }
 
 TEST_F(WindowsPluginTest, InvertsInStripsAndKeepsTheHostForTheNextRun) {
@@ -108,11 +109,15 @@ TEST_F(WindowsPluginTest, InvertsInStripsAndKeepsTheHostForTheNextRun) {
   EXPECT_EQ(lib.hostClient(false).processId(), pid);
 }
 
-TEST_F(WindowsPluginTest, TransparencyIsCarriedThroughUnchanged) {
+TEST_F(WindowsPluginTest, TransparencyIsCarriedThroughUnchangedFromAnyFolderName) {
   REQUIRE_WINE64();
+  // Plugin folders often carry accents; the host gets the path whole.
+  const std::string folder = dir.path() + "Filter \xC3\xA4\xC3\xB6\xC3\xBC \xE2\x82\xAC/";
+  std::filesystem::create_directories(folder);
+  std::filesystem::copy_file(TestPlugin("invert64.8bf"), folder + "Invert.8bf");
   const QImage original = test::PatternPicture(33, 70, true);
   const ImgHandle h = lib.Adopt(original);
-  ASSERT_EQ(Run(TestPlugin("invert64.8bf"), h, {0, 0, 32, 69}), IMG_OK) << lib.ImgErrString();
+  ASSERT_EQ(Run(folder + "Invert.8bf", h, {0, 0, 32, 69}), IMG_OK) << lib.ImgErrString();
   EXPECT_TRUE(IsInverse(original, *lib.image(h)));
 }
 
