@@ -1,6 +1,9 @@
 #include "host/PlugHostClient.h"
 
+#include <csignal>
 #include <cstring>
+
+#include <sys/types.h>
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -10,6 +13,7 @@
 #include <QProcessEnvironment>
 #include <QStandardPaths>
 #include <QTemporaryDir>
+#include <QThread>
 
 #include "plughost/HostProtocol.h"
 
@@ -186,6 +190,19 @@ bool PlugHostClient::Start(std::string& why) {
 HostAnswer PlugHostClient::Request(const std::string& line, int timeoutMs) {
   HostAnswer answer;
   int allowance = timeoutMs;
+  if (process_ && process_->thread() != QThread::currentThread()) {
+    // A process object serves only the thread that made it; a request from
+    // another thread (a preview worker) gets a host of its own. The old one
+    // is ended here and its object deleted by its own thread.
+    const qint64 pid = process_->processId();
+    if (pid > 0) ::kill(pid_t(pid), SIGKILL);
+    QThread* owner = process_->thread();
+    if (!owner || owner->isFinished())
+      process_.reset();  // nobody else can touch it any more
+    else
+      process_.release()->deleteLater();
+    pending_.clear();
+  }
   if (!running()) {
     std::string why;
     if (!Start(why)) return {HostAnswer::Kind::Unavailable, 0, why};

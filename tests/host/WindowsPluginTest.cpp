@@ -3,6 +3,7 @@
 // Wine or the cross compilers these tests skip and say which is missing.
 #include <chrono>
 #include <filesystem>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -107,6 +108,20 @@ TEST_F(WindowsPluginTest, InvertsInStripsAndKeepsTheHostForTheNextRun) {
   EXPECT_EQ(twice.pixelColor(50, 25).red(), 255 - original.pixelColor(50, 25).red());
   EXPECT_EQ(twice.pixelColor(15, 100).red(), 255 - original.pixelColor(15, 100).red());
   EXPECT_EQ(lib.hostClient(false).processId(), pid);
+}
+
+TEST_F(WindowsPluginTest, RunsFromAnotherThreadAndBack) {
+  REQUIRE_WINE64();
+  const QImage original = test::PatternPicture(20, 10, false);
+  const ImgHandle h = lib.Adopt(original);
+  ASSERT_EQ(Run(TestPlugin("invert64.8bf"), h, {0, 0, 19, 9}), IMG_OK) << lib.ImgErrString();
+  int32_t inWorker = 0;
+  std::thread worker([&] { inWorker = Run(TestPlugin("invert64.8bf"), h, {0, 0, 19, 9}); });
+  worker.join();
+  EXPECT_EQ(inWorker, IMG_OK) << lib.ImgErrString();
+  EXPECT_EQ(*lib.image(h), original);  // inverted twice
+  ASSERT_EQ(Run(TestPlugin("invert64.8bf"), h, {0, 0, 19, 9}), IMG_OK) << lib.ImgErrString();
+  EXPECT_TRUE(IsInverse(original, *lib.image(h)));
 }
 
 TEST_F(WindowsPluginTest, TransparencyIsCarriedThroughUnchangedFromAnyFolderName) {
