@@ -7,7 +7,12 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   nlohmann-json3-dev libcli11-dev
   zip unzip xvfb xauth xdotool python3
+  zip xvfb xauth
+  wine64 mingw-w64
 )
+# 32-bit Windows plugins also need wine32, which needs the i386 architecture
+# (dpkg --add-architecture i386; apt-get update; apt-get install wine32:i386).
+# It is left out here; without it those plugins get a message naming it.
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")

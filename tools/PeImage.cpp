@@ -172,4 +172,59 @@ std::string BuildPeImage(const PeDescription& desc) {
   return img.bytes();
 }
 
+namespace {
+
+uint32_t Read32(const std::string& b, size_t at) {
+  if (at + 4 > b.size()) throw std::runtime_error("the code DLL is cut short");
+  return uint32_t(uint8_t(b[at])) | uint32_t(uint8_t(b[at + 1])) << 8 | uint32_t(uint8_t(b[at + 2])) << 16 |
+         uint32_t(uint8_t(b[at + 3])) << 24;
+}
+uint16_t Read16(const std::string& b, size_t at) { return static_cast<uint16_t>(Read32(b, at) & 0xFFFF); }
+
+}  // namespace
+
+std::string AttachResources(const std::string& dll, size_t rsrcOffset, size_t fileSize,
+                            const std::vector<PeResource>& resources) {
+  if (dll.size() < 0x40 || dll[0] != 'M' || dll[1] != 'Z') throw std::runtime_error("the code DLL is no PE file");
+  const size_t pe = Read32(dll, 0x3C);
+  if (dll.compare(pe, 4, std::string("PE\0\0", 4)) != 0) throw std::runtime_error("the code DLL is no PE file");
+  const uint16_t sections = Read16(dll, pe + 6);
+  const size_t opt = pe + 24;
+  const bool plus = Read16(dll, opt) == 0x020B;
+  const size_t table = opt + Read16(dll, pe + 20);
+  const uint32_t sectionAlign = Read32(dll, opt + 32), fileAlign = Read32(dll, opt + 36);
+  const uint32_t headers = Read32(dll, opt + 60);
+  if (dll.size() > rsrcOffset)
+    throw std::runtime_error("the code DLL (" + std::to_string(dll.size()) + " bytes) does not fit its room of " +
+                             std::to_string(rsrcOffset) + " bytes");
+  if (rsrcOffset % fileAlign || fileSize % fileAlign) throw std::runtime_error("resource section not aligned");
+  const size_t newHeader = table + 40u * sections;
+  if (newHeader + 40 > headers) throw std::runtime_error("no room for the resource section's header");
+  uint32_t end = 0;
+  for (uint16_t i = 0; i < sections; ++i) {
+    const size_t h = table + 40u * i;
+    end = std::max(end, Read32(dll, h + 12) + std::max(Read32(dll, h + 8), Read32(dll, h + 16)));
+  }
+  const uint32_t va = AlignUp(end, sectionAlign);
+  const uint32_t size = static_cast<uint32_t>(fileSize - rsrcOffset);
+
+  ByteImage img(fileSize);
+  img.Bytes(0, dll);
+  const size_t directorySize = PutResourceDirectory(img, resources, rsrcOffset, va);
+  PeDescription check;
+  check.rsrcOffset = rsrcOffset;
+  check.fileSize = fileSize;
+  check.resources = resources;
+  CheckPlacement(check, directorySize);
+  for (const auto& r : resources) img.Bytes(r.fileOffset, r.data);
+  PutSection(img, newHeader, ".rsrc", va, size, static_cast<uint32_t>(rsrcOffset), 0x40000040);
+  img.U16(pe + 6, static_cast<uint16_t>(sections + 1));
+  img.U32(opt + 56, va + AlignUp(size, sectionAlign));  // size of the image
+  img.U32(opt + 64, 0);                                  // no checksum
+  const size_t directories = opt + (plus ? 112 : 96);
+  img.U32(directories + 16, va);
+  img.U32(directories + 20, size);
+  return img.bytes();
+}
+
 }  // namespace trel::gen

@@ -30,6 +30,14 @@ struct PeDescription {
 // resource directory, or don't fit the section.
 std::string BuildPeImage(const PeDescription& desc);
 
+// Adds a resource section to a DLL built elsewhere (a PE32 or PE32+ file
+// without resources): the section starts at `rsrcOffset`, which must lie
+// behind the DLL's own bytes, and runs to `fileSize`; the resources stand at
+// their given file offsets inside it. Throws std::runtime_error when the DLL
+// is no such file, does not fit, or has no room for one more section header.
+std::string AttachResources(const std::string& dll, size_t rsrcOffset, size_t fileSize,
+                            const std::vector<PeResource>& resources);
+
 inline constexpr uint32_t kSectionAlignment = 0x1000;
 inline constexpr uint32_t kFileAlignment = 0x200;
 inline constexpr uint32_t kImageBase = 0x10000000;

@@ -85,9 +85,9 @@ std::string ParameterBlock(BlockForm form) {
   return b.bytes();
 }
 
-std::string PhotoshopTemplate(TemplateKind kind) {
-  const bool is304 = kind == TemplateKind::Photo304;
-  const int64_t s = is304 ? L::kShift304 : L::kShift30;
+// The resources of a Photoshop template with parameter block shift `s`; the
+// 64-bit one names its entry point under `8664`, the others under `wx86`.
+std::vector<PeResource> PhotoshopResources(int64_t s, int64_t marker, bool is64) {
   const DefaultFilter f;
   const auto field = static_cast<size_t>(L::kMenuFieldSize);
   // Property order fixes the patched places: name and catg data at the menu
@@ -96,9 +96,20 @@ std::string PhotoshopTemplate(TemplateKind kind) {
                                  Property("vers", ByteImage::Le(0x00040000, 4), false),
                                  Property("name", Pascal(f.title, field), false),
                                  Property("catg", Pascal(f.category, field), false),
-                                 Property("wx86", Padded("PluginMain", 24), false),
+                                 Property(is64 ? "8664" : "wx86", Padded("PluginMain", 24), false),
                                  Property("mode", ByteImage::Le(16, 4), false)},
                                 false);
+  return {
+      {"FFABOUT", 1, Off(marker), Padded(L::kMarkerText, 16)},
+      {"PIPL", 16000, Off(s + L::kTitleLength) - 16 - 40 - 10, pipl},
+      {"PARM", 16, Off(s + L::kParmStart), ParameterBlock(BlockForm::Windows)},
+      {"LAYOUT", 1, Off(s + L::kDialogLayout), L::DialogLayoutBlock(L::DialogSize::Normal)},
+  };
+}
+
+std::string PhotoshopTemplate(TemplateKind kind) {
+  const bool is304 = kind == TemplateKind::Photo304;
+  const int64_t s = is304 ? L::kShift304 : L::kShift30;
   PeDescription desc;
   desc.dllName = is304 ? L::kPhoto304 : L::kPhoto30;
   desc.entryName = "PluginMain";
@@ -107,12 +118,7 @@ std::string PhotoshopTemplate(TemplateKind kind) {
   // Only the code section differs in size between the two: everything in the
   // resource section moves by the shift.
   desc.rsrcOffset = is304 ? 0x4400 : 0x6000;
-  desc.resources = {
-      {"FFABOUT", 1, Off(is304 ? L::kMarker304 : L::kMarker30), Padded(L::kMarkerText, 16)},
-      {"PIPL", 16000, Off(s + L::kTitleLength) - 16 - 40 - 10, pipl},
-      {"PARM", 16, Off(s + L::kParmStart), ParameterBlock(BlockForm::Windows)},
-      {"LAYOUT", 1, Off(s + L::kDialogLayout), L::DialogLayoutBlock(L::DialogSize::Normal)},
-  };
+  desc.resources = PhotoshopResources(s, is304 ? L::kMarker304 : L::kMarker30, false);
   return BuildPeImage(desc);
 }
 
@@ -176,6 +182,11 @@ const std::vector<TemplateFile>& AllTemplates() {
       {L::kPremiereTF, TemplateKind::PremiereTF},
   };
   return all;
+}
+
+std::string BuildPhoto64(const std::string& codeDll) {
+  return AttachResources(codeDll, static_cast<size_t>(L::kPhoto64CodeRoom), static_cast<size_t>(L::kPhoto64Size),
+                         PhotoshopResources(L::kShift64, L::kMarker64, true));
 }
 
 std::string BuildTemplate(TemplateKind kind) {

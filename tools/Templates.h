@@ -16,5 +16,8 @@ struct TemplateFile {
 
 const std::vector<TemplateFile>& AllTemplates();
 std::string BuildTemplate(TemplateKind kind);
+// Trel's 64-bit template around `codeDll`, the plugin code built by mingw-w64
+// (src/plughost/ffplugin); the layout is photo30.dll's moved by kShift64.
+std::string BuildPhoto64(const std::string& codeDll);
 
 }  // namespace trel::gen

@@ -1,4 +1,7 @@
 // `apply`: running a filter (source or compiled plugin) over a picture file.
+// Filter Factory filters run through the engine; any other Windows plugin,
+// and with --out-of-process a compiled Filter Factory plugin too, runs in the
+// Windows plugin host.
 #include <array>
 #include <filesystem>
 #include <memory>
@@ -14,6 +17,7 @@
 #include "filter/Dispatch.h"
 #include "filter/Paths.h"
 #include "host/ImageLibrary.h"
+#include "host/PlugHostClient.h"
 #include "host/ff/FFEngine.h"
 
 namespace trel::cli {
@@ -24,7 +28,15 @@ struct ApplyArgs {
   std::string image;
   std::string out;
   std::vector<std::string> controls;  // N=V
+  bool outOfProcess = false;
 };
+
+// The library's error text on one line.
+std::string OneLine(std::string text) {
+  for (char& c : text)
+    if (c == '\n') c = ' ';
+  return text;
+}
 
 // "N=V" with N 0..7 and V 0..255.
 bool ParseControl(const std::string& text, int& index, int& value) {
@@ -41,6 +53,35 @@ bool ParseControl(const std::string& text, int& index, int& value) {
     return false;
   }
   return index >= 0 && index <= 7 && value >= 0 && value <= 255;
+}
+
+// The picture through the Windows plugin host; for a Filter Factory plugin
+// with the given control values.
+void RunInHost(const ApplyArgs& args, const ff::Controls& controls, bool setControls, CliContext& ctx) {
+  auto fail = [&](const std::string& what) {
+    *ctx.err << "trel-cli apply: " << what << '\n';
+    ctx.exitCode = 1;
+  };
+  QImageReader reader(QString::fromLocal8Bit(args.image));
+  QImage picture = reader.read();
+  if (picture.isNull())
+    return fail(args.image + ": cannot read the picture (" + reader.errorString().toStdString() + ")");
+  ImageLibrary lib(ctx.env.hooks());
+  lib.setOutOfProcess(true);
+  if (setControls) {
+    std::array<uint8_t, 8> values{};
+    for (size_t i = 0; i < 8; ++i) values[i] = static_cast<uint8_t>(controls[i]);
+    lib.setControls(values);
+  }
+  const ImgHandle h = lib.Adopt(picture);
+  lib.ImgPlugInHostLoad("");
+  if (lib.ImgPlugInLoad(args.filter) != IMG_OK) return fail(args.filter + ": " + OneLine(lib.ImgErrString()));
+  if (lib.ImgPlugInInvoke(h, 0, {0, 0, picture.width() - 1, picture.height() - 1}) != IMG_OK)
+    return fail(args.filter + ": " + OneLine(lib.ImgErrString()));
+  lib.ImgPlugInHostUnload();
+  const int32_t written = lib.ImgXWriteImage(args.out, "", h, 0);
+  if (written != IMG_OK) return fail(args.out + ": " + ImgStatusText(written));
+  *ctx.out << args.out << '\n';
 }
 
 void RunApply(const ApplyArgs& args, CliContext& ctx) {
@@ -62,10 +103,16 @@ void RunApply(const ApplyArgs& args, CliContext& ctx) {
   FFFilter f;
   std::string folder, name;
   SplitPath(args.filter, folder, name);
-  if (!LoadItFile(f, folder, name, ctx.env))
-    return fail(args.filter + ": not a readable Filter Factory filter");
+  const bool isFF = LoadItFile(f, folder, name, ctx.env);
+  const bool windows = PluginMachineOf(args.filter) != PluginMachine::NotWindows;
+  if (!isFF && !windows) return fail(args.filter + ": not a readable Filter Factory filter or Windows plugin");
+  if (!isFF && !overrides.empty())
+    return fail("--ctl sets the controls of a Filter Factory filter; " + args.filter + " is none", 2);
+  if (isFF && args.outOfProcess && !windows)
+    return fail("--out-of-process needs a compiled plugin; " + args.filter + " is a filter source", 2);
   for (int i = 0; i < 8; ++i) controls[size_t(i)] = f.ctlValue[i + 1];
   for (const auto& [index, value] : overrides) controls[size_t(index)] = value;
+  if (!isFF || args.outOfProcess) return RunInHost(args, controls, !overrides.empty(), ctx);
 
   const std::array<std::string, 4> code{f.codeR, f.codeG, f.codeB, f.codeA};
   ff::CompileError err;
@@ -105,13 +152,15 @@ void AddApplyCommands(CLI::App& app, CliContext& ctx) {
   auto args = std::make_shared<ApplyArgs>();
   auto* cmd = app.add_subcommand(
       "apply", "Run a filter (source or compiled plugin) over a picture and write the result");
-  cmd->add_option("FILTER", args->filter, "the filter: AFS, PFF, FFX, TXT or a compiled plugin")
+  cmd->add_option("FILTER", args->filter, "the filter: AFS, PFF, FFX, TXT, a compiled plugin or any Windows filter plugin")
       ->required();
   cmd->add_option("IMAGE", args->image, "the picture (any format Qt reads)")->required();
   cmd->add_option("-o,--output", args->out, "the result; its extension gives the format")->required();
   cmd->add_option("--ctl", args->controls,
                   "control N (0-7) set to V (0-255) instead of the filter's stored value, as N=V")
       ->allow_extra_args(false);
+  cmd->add_flag("--out-of-process", args->outOfProcess,
+                "run a compiled Filter Factory plugin in the Windows plugin host instead of the engine");
   cmd->callback([args, &ctx] { RunApply(*args, ctx); });
 }
 

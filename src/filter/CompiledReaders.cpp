@@ -25,12 +25,15 @@ struct PhotoshopForm {
   bool mac;
 };
 
-constexpr std::array<PhotoshopForm, 7> kPhotoshopForms{{
+// The last Windows row is Trel's own 64-bit template (photo64.dll), whose code
+// does not fit the rooms of the older sizes; see TemplateLayout.h.
+constexpr std::array<PhotoshopForm, 8> kPhotoshopForms{{
     {49152, -7168, 21025, 0, 0, false},
     {49664, -4668, 21025, 34928, 34980, false},
     {50176, -7168, 21025, 0, 0, false},
     {53760, -576, 27697, 30352, 30404, false},
     {57344, 0, 28209, 0, 0, false},
+    {L::kPhoto64Size, L::kShift64, L::kMarker64, 0, 0, false},
     {99712, 19308, 59018, 0, 0, true},
     {99840, 19308, 59018, 0, 0, true},
 }};

@@ -52,6 +52,7 @@ std::optional<ChosenTemplate> ChooseTemplate(const FilterOptions& options, std::
       if (size == L::kPhoto304Size) return ChosenTemplate{compile.templatePath, L::kShift304, false};
       if (size == L::kWideAboutSize) return ChosenTemplate{compile.templatePath, L::kShiftWideAbout, false};
       if (size == L::kPhoto30Size) return ChosenTemplate{compile.templatePath, L::kShift30, false};
+      if (size == L::kPhoto64Size) return ChosenTemplate{compile.templatePath, L::kShift64, false};
       error = size < 0 ? "The template " + compile.templatePath + " doesn't exist."
                        : "The template " + compile.templatePath +
                              " is no Filter Factory plugin of a usable size (49152, 49664 or 57344 bytes).";

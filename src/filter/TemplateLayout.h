@@ -25,6 +25,16 @@ inline constexpr int64_t kMacSize = 99712;
 inline constexpr int64_t kPremiereFFSize = 50688;
 inline constexpr int64_t kPremiereTFSize = 51200;
 
+// Trel's own 64-bit template: the engine compiled for Windows in front, then a
+// resource section laid out exactly as photo30.dll's, moved by the shift. The
+// code has a fixed room, so the size and every position stay the same from
+// build to build. It is a size of the readers' and the compiler's tables.
+inline constexpr const char* kPhoto64 = "photo64.dll";
+inline constexpr int64_t kPhoto64CodeRoom = 0x80000;  // the resource section starts here
+inline constexpr int64_t kPhoto64Size = kPhoto64CodeRoom + 32768;
+inline constexpr int kShift64 = int(kPhoto64CodeRoom) - 0x6000;
+inline constexpr int64_t kMarker64 = 28209 + kShift64;
+
 inline constexpr int kShift30 = 0;
 inline constexpr int kShift304 = -7168;
 inline constexpr int kShiftWideAbout = -4668;

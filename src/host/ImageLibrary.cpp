@@ -2,6 +2,10 @@
 
 #include <QByteArray>
 #include <QClipboard>
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QImageReader>
@@ -10,6 +14,8 @@
 
 #include "filter/CompiledReaders.h"
 #include "filter/Paths.h"
+#include "host/PlugHostClient.h"
+#include "plughost/HostProtocol.h"
 
 namespace trel {
 
@@ -34,6 +40,24 @@ bool RectInside(const ImgRect& r, const QImage& img) {
 
 QRect ToQRect(const ImgRect& r) { return QRect(QPoint(r.left, r.top), QPoint(r.right, r.bottom)); }
 
+// Puts a filtered rectangle back into the picture in the picture's own format
+// (a paletted picture becomes a true-colour one).
+void PasteBack(QImage& img, const QImage& result, const ImgRect& rect, QImage::Format original) {
+  const bool paletted = original == QImage::Format_Indexed8 || original == QImage::Format_Mono ||
+                        original == QImage::Format_MonoLSB;
+  const bool alpha = result.hasAlphaChannel();
+  QImage back = result.convertToFormat(
+      paletted ? (alpha ? QImage::Format_ARGB32 : QImage::Format_RGB32) : original);
+  if (rect.left == 0 && rect.top == 0 && rect.right == img.width() - 1 && rect.bottom == img.height() - 1) {
+    img = back;
+  } else {
+    if (img.format() != back.format()) img = img.convertToFormat(back.format());
+    QPainter painter(&img);
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    painter.drawImage(QPoint(rect.left, rect.top), back);
+  }
+}
+
 }  // namespace
 
 std::string ImgStatusText(int32_t status) {
@@ -52,6 +76,13 @@ std::string ImgStatusText(int32_t status) {
     case IMG_ERR_PLUGIN_CODE: return "The plugin's filter code contains an error.";
     case IMG_ERR_NO_PLUGIN: return "No plugin is loaded.";
     case IMG_ERR_CANCELLED: return "The plugin was cancelled.";
+    case IMG_ERR_NO_WINE: return "Windows plugins cannot be run here.";
+    case IMG_ERR_PLUGIN_CRASHED: return "The plugin crashed.";
+    case IMG_ERR_PLUGIN_TIMEOUT: return "The plugin took too long and was stopped.";
+    case IMG_ERR_PLUGIN_FAILED: return "The plugin reported an error.";
+    case IMG_ERR_PLUGIN_OVERRUN: return "The plugin wrote outside its image buffers.";
+    case IMG_ERR_NO_ENTRY: return "The file is no filter plugin: it has no plugin entry point.";
+    case IMG_ERR_HOST_SERVICE: return "The plugin needs a service the plugin host does not offer.";
     case IMG_ERR_NO_SCANNER: return "There's no scanning device available.";
     case IMG_ERR_NO_CLIPBOARD: return "The clipboard holds no picture.";
     default: return "Unknown image library error " + std::to_string(status) + ".";
@@ -59,6 +90,14 @@ std::string ImgStatusText(int32_t status) {
 }
 
 ImageLibrary::ImageLibrary(ShellHooks& shell) : shell_(shell) {}
+
+ImageLibrary::~ImageLibrary() = default;
+
+std::string ImageLibrary::ImgErrString() const {
+  std::string text = ImgStatusText(status_);
+  if (!detail_.empty()) text += "\n" + detail_;
+  return text;
+}
 
 QImage* ImageLibrary::image(ImgHandle handle) {
   auto it = images_.find(handle);
@@ -177,7 +216,7 @@ ImgHandle ImageLibrary::ImgOpenDialog(std::string& chosenFile, int32_t flags) {
 
 int32_t ImageLibrary::ImgErrBox(WindowHandle window) {
   (void)window;
-  shell_.MsgBox(ImgStatusText(status_), MsgButtons::Ok, MsgIcon::Exclamation, "Image Library");
+  shell_.MsgBox(ImgErrString(), MsgButtons::Ok, MsgIcon::Exclamation, "Image Library");
   return IMG_OK;
 }
 
@@ -204,12 +243,15 @@ int32_t ImageLibrary::ImgPlugInHostUnload() {
   return status_ = IMG_OK;
 }
 
-bool ImageLibrary::ReadPlugin(const std::string& pluginPath, FFFilter& f) {
-  std::string path = pluginPath;
+std::string ImageLibrary::ResolvePlugin(const std::string& pluginPath) const {
   // A bare name such as "temp.dll" is looked for in the host's folder first.
-  if (!hostFolder_.empty() && !QFileInfo(FromLocal(path)).isAbsolute() &&
-      FileExists(hostFolder_ + path))
-    path = hostFolder_ + path;
+  if (!hostFolder_.empty() && !QFileInfo(FromLocal(pluginPath)).isAbsolute() &&
+      FileExists(hostFolder_ + pluginPath))
+    return hostFolder_ + pluginPath;
+  return pluginPath;
+}
+
+bool ImageLibrary::ReadPlugin(const std::string& path, FFFilter& f) {
   if (!FileExists(path)) return Fail(IMG_ERR_PLUGIN_OPEN), false;
   std::string folder, name;
   SplitPath(path, folder, name);
@@ -219,31 +261,135 @@ bool ImageLibrary::ReadPlugin(const std::string& pluginPath, FFFilter& f) {
   return true;
 }
 
+void ImageLibrary::setPluginTimeout(int ms) {
+  pluginTimeoutMs_ = ms;
+  if (host64_) host64_->setTimeout(ms);
+  if (host32_) host32_->setTimeout(ms);
+}
+
+PlugHostClient& ImageLibrary::hostClient(bool is32bit) {
+  std::unique_ptr<PlugHostClient>& host = is32bit ? host32_ : host64_;
+  if (!host) {
+    host = std::make_unique<PlugHostClient>(is32bit);
+    if (pluginTimeoutMs_ > 0) host->setTimeout(pluginTimeoutMs_);
+    // Through the member, so that a later setCancel counts too.
+    host->setCancel([this] { return cancel_ && cancel_(); });
+  }
+  return *host;
+}
+
+namespace {
+
+int32_t StatusOf(const HostAnswer& a) {
+  using plughost::HostError;
+  switch (a.kind) {
+    case HostAnswer::Kind::Ok: return IMG_OK;
+    case HostAnswer::Kind::Unavailable: return IMG_ERR_NO_WINE;
+    case HostAnswer::Kind::Crashed: return IMG_ERR_PLUGIN_CRASHED;
+    case HostAnswer::Kind::TimedOut: return IMG_ERR_PLUGIN_TIMEOUT;
+    case HostAnswer::Kind::Cancelled: return IMG_ERR_CANCELLED;
+    case HostAnswer::Kind::Failed: break;
+  }
+  switch (static_cast<HostError>(a.code)) {
+    case HostError::LoadFailed: return IMG_ERR_NOT_SUPPORTED;
+    case HostError::NoEntryPoint: return IMG_ERR_NO_ENTRY;
+    case HostError::Cancelled: return IMG_ERR_CANCELLED;
+    case HostError::OutsideBuffers: return IMG_ERR_PLUGIN_OVERRUN;
+    case HostError::Crashed: return IMG_ERR_PLUGIN_CRASHED;
+    case HostError::BadPicture: return IMG_ERR_NO_MEMORY;
+    case HostError::Unsupported: return IMG_ERR_HOST_SERVICE;
+    default: return IMG_ERR_PLUGIN_FAILED;
+  }
+}
+
+}  // namespace
+
+int32_t ImageLibrary::LoadWindowsPlugin(const std::string& path) {
+  const PluginMachine machine = PluginMachineOf(path);
+  if (machine == PluginMachine::NotWindows) return Fail(IMG_ERR_NOT_SUPPORTED, "The file is no Windows DLL.");
+  if (machine == PluginMachine::Other)
+    return Fail(IMG_ERR_NOT_SUPPORTED, "The plugin is built for a processor the host does not run.");
+  const bool is32 = machine == PluginMachine::X86;
+  PlugHostClient& host = hostClient(is32);
+  const std::string why = host.Unavailable();
+  if (!why.empty()) return Fail(IMG_ERR_NO_WINE, why);
+  const HostAnswer a = host.Probe(path);
+  if (!a.ok()) return Fail(StatusOf(a), a.message);
+  windowsPlugin_ = true;
+  windowsPlugin32_ = is32;
+  windowsPluginPath_ = path;
+  pluginLoaded_ = true;
+  return status_ = IMG_OK;
+}
+
 int32_t ImageLibrary::ImgPlugInLoad(const std::string& pluginPath) {
   if (!hostLoaded_) return Fail(IMG_ERR_NO_HOST);
   pluginLoaded_ = false;
+  windowsPlugin_ = false;
   compileError_ = {};
+  const std::string path = ResolvePlugin(pluginPath);
+  if (!FileExists(path)) return Fail(IMG_ERR_PLUGIN_OPEN);
   FFFilter f;
-  if (!ReadPlugin(pluginPath, f)) return status_;
+  if (!ReadPlugin(path, f)) return LoadWindowsPlugin(path);
+  filter_ = f;
+  if (outOfProcess_) return LoadWindowsPlugin(path);
   ff::CompiledFilter compiled =
       ff::CompileFilter({f.codeR, f.codeG, f.codeB, f.codeA}, &compileError_);
   if (!compiled.valid()) return Fail(IMG_ERR_PLUGIN_CODE);
-  filter_ = f;
   compiled_ = std::move(compiled);
   pluginLoaded_ = true;
   return status_ = IMG_OK;
 }
 
+std::string ImageLibrary::ParametersFile() const {
+  if (controls_) return {};  // written for the run, see InvokeWindowsPlugin
+  if (hostFolder_.empty()) return {};
+  // One file per plugin path, in the program folder's cache.
+  const QString folder = FromLocal(hostFolder_) + "cache/plugparams";
+  if (!QDir().mkpath(folder)) return {};
+  const QByteArray key =
+      QCryptographicHash::hash(FromLocal(windowsPluginPath_).toUtf8(), QCryptographicHash::Md5).toHex();
+  return (folder + "/" + QString::fromLatin1(key) + ".bin").toLocal8Bit().toStdString();
+}
+
+int32_t ImageLibrary::InvokeWindowsPlugin(QImage& img, const ImgRect& rect, bool dialog) {
+  PlugHostClient& host = hostClient(windowsPlugin32_);
+  const QImage::Format original = img.format();
+  const bool alpha = img.hasAlphaChannel();
+  QImage work = img.copy(ToQRect(rect)).convertToFormat(alpha ? QImage::Format_RGBA8888 : QImage::Format_RGB888);
+  if (work.isNull()) return Fail(IMG_ERR_NO_MEMORY);
+  std::string params = ParametersFile();
+  std::unique_ptr<QTemporaryDir> controlDir;
+  if (controls_) {
+    // The Filter Factory templates take their control values from a
+    // parameter block of this form when the host hands one in.
+    controlDir = std::make_unique<QTemporaryDir>();
+    QFile file(controlDir->filePath("controls.bin"));
+    QByteArray bytes("TRFF", 4);
+    for (uint8_t v : *controls_) bytes.append(static_cast<char>(v));
+    if (!controlDir->isValid() || !file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+      return Fail(IMG_ERR_FILE_WRITE);
+    file.close();
+    params = file.fileName().toLocal8Bit().toStdString();
+  }
+  const HostAnswer a = host.Run(windowsPluginPath_, work, params, dialog);
+  if (!a.ok()) return Fail(StatusOf(a), a.message);
+  PasteBack(img, work, rect, original);
+  return status_ = IMG_OK;
+}
+
 int32_t ImageLibrary::ImgPlugInInvoke(ImgHandle image, WindowHandle window, const ImgRect& rect) {
-  (void)window;  // a Filter Factory plugin runs with its stored values and no dialog
   if (!hostLoaded_) return Fail(IMG_ERR_NO_HOST);
   if (!pluginLoaded_) return Fail(IMG_ERR_NO_PLUGIN);
   QImage* img = this->image(image);
   if (!img) return Fail(IMG_ERR_BAD_HANDLE);
   if (!RectInside(rect, *img)) return Fail(IMG_ERR_BAD_RECT);
+  // A Windows plugin shows its dialog only when run from the window; a
+  // Filter Factory plugin runs with its stored values and no dialog.
+  if (windowsPlugin_) return InvokeWindowsPlugin(*img, rect, pluginDialogs_ && window != 0);
 
   ff::Controls ctl{};
-  for (int i = 0; i < 8; ++i) ctl[size_t(i)] = filter_.ctlValue[i + 1];
+  for (int i = 0; i < 8; ++i) ctl[size_t(i)] = controls_ ? (*controls_)[size_t(i)] : filter_.ctlValue[i + 1];
   int32_t st = RunFilterOnPicture(compiled_, ctl, *img, rect, cancel_);
   if (st != IMG_OK) return Fail(st);
   return status_ = IMG_OK;
@@ -269,27 +415,23 @@ int32_t RunFilterOnPicture(const ff::CompiledFilter& filter, const ff::Controls&
   if (st == ff::RenderStatus::Cancelled) return IMG_ERR_CANCELLED;
   if (st != ff::RenderStatus::Done) return IMG_ERR_NO_MEMORY;
 
-  const bool paletted = original == QImage::Format_Indexed8 || original == QImage::Format_Mono ||
-                        original == QImage::Format_MonoLSB;
-  QImage back = result.convertToFormat(
-      paletted ? (alpha ? QImage::Format_ARGB32 : QImage::Format_RGB32) : original);
-  if (rect.left == 0 && rect.top == 0 && rect.right == img->width() - 1 &&
-      rect.bottom == img->height() - 1) {
-    *img = back;
-  } else {
-    if (img->format() != back.format()) *img = img->convertToFormat(back.format());
-    QPainter painter(img);
-    painter.setCompositionMode(QPainter::CompositionMode_Source);
-    painter.drawImage(QPoint(rect.left, rect.top), back);
-  }
+  PasteBack(*img, result, rect, original);
   return IMG_OK;
 }
 
 int32_t ImageLibrary::ImgPlugInAbout(WindowHandle window, const std::string& pluginPath) {
   (void)window;
   if (!hostLoaded_) return Fail(IMG_ERR_NO_HOST);
+  const std::string path = ResolvePlugin(pluginPath);
+  if (!FileExists(path)) return Fail(IMG_ERR_PLUGIN_OPEN);
   FFFilter f;
-  if (!ReadPlugin(pluginPath, f)) return status_;
+  if (!ReadPlugin(path, f)) {
+    // Any other plugin shows its own about box, in the Windows host.
+    if (LoadWindowsPlugin(path) != IMG_OK) return status_;
+    const HostAnswer a = hostClient(windowsPlugin32_).About(path);
+    if (!a.ok()) return Fail(StatusOf(a), a.message);
+    return status_ = IMG_OK;
+  }
   std::string text = f.title;
   if (!f.copyright.empty()) text += "\n\n" + f.copyright;
   if (!f.author.empty()) text += "\n" + f.author;

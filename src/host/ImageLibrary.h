@@ -3,12 +3,17 @@
 // with the operations the program calls under their names. It is also the
 // plugin host: a Filter Factory plugin, recognised by its file, runs through
 // our own engine with the control values stored in it and no dialog; any
-// other plugin is refused with an error code, so callers show their message.
+// other Windows plugin runs in the Windows host under Wine (PlugHostClient),
+// and whatever goes wrong there comes back as an error code, so callers show
+// their message.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
+#include <optional>
 #include <string>
 
 #include <QImage>
@@ -40,6 +45,13 @@ enum ImgStatus : int32_t {
   IMG_ERR_PLUGIN_CODE = -14,    // a Filter Factory plugin whose code does not compile
   IMG_ERR_NO_PLUGIN = -15,      // no plugin loaded
   IMG_ERR_CANCELLED = -16,
+  IMG_ERR_NO_WINE = -17,          // the Windows host cannot run here (Wine or the host missing)
+  IMG_ERR_PLUGIN_CRASHED = -18,   // the plugin crashed the Windows host
+  IMG_ERR_PLUGIN_TIMEOUT = -19,   // the plugin took too long and was stopped
+  IMG_ERR_PLUGIN_FAILED = -22,    // the plugin reported an error
+  IMG_ERR_PLUGIN_OVERRUN = -23,   // the plugin wrote outside its buffers
+  IMG_ERR_NO_ENTRY = -24,         // a DLL without a filter entry point
+  IMG_ERR_HOST_SERVICE = -25,     // the plugin needs a service the host does not offer
   IMG_ERR_NO_SCANNER = -20,
   IMG_ERR_NO_CLIPBOARD = -21,
 };
@@ -56,9 +68,14 @@ struct ImgRect {
   int32_t left = 0, top = 0, right = 0, bottom = 0;
 };
 
+class PlugHostClient;
+
 class ImageLibrary {
  public:
   explicit ImageLibrary(ShellHooks& shell);
+  ~ImageLibrary();
+  ImageLibrary(const ImageLibrary&) = delete;
+  ImageLibrary& operator=(const ImageLibrary&) = delete;
 
   // Pictures.
   ImgHandle ImgOpenSolo(const std::string& path, const std::string& options);
@@ -102,13 +119,44 @@ class ImageLibrary {
   const FFFilter& loadedFilter() const { return filter_; }
   const ff::CompileError& lastCompileError() const { return compileError_; }
 
+  // The status text with what the host said about it, as ImgErrBox shows it.
+  std::string ImgErrString() const;
+
+  // Windows plugins. A plugin may show its own dialog only when the user runs
+  // it from the window; previews run without, on the last or stored
+  // parameters. Out of process, Filter Factory plugins too run in the Windows
+  // host, which is how a compiled template is checked against the engine.
+  void setPluginDialogs(bool on) { pluginDialogs_ = on; }
+  void setOutOfProcess(bool on) { outOfProcess_ = on; }
+  void setPluginTimeout(int ms);
+  // Control values that replace the stored ones of a Filter Factory plugin,
+  // in both paths; nullopt for the stored ones.
+  void setControls(std::optional<std::array<uint8_t, 8>> values) { controls_ = values; }
+  // The host of one architecture, started on first use and kept for the next.
+  PlugHostClient& hostClient(bool is32bit);
+
   void setOpenDialog(std::function<std::string()> dialog) { openDialog_ = std::move(dialog); }
   // Polled while a plugin runs; true cancels it (Esc in the program).
   void setCancel(std::function<bool()> cancel) { cancel_ = std::move(cancel); }
 
  private:
-  int32_t Fail(int32_t status) { return status_ = status; }
+  int32_t Fail(int32_t status) {
+    detail_.clear();
+    return status_ = status;
+  }
+  // `detail` is what the host said, shown as a sentence of its own.
+  int32_t Fail(int32_t status, std::string detail) {
+    status_ = status;
+    if (!detail.empty() && detail[0] >= 'a' && detail[0] <= 'z') detail[0] = char(detail[0] - 'a' + 'A');
+    if (!detail.empty() && detail.back() != '.') detail += '.';
+    detail_ = std::move(detail);
+    return status_;
+  }
+  std::string ResolvePlugin(const std::string& pluginPath) const;
   bool ReadPlugin(const std::string& path, FFFilter& f);
+  int32_t LoadWindowsPlugin(const std::string& path);
+  int32_t InvokeWindowsPlugin(QImage& img, const ImgRect& rect, bool dialog);
+  std::string ParametersFile() const;
 
   ShellHooks& shell_;
   std::map<ImgHandle, QImage> images_;
@@ -121,6 +169,16 @@ class ImageLibrary {
   FFFilter filter_;
   ff::CompiledFilter compiled_;
   ff::CompileError compileError_;
+
+  std::string detail_;              // what the host said about the last failure
+  bool windowsPlugin_ = false;      // the loaded plugin runs in the Windows host
+  bool windowsPlugin32_ = false;
+  std::string windowsPluginPath_;
+  bool pluginDialogs_ = false;
+  bool outOfProcess_ = false;
+  int pluginTimeoutMs_ = 0;         // 0: the client's own
+  std::optional<std::array<uint8_t, 8>> controls_;
+  std::unique_ptr<PlugHostClient> host64_, host32_;
 
   std::function<std::string()> openDialog_;
   std::function<bool()> cancel_;

@@ -1,0 +1,302 @@
+#include "host/PlugHostClient.h"
+
+#include <csignal>
+#include <cstring>
+
+#include <sys/types.h>
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include "plughost/HostProtocol.h"
+
+namespace trel {
+
+namespace {
+
+namespace P = plughost;
+
+QString Q(const std::string& s) { return QString::fromLocal8Bit(s.data(), qsizetype(s.size())); }
+
+std::string EnvPath(const char* name) {
+  const QByteArray v = qgetenv(name);
+  return v.isEmpty() ? std::string() : v.toStdString();
+}
+
+bool IsExecutable(const QString& path) {
+  const QFileInfo info(path);
+  return info.isFile() && info.isExecutable();
+}
+
+uint32_t Le32(const unsigned char* p) { return p[0] | p[1] << 8 | p[2] << 16 | uint32_t(p[3]) << 24; }
+
+void PutLe32(char* p, uint32_t v) {
+  for (int i = 0; i < 4; ++i) p[i] = static_cast<char>(v >> (8 * i));
+}
+
+bool WritePicture(const QString& path, const QImage& img, int planes) {
+  QFile f(path);
+  if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate)) return false;
+  char head[P::kPictureHeader];
+  PutLe32(head, P::kPictureMagic);
+  PutLe32(head + 4, uint32_t(img.width()));
+  PutLe32(head + 8, uint32_t(img.height()));
+  PutLe32(head + 12, uint32_t(planes));
+  bool ok = f.write(head, sizeof head) == sizeof head;
+  const qint64 row = qint64(img.width()) * planes;
+  for (int y = 0; ok && y < img.height(); ++y)
+    ok = f.write(reinterpret_cast<const char*>(img.constScanLine(y)), row) == row;
+  return ok;
+}
+
+bool ReadPicture(const QString& path, QImage& img, int planes) {
+  QFile f(path);
+  if (!f.open(QIODevice::ReadOnly)) return false;
+  const QByteArray head = f.read(P::kPictureHeader);
+  if (head.size() != P::kPictureHeader) return false;
+  const auto* h = reinterpret_cast<const unsigned char*>(head.constData());
+  if (Le32(h) != P::kPictureMagic || int(Le32(h + 4)) != img.width() || int(Le32(h + 8)) != img.height() ||
+      int(Le32(h + 12)) != planes)
+    return false;
+  const qint64 row = qint64(img.width()) * planes;
+  for (int y = 0; y < img.height(); ++y)
+    if (f.read(reinterpret_cast<char*>(img.scanLine(y)), row) != row) return false;
+  return true;
+}
+
+}  // namespace
+
+PluginMachine PluginMachineOf(const std::string& path) {
+  QFile f(Q(path));
+  if (!f.open(QIODevice::ReadOnly)) return PluginMachine::NotWindows;
+  const QByteArray dos = f.read(64);
+  if (dos.size() < 64 || dos[0] != 'M' || dos[1] != 'Z') return PluginMachine::NotWindows;
+  const uint32_t peAt = Le32(reinterpret_cast<const unsigned char*>(dos.constData()) + 60);
+  if (!f.seek(peAt)) return PluginMachine::NotWindows;
+  const QByteArray pe = f.read(6);
+  if (pe.size() < 6 || std::memcmp(pe.constData(), "PE\0\0", 4) != 0) return PluginMachine::NotWindows;
+  const auto* m = reinterpret_cast<const unsigned char*>(pe.constData()) + 4;
+  switch (m[0] | m[1] << 8) {
+    case 0x014C: return PluginMachine::X86;
+    case 0x8664: return PluginMachine::X64;
+    default: return PluginMachine::Other;
+  }
+}
+
+std::string ToWinePath(const std::string& path) {
+  QString abs = QFileInfo(Q(path)).absoluteFilePath();
+  abs.replace('/', '\\');
+  return ("Z:" + abs).toUtf8().toStdString();
+}
+
+std::string FindWine(bool is32bit) {
+  const std::string named = EnvPath(is32bit ? "TREL_WINE32" : "TREL_WINE64");
+  if (!named.empty()) return IsExecutable(Q(named)) ? named : std::string();
+  if (is32bit) {
+    // Debian's 32-bit loader comes with wine32 (architecture i386).
+    for (const char* p : {"/usr/lib/wine/wine", "/usr/lib/i386-linux-gnu/wine/wine"})
+      if (IsExecutable(p)) return p;
+    return {};
+  }
+  const QString inPath = QStandardPaths::findExecutable("wine64");
+  if (!inPath.isEmpty()) return inPath.toStdString();
+  for (const char* p : {"/usr/lib/wine/wine64", "/usr/lib/x86_64-linux-gnu/wine/wine64"})
+    if (IsExecutable(p)) return p;
+  return {};
+}
+
+std::string FindPlugHost(bool is32bit) {
+  const QString exe = is32bit ? "trel-plughost32.exe" : "trel-plughost.exe";
+  QStringList folders;
+  const std::string named = EnvPath("TREL_PLUGHOST_DIR");
+  if (!named.empty()) folders << Q(named);
+  if (QCoreApplication::instance()) {
+    const QString app = QCoreApplication::applicationDirPath();
+    folders << app << app + "/plughost" << app + "/../plughost" << app + "/../../plughost";
+  }
+#ifdef TREL_PLUGHOST_BUILD_DIR
+  folders << TREL_PLUGHOST_BUILD_DIR;
+#endif
+  for (const QString& folder : folders) {
+    const QString candidate = folder + "/" + exe;
+    if (QFileInfo(candidate).isFile()) return QFileInfo(candidate).absoluteFilePath().toStdString();
+  }
+  return {};
+}
+
+PlugHostClient::PlugHostClient(bool is32bit) : is32bit_(is32bit) {
+  const QByteArray t = qgetenv("TREL_PLUGHOST_TIMEOUT_MS");
+  if (t.toInt() > 0) timeoutMs_ = t.toInt();
+}
+
+PlugHostClient::~PlugHostClient() { Stop(); }
+
+std::string PlugHostClient::Unavailable() const {
+  if (FindWine(is32bit_).empty())
+    return is32bit_ ? "32-bit plugins need the 32-bit Wine (Debian package wine32, architecture i386), "
+                      "which is not installed."
+                    : "Windows plugins need Wine: the program wine64 (Debian package wine64) was not found.";
+  if (FindPlugHost(is32bit_).empty())
+    return std::string("The Windows plugin host ") + (is32bit_ ? "trel-plughost32.exe" : "trel-plughost.exe") +
+           " was not found (it is built with the mingw-w64 cross compilers).";
+  return {};
+}
+
+bool PlugHostClient::running() const { return process_ && process_->state() != QProcess::NotRunning; }
+
+qint64 PlugHostClient::processId() const { return running() ? process_->processId() : 0; }
+
+void PlugHostClient::Stop() {
+  if (!process_) return;
+  if (process_->state() != QProcess::NotRunning) {
+    process_->write("QUIT\n");
+    process_->closeWriteChannel();
+    if (!process_->waitForFinished(2000)) {
+      process_->kill();
+      process_->waitForFinished(2000);
+    }
+  }
+  process_.reset();
+  pending_.clear();
+}
+
+bool PlugHostClient::Start(std::string& why) {
+  why = Unavailable();
+  if (!why.empty()) return false;
+  process_ = std::make_unique<QProcess>();
+  QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+  if (!env.contains("WINEDEBUG")) env.insert("WINEDEBUG", "-all");
+  // A fresh prefix would otherwise offer to download .NET and HTML engines.
+  if (!env.contains("WINEDLLOVERRIDES")) env.insert("WINEDLLOVERRIDES", "mscoree,mshtml=");
+  process_->setProcessEnvironment(env);
+  process_->setStandardErrorFile(QProcess::nullDevice());
+  process_->start(Q(FindWine(is32bit_)), {Q(FindPlugHost(is32bit_))});
+  if (!process_->waitForStarted(10000)) {
+    why = "Wine could not be started: " + process_->errorString().toStdString();
+    process_.reset();
+    return false;
+  }
+  pending_.clear();
+  return true;
+}
+
+HostAnswer PlugHostClient::Request(const std::string& line, int timeoutMs) {
+  HostAnswer answer;
+  int allowance = timeoutMs;
+  if (process_ && process_->thread() != QThread::currentThread()) {
+    // A process object serves only the thread that made it; a request from
+    // another thread (a preview worker) gets a host of its own. The old one
+    // is ended here and its object deleted by its own thread.
+    const qint64 pid = process_->processId();
+    if (pid > 0) ::kill(pid_t(pid), SIGKILL);
+    QThread* owner = process_->thread();
+    if (!owner || owner->isFinished())
+      process_.reset();  // nobody else can touch it any more
+    else
+      process_.release()->deleteLater();
+    pending_.clear();
+  }
+  if (!running()) {
+    std::string why;
+    if (!Start(why)) return {HostAnswer::Kind::Unavailable, 0, why};
+    allowance += startMs_;
+  }
+  process_->write((line + "\n").c_str());
+  process_->waitForBytesWritten(1000);
+  const QDeadlineTimer deadline(allowance);
+  const std::string prefix = P::kAnswerPrefix;
+  for (;;) {
+    // Whole lines only; whatever a plugin prints itself is passed by.
+    for (size_t nl; (nl = pending_.find('\n')) != std::string::npos;) {
+      std::string got = pending_.substr(0, nl);
+      pending_.erase(0, nl + 1);
+      if (!got.empty() && got.back() == '\r') got.pop_back();
+      if (got.compare(0, prefix.size(), prefix) != 0) continue;
+      got.erase(0, prefix.size());
+      if (got == "OK") return answer;
+      answer.kind = HostAnswer::Kind::Failed;
+      if (got.compare(0, 4, "ERR ") == 0) {
+        const size_t space = got.find(' ', 4);
+        answer.code = std::atoi(got.substr(4, space - 4).c_str());
+        answer.message = space == std::string::npos ? std::string() : got.substr(space + 1);
+      } else {
+        answer.message = got;
+      }
+      if (answer.code == static_cast<int>(P::HostError::Crashed)) {
+        answer.kind = HostAnswer::Kind::Crashed;
+        Stop();
+      }
+      return answer;
+    }
+    if (process_->state() == QProcess::NotRunning) {
+      Stop();
+      return {HostAnswer::Kind::Crashed, static_cast<int>(P::HostError::Crashed),
+              "the plugin host ended unexpectedly"};
+    }
+    if (cancel_ && cancel_()) {
+      // A plugin cannot be interrupted from outside but by ending its process.
+      process_->kill();
+      process_->waitForFinished(3000);
+      Stop();
+      return {HostAnswer::Kind::Cancelled, 0, "stopped by the user"};
+    }
+    if (deadline.hasExpired()) {
+      process_->kill();
+      process_->waitForFinished(3000);
+      Stop();
+      return {HostAnswer::Kind::TimedOut, 0,
+              "the plugin did not finish within " + std::to_string(allowance / 1000) +
+                  " seconds and was stopped"};
+    }
+    const int wait = int(std::min<qint64>(deadline.remainingTime(), 200));
+    if (process_->waitForReadyRead(wait < 1 ? 1 : wait) || process_->bytesAvailable() > 0)
+      pending_ += process_->readAllStandardOutput().toStdString();
+  }
+}
+
+HostAnswer PlugHostClient::Probe(const std::string& plugin) {
+  return Request("PROBE\t" + ToWinePath(plugin), timeoutMs_);
+}
+
+HostAnswer PlugHostClient::About(const std::string& plugin) {
+  // An about box waits for the user.
+  return Request("ABOUT\t" + ToWinePath(plugin), std::max(timeoutMs_, 600000));
+}
+
+HostAnswer PlugHostClient::Run(const std::string& plugin, QImage& picture, const std::string& paramsFile,
+                               bool dialog) {
+  const int planes = picture.format() == QImage::Format_RGBA8888 ? 4 : 3;
+  if (planes == 3 && picture.format() != QImage::Format_RGB888)
+    return {HostAnswer::Kind::Failed, static_cast<int>(P::HostError::BadPicture), "unsupported picture format"};
+  if (!work_) {
+    work_ = std::make_unique<QTemporaryDir>();
+    if (!work_->isValid()) {
+      work_.reset();
+      return {HostAnswer::Kind::Failed, static_cast<int>(P::HostError::BadPicture),
+              "no temporary folder for the pictures"};
+    }
+  }
+  const QString in = work_->filePath("in.trpx"), out = work_->filePath("out.trpx");
+  QFile::remove(out);
+  if (!WritePicture(in, picture, planes))
+    return {HostAnswer::Kind::Failed, static_cast<int>(P::HostError::BadPicture), "the picture could not be written"};
+  const std::string params = paramsFile.empty() ? std::string("-") : ToWinePath(paramsFile);
+  HostAnswer a = Request("RUN\t" + ToWinePath(plugin) + "\t" + ToWinePath(in.toStdString()) + "\t" +
+                             ToWinePath(out.toStdString()) + "\t" + params + "\t" + (dialog ? "1" : "0"),
+                         dialog ? std::max(timeoutMs_, 600000) : timeoutMs_);
+  if (!a.ok()) return a;
+  QImage result(picture.size(), picture.format());
+  if (!ReadPicture(out, result, planes))
+    return {HostAnswer::Kind::Failed, static_cast<int>(P::HostError::BadPicture), "the result could not be read"};
+  picture = std::move(result);
+  return a;
+}
+
+}  // namespace trel

@@ -1,0 +1,584 @@
+// trel-plughost.exe: runs Photoshop-compatible filter plugins for Trel, one
+// process per architecture, under Wine. It reads requests from standard input
+// (see HostProtocol.h), keeps the plugins it has loaded, and answers each
+// request with one line. A plugin that crashes takes only this process down;
+// one that hangs is killed by Trel.
+#include <windows.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "HostProtocol.h"
+#include "PiApi.h"
+
+namespace {
+
+using trel::plughost::HostError;
+
+struct Failure {
+  HostError code;
+  std::string text;
+};
+
+void Answer(const Failure& f) {
+  if (f.code == HostError::None)
+    std::printf("%sOK\n", trel::plughost::kAnswerPrefix);
+  else
+    std::printf("%sERR %d %s\n", trel::plughost::kAnswerPrefix, static_cast<int>(f.code), f.text.c_str());
+  std::fflush(stdout);
+}
+
+// --- handles and buffers ------------------------------------------------------
+// A handle is a pointer to the pointer to its bytes, as plugins expect; the
+// size lives beside it.
+struct HandleBlock {
+  char* data;  // must stay first: the handle points here
+  int32_t size;
+};
+
+std::map<PIHandle, HandleBlock*> g_handles;
+
+PIHandle NewHandle(int32_t size) {
+  if (size < 0) return nullptr;
+  auto* block = new HandleBlock{static_cast<char*>(std::calloc(size_t(size) + 1, 1)), size};
+  if (!block->data) {
+    delete block;
+    return nullptr;
+  }
+  PIHandle h = &block->data;
+  g_handles[h] = block;
+  return h;
+}
+void DisposeHandle(PIHandle h) {
+  auto it = g_handles.find(h);
+  if (it == g_handles.end()) return;
+  std::free(it->second->data);
+  delete it->second;
+  g_handles.erase(it);
+}
+int32_t GetHandleSize(PIHandle h) {
+  auto it = g_handles.find(h);
+  return it == g_handles.end() ? 0 : it->second->size;
+}
+PIOSErr SetHandleSize(PIHandle h, int32_t size) {
+  auto it = g_handles.find(h);
+  if (it == g_handles.end() || size < 0) return piMemFullErr;
+  char* grown = static_cast<char*>(std::realloc(it->second->data, size_t(size) + 1));
+  if (!grown) return piMemFullErr;
+  if (size > it->second->size) std::memset(grown + it->second->size, 0, size_t(size - it->second->size));
+  it->second->data = grown;
+  it->second->size = size;
+  return piNoErr;
+}
+char* LockHandle(PIHandle h, PIBoolean) { return g_handles.count(h) ? *h : nullptr; }
+void UnlockHandle(PIHandle) {}
+void RecoverSpace(int32_t) {}
+
+std::map<PIBufferID, std::vector<char>> g_buffers;
+PIOSErr AllocateBuffer(int32_t size, PIBufferID* id) {
+  if (size < 0 || !id) return piMemFullErr;
+  auto* key = reinterpret_cast<PIBufferID>(new char);
+  g_buffers[key].assign(size_t(size) + 1, 0);
+  *id = key;
+  return piNoErr;
+}
+char* LockBuffer(PIBufferID id, PIBoolean) {
+  auto it = g_buffers.find(id);
+  return it == g_buffers.end() ? nullptr : it->second.data();
+}
+void UnlockBuffer(PIBufferID) {}
+void FreeBuffer(PIBufferID id) {
+  if (g_buffers.erase(id)) delete static_cast<char*>(id);
+}
+int32_t BufferSpace() { return 256 << 20; }
+
+// --- services we do not offer ----------------------------------------------------
+bool g_askedUnsupported = false;
+const char* g_unsupportedWhat = "";
+
+PIOSErr NotSupported(const char* what) {
+  g_askedUnsupported = true;
+  g_unsupportedWhat = what;
+  return piErrPlugInHostInsufficient;
+}
+PIOSErr ColorServices(void*) { return NotSupported("colour services"); }
+PIOSErr DisplayPixels(const void*, const void*, int32_t, int32_t, void*) { return NotSupported("display services"); }
+PIOSErr GetProperty(PIOSType, PIOSType, int32_t, intptr_t* simple, PIHandle* complex) {
+  if (simple) *simple = 0;
+  if (complex) *complex = nullptr;
+  return piErrPlugInPropertyUndefined;
+}
+PIOSErr SetProperty(PIOSType, PIOSType, int32_t, intptr_t, PIHandle) { return piErrPlugInPropertyUndefined; }
+int16_t CountResources(PIOSType) { return 0; }
+PIHandle GetResource(PIOSType, int16_t) { return nullptr; }
+void DeleteResource(PIOSType, int16_t) {}
+PIOSErr AddResource(PIOSType, PIHandle) { return NotSupported("resources"); }
+PIBoolean TestAbort() { return 0; }
+void Progress(int32_t, int32_t) {}
+void HostProc(int16_t, intptr_t*) {}
+void ProcessEvent(void*) {}
+int32_t AcquireSuite(const char*, int32_t, const void** suite) {
+  if (suite) *suite = nullptr;
+  g_askedUnsupported = true;
+  g_unsupportedWhat = "plugin suites";
+  return 0x53214664;  // "suite not found"
+}
+int32_t ReleaseSuite(const char*, int32_t) { return 0; }
+PIBoolean IsEqual(const char* a, const char* b) { return a && b && std::strcmp(a, b) == 0; }
+int32_t AllocateBlock(size_t size, void** block) {
+  *block = std::malloc(size ? size : 1);
+  return *block ? 0 : -108;
+}
+int32_t FreeBlock(void* block) {
+  std::free(block);
+  return 0;
+}
+int32_t ReallocateBlock(void* block, size_t size, void** out) {
+  *out = std::realloc(block, size ? size : 1);
+  return *out ? 0 : -108;
+}
+int32_t Undefined() { return -1; }
+
+PIBufferProcs g_bufferProcs{2, 5, AllocateBuffer, LockBuffer, UnlockBuffer, FreeBuffer, BufferSpace};
+PIHandleProcs g_handleProcs{1,           8,           NewHandle,    DisposeHandle, GetHandleSize,
+                            SetHandleSize, LockHandle, UnlockHandle, RecoverSpace,  DisposeHandle};
+PIResourceProcs g_resourceProcs{3, 4, CountResources, GetResource, DeleteResource, AddResource};
+PIPropertyProcs g_propertyProcs{1, 2, GetProperty, SetProperty};
+PISPBasicSuite g_basicSuite{AcquireSuite, ReleaseSuite, IsEqual, AllocateBlock, FreeBlock, ReallocateBlock,
+                            Undefined};
+
+// --- pictures ----------------------------------------------------------------------
+struct Picture {
+  int width = 0, height = 0, planes = 0;
+  std::vector<unsigned char> bytes;
+  unsigned char* at(int x, int y) { return bytes.data() + (size_t(y) * size_t(width) + size_t(x)) * size_t(planes); }
+};
+
+uint32_t Le32(const unsigned char* p) { return p[0] | p[1] << 8 | p[2] << 16 | uint32_t(p[3]) << 24; }
+void PutLe32(unsigned char* p, uint32_t v) {
+  for (int i = 0; i < 4; ++i) p[i] = static_cast<unsigned char>(v >> (8 * i));
+}
+
+// Requests carry paths as UTF-8, whatever Wine's code page.
+std::wstring Wide(const std::string& utf8) {
+  const int n = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), int(utf8.size()), nullptr, 0);
+  std::wstring w(size_t(n > 0 ? n : 0), L'\0');
+  if (n > 0) MultiByteToWideChar(CP_UTF8, 0, utf8.data(), int(utf8.size()), &w[0], n);
+  return w;
+}
+
+FILE* Open(const std::string& utf8, const wchar_t* mode) { return _wfopen(Wide(utf8).c_str(), mode); }
+
+bool ReadPicture(const std::string& path, Picture& pic) {
+  FILE* f = Open(path, L"rb");
+  if (!f) return false;
+  unsigned char head[trel::plughost::kPictureHeader];
+  bool ok = std::fread(head, 1, sizeof head, f) == sizeof head && Le32(head) == trel::plughost::kPictureMagic;
+  if (ok) {
+    pic.width = int(Le32(head + 4));
+    pic.height = int(Le32(head + 8));
+    pic.planes = int(Le32(head + 12));
+    ok = pic.width > 0 && pic.height > 0 && pic.width <= 30000 && pic.height <= 30000 &&
+         (pic.planes == 3 || pic.planes == 4);
+  }
+  if (ok) {
+    pic.bytes.resize(size_t(pic.width) * size_t(pic.height) * size_t(pic.planes));
+    ok = std::fread(pic.bytes.data(), 1, pic.bytes.size(), f) == pic.bytes.size();
+  }
+  std::fclose(f);
+  return ok;
+}
+
+bool WritePicture(const std::string& path, const Picture& pic) {
+  FILE* f = Open(path, L"wb");
+  if (!f) return false;
+  unsigned char head[trel::plughost::kPictureHeader];
+  PutLe32(head, trel::plughost::kPictureMagic);
+  PutLe32(head + 4, uint32_t(pic.width));
+  PutLe32(head + 8, uint32_t(pic.height));
+  PutLe32(head + 12, uint32_t(pic.planes));
+  bool ok = std::fwrite(head, 1, sizeof head, f) == sizeof head &&
+            std::fwrite(pic.bytes.data(), 1, pic.bytes.size(), f) == pic.bytes.size();
+  return std::fclose(f) == 0 && ok;
+}
+
+// --- the buffers handed to the plugin ------------------------------------------------
+// Each buffer has guard bytes on both sides; a plugin that writes into them
+// wrote outside what it was given.
+constexpr size_t kGuard = 4096;
+constexpr unsigned char kGuardByte = 0xA5;
+
+struct GuardedBuffer {
+  std::vector<unsigned char> storage;
+  size_t size = 0;
+  unsigned char* data() { return storage.data() + kGuard; }
+  void Reset(size_t n) {
+    size = n;
+    storage.assign(n + 2 * kGuard, kGuardByte);
+  }
+  bool Intact() const {
+    for (size_t i = 0; i < kGuard; ++i)
+      if (storage[i] != kGuardByte || storage[kGuard + size + i] != kGuardByte) return false;
+    return true;
+  }
+};
+
+struct Area {
+  PIRect16 rect{};
+  int lo = 0, hi = -1;
+  bool active = false;
+};
+
+// One filter run: the source, the result and the two windows into them.
+struct Run {
+  PIFilterRecord* rec = nullptr;
+  Picture* source = nullptr;
+  Picture* result = nullptr;
+  GuardedBuffer in, out;
+  Area outArea;
+  bool overrun = false;
+};
+Run* g_run = nullptr;
+
+bool EmptyRect(const PIRect16& r) { return r.right <= r.left || r.bottom <= r.top; }
+
+// Copies the requested rectangle and planes of `pic` into `buf`, rows of
+// width x planes bytes; pixels outside the picture repeat its edge.
+int32_t FillBuffer(GuardedBuffer& buf, Picture& pic, const PIRect16& r, int lo, int hi) {
+  const int w = r.right - r.left, h = r.bottom - r.top, np = hi - lo + 1;
+  const int32_t rowBytes = w * np;
+  buf.Reset(size_t(rowBytes) * size_t(h));
+  for (int y = 0; y < h; ++y) {
+    const int sy = std::min(std::max(r.top + y, 0), pic.height - 1);
+    unsigned char* row = buf.data() + size_t(y) * size_t(rowBytes);
+    for (int x = 0; x < w; ++x) {
+      const int sx = std::min(std::max(r.left + x, 0), pic.width - 1);
+      std::memcpy(row + size_t(x) * size_t(np), pic.at(sx, sy) + lo, size_t(np));
+    }
+  }
+  return rowBytes;
+}
+
+void Commit(Run& run) {
+  if (!run.outArea.active) return;
+  run.outArea.active = false;
+  if (!run.out.Intact() || !run.in.Intact()) run.overrun = true;
+  const PIRect16& r = run.outArea.rect;
+  const int w = r.right - r.left, np = run.outArea.hi - run.outArea.lo + 1;
+  for (int y = r.top; y < r.bottom; ++y) {
+    if (y < 0 || y >= run.result->height) continue;
+    const unsigned char* row = run.out.data() + size_t(y - r.top) * size_t(w) * size_t(np);
+    for (int x = r.left; x < r.right; ++x) {
+      if (x < 0 || x >= run.result->width) continue;
+      std::memcpy(run.result->at(x, y) + run.outArea.lo, row + size_t(x - r.left) * size_t(np), size_t(np));
+    }
+  }
+}
+
+bool PlanesOk(int lo, int hi, int planes) { return lo >= 0 && lo <= hi && hi < planes; }
+
+// Gives the plugin what its rectangles and planes now ask for, after taking
+// back what it wrote into the last output window.
+PIOSErr Advance() {
+  if (!g_run) return piErrPlugInHostInsufficient;
+  Run& run = *g_run;
+  PIFilterRecord& rec = *run.rec;
+  Commit(run);
+  if (run.overrun) return piFilterBadParameters;
+  const int planes = run.source->planes;
+  if (!EmptyRect(rec.inRect) && PlanesOk(rec.inLoPlane, rec.inHiPlane, planes)) {
+    rec.inRowBytes = FillBuffer(run.in, *run.source, rec.inRect, rec.inLoPlane, rec.inHiPlane);
+    rec.inData = run.in.data();
+    rec.inColumnBytes = rec.inHiPlane - rec.inLoPlane + 1;
+    rec.inPlaneBytes = 1;
+  } else {
+    rec.inData = nullptr;
+    run.in.Reset(0);
+  }
+  if (!EmptyRect(rec.outRect) && PlanesOk(rec.outLoPlane, rec.outHiPlane, planes)) {
+    rec.outRowBytes = FillBuffer(run.out, *run.result, rec.outRect, rec.outLoPlane, rec.outHiPlane);
+    rec.outData = run.out.data();
+    rec.outColumnBytes = rec.outHiPlane - rec.outLoPlane + 1;
+    rec.outPlaneBytes = 1;
+    run.outArea = {rec.outRect, rec.outLoPlane, rec.outHiPlane, true};
+  } else {
+    rec.outData = nullptr;
+    run.out.Reset(0);
+  }
+  rec.maskData = nullptr;
+  return piNoErr;
+}
+
+// --- plugins -------------------------------------------------------------------------
+struct LoadedPlugin {
+  HMODULE module = nullptr;
+  PIFilterEntry entry = nullptr;
+  intptr_t data = 0;               // the plugin's own globals between calls
+  PIHandle parameters = nullptr;   // kept for the next run without a dialog
+};
+std::map<std::string, LoadedPlugin> g_plugins;
+
+#ifdef _WIN64
+constexpr uint32_t kEntryKey = PI_CODE('8', '6', '6', '4');
+#else
+constexpr uint32_t kEntryKey = PI_CODE('w', 'x', '8', '6');
+#endif
+
+// The entry point named in the plugin's PiPL for this architecture, "" if none.
+BOOL CALLBACK VisitPiPL(HMODULE m, LPCSTR type, LPSTR name, LONG_PTR param) {
+  HRSRC res = FindResourceA(m, name, type);
+  HGLOBAL loaded = res ? LoadResource(m, res) : nullptr;
+  const auto* p = static_cast<const unsigned char*>(loaded ? LockResource(loaded) : nullptr);
+  const DWORD size = res ? SizeofResource(m, res) : 0;
+  if (!p || size < 10) return TRUE;
+  const uint32_t count = Le32(p + 6);
+  size_t at = 10;
+  for (uint32_t i = 0; i < count && at + 16 <= size; ++i) {
+    const uint32_t key = Le32(p + at + 4), length = Le32(p + at + 12);
+    const size_t dataAt = at + 16;
+    if (length > size - dataAt) break;
+    if (key == kEntryKey) {
+      const char* text = reinterpret_cast<const char*>(p + dataAt);
+      reinterpret_cast<std::string*>(param)->assign(text, strnlen(text, length));
+      return FALSE;
+    }
+    at = dataAt + ((length + 3) & ~3u);
+  }
+  return TRUE;
+}
+
+std::string EntryFromPiPL(HMODULE module) {
+  std::string name;
+  EnumResourceNamesA(module, "PIPL", VisitPiPL, reinterpret_cast<LONG_PTR>(&name));
+  return name;
+}
+
+Failure Load(const std::string& path, LoadedPlugin*& out) {
+  auto it = g_plugins.find(path);
+  if (it != g_plugins.end()) {
+    out = &it->second;
+    return {};
+  }
+  HMODULE module = LoadLibraryExW(Wide(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+  if (!module)
+    return {HostError::LoadFailed, "the plugin could not be loaded (Windows error " +
+                                       std::to_string(GetLastError()) + ")"};
+  const std::string entryName = EntryFromPiPL(module);
+  if (entryName.empty()) {
+    FreeLibrary(module);
+    return {HostError::NoEntryPoint, "the plugin names no entry point for this architecture"};
+  }
+  auto entry = reinterpret_cast<PIFilterEntry>(reinterpret_cast<void*>(GetProcAddress(module, entryName.c_str())));
+  if (!entry) {
+    FreeLibrary(module);
+    return {HostError::NoEntryPoint, "the plugin has no entry point " + entryName};
+  }
+  LoadedPlugin& p = g_plugins[path];
+  p.module = module;
+  p.entry = entry;
+  out = &p;
+  return {};
+}
+
+Failure FromResult(int16_t result, const char* stage) {
+  if (result == piNoErr) return {};
+  if (result == piUserCanceledErr) return {HostError::Cancelled, "cancelled"};
+  if (g_askedUnsupported)
+    return {HostError::Unsupported, std::string("the plugin needs ") + g_unsupportedWhat +
+                                        ", which this host does not offer (error " + std::to_string(result) + ")"};
+  return {HostError::PluginError,
+          std::string("the plugin returned error ") + std::to_string(result) + " at " + stage};
+}
+
+void LoadParameters(LoadedPlugin& p, const std::string& file) {
+  if (file == "-") return;
+  FILE* f = Open(file, L"rb");
+  if (!f) return;
+  std::vector<char> bytes;
+  char chunk[4096];
+  size_t n;
+  while ((n = std::fread(chunk, 1, sizeof chunk, f)) > 0) bytes.insert(bytes.end(), chunk, chunk + n);
+  std::fclose(f);
+  if (bytes.empty()) return;
+  if (!g_handles.count(p.parameters)) p.parameters = nullptr;
+  if (!p.parameters) p.parameters = NewHandle(int32_t(bytes.size()));
+  else SetHandleSize(p.parameters, int32_t(bytes.size()));
+  if (p.parameters) std::memcpy(*p.parameters, bytes.data(), bytes.size());
+}
+
+void SaveParameters(const LoadedPlugin& p, const std::string& file) {
+  // Only a handle of ours has a known size; one the plugin made itself stays in memory.
+  if (file == "-" || !g_handles.count(p.parameters)) return;
+  FILE* f = Open(file, L"wb");
+  if (!f) return;
+  std::fwrite(*p.parameters, 1, size_t(GetHandleSize(p.parameters)), f);
+  std::fclose(f);
+}
+
+PIPlatformData g_platform{0};
+
+void PrepareRecord(PIFilterRecord& rec, const Picture& pic) {
+  std::memset(&rec, 0, sizeof rec);
+  rec.serialNumber = 0;
+  rec.abortProc = TestAbort;
+  rec.progressProc = Progress;
+  rec.imageSize = {int16_t(pic.height), int16_t(pic.width)};
+  rec.planes = int16_t(pic.planes);
+  rec.filterRect = {0, 0, int16_t(pic.height), int16_t(pic.width)};
+  rec.background = {0xFFFF, 0xFFFF, 0xFFFF};
+  rec.foreground = {0, 0, 0};
+  rec.backColor[0] = rec.backColor[1] = rec.backColor[2] = 255;
+  rec.maxSpace = 256 << 20;
+  rec.hostSig = PI_CODE('T', 'R', 'E', 'L');
+  rec.hostProc = HostProc;
+  rec.imageMode = piModeRGBColor;
+  rec.imageHRes = rec.imageVRes = 72 << 16;
+  rec.wholeSize = rec.imageSize;
+  rec.monitor.gamma = 0x1CCCC;  // 1.8
+  rec.platformData = &g_platform;
+  rec.bufferProcs = &g_bufferProcs;
+  rec.resourceProcs = &g_resourceProcs;
+  rec.processEvent = ProcessEvent;
+  rec.displayPixels = DisplayPixels;
+  rec.handleProcs = &g_handleProcs;
+  rec.filterCase = pic.planes == 4 ? piFilterCaseEditableTransparencyNoSelection : piFilterCaseFlatImageNoSelection;
+  rec.dummyPlaneValue = -1;
+  rec.advanceState = Advance;
+  rec.getPropertyObsolete = GetProperty;
+  rec.inputRate = rec.maskRate = 1 << 16;
+  rec.colorServices = ColorServices;
+  const int16_t layer = 3, transparency = pic.planes == 4 ? 1 : 0;
+  rec.inLayerPlanes = rec.outLayerPlanes = rec.absLayerPlanes = layer;
+  rec.inTransparencyMask = rec.outTransparencyMask = rec.absTransparencyMask = transparency;
+  rec.propertyProcs = &g_propertyProcs;
+  rec.sSPBasic = &g_basicSuite;
+  rec.depth = 8;
+}
+
+Failure RunPlugin(const std::string& plugin, const std::string& inPath, const std::string& outPath,
+                  const std::string& paramsFile, bool dialog) {
+  LoadedPlugin* p = nullptr;
+  Failure f = Load(plugin, p);
+  if (f.code != HostError::None) return f;
+  Picture source, result;
+  if (!ReadPicture(inPath, source)) return {HostError::BadPicture, "the picture could not be read"};
+  result = source;
+  auto rec = std::make_unique<PIFilterRecord>();
+  PrepareRecord(*rec, source);
+  LoadParameters(*p, paramsFile);
+  rec->parameters = p->parameters;
+  g_askedUnsupported = false;
+  Run run;
+  run.rec = rec.get();
+  run.source = &source;
+  run.result = &result;
+  g_run = &run;
+  int16_t r = 0;
+  auto call = [&](int16_t selector) {
+    r = 0;
+    p->entry(selector, rec.get(), &p->data, &r);
+    p->parameters = rec->parameters;
+  };
+  struct Reset {
+    ~Reset() { g_run = nullptr; }
+  } reset;
+  // Only a run from the window asks for the dialog; a preview runs with the
+  // last or stored parameters, or none, and the plugin's defaults.
+  if (dialog) {
+    call(filterSelectorParameters);
+    if (r != piNoErr) return FromResult(r, "parameters");
+  }
+  call(filterSelectorPrepare);
+  if (r != piNoErr) return FromResult(r, "prepare");
+  call(filterSelectorStart);
+  if (r != piNoErr || run.overrun) {
+    const int16_t failed = r;
+    call(filterSelectorFinish);
+    return run.overrun ? Failure{HostError::OutsideBuffers, "the plugin wrote outside its buffers"}
+                       : FromResult(failed, "start");
+  }
+  for (int guard = 0; guard < 1 << 24; ++guard) {
+    if (Advance() != piNoErr) break;
+    if (rec->inData == nullptr && rec->outData == nullptr && EmptyRect(rec->inRect) && EmptyRect(rec->outRect))
+      break;
+    call(filterSelectorContinue);
+    if (r != piNoErr) break;
+  }
+  Commit(run);
+  const int16_t stopped = r;
+  call(filterSelectorFinish);
+  if (run.overrun) return {HostError::OutsideBuffers, "the plugin wrote outside its buffers"};
+  if (stopped != piNoErr) return FromResult(stopped, "continue");
+  if (r != piNoErr) return FromResult(r, "finish");
+  if (!WritePicture(outPath, result)) return {HostError::BadPicture, "the result could not be written"};
+  SaveParameters(*p, paramsFile);
+  return {};
+}
+
+Failure About(const std::string& plugin) {
+  LoadedPlugin* p = nullptr;
+  Failure f = Load(plugin, p);
+  if (f.code != HostError::None) return f;
+  PIAboutRecord about{};
+  about.platformData = &g_platform;
+  about.sSPBasic = &g_basicSuite;
+  int16_t r = 0;
+  p->entry(filterSelectorAbout, &about, &p->data, &r);
+  return FromResult(r, "about");
+}
+
+LONG WINAPI OnCrash(EXCEPTION_POINTERS* info) {
+  char code[32];
+  std::snprintf(code, sizeof code, "0x%08lX", info && info->ExceptionRecord
+                                                   ? static_cast<unsigned long>(info->ExceptionRecord->ExceptionCode)
+                                                   : 0ul);
+  Answer({HostError::Crashed, std::string("the plugin crashed (exception ") + code + ")"});
+  ExitProcess(70);
+  return EXCEPTION_EXECUTE_HANDLER;
+}
+
+std::vector<std::string> Split(const std::string& line) {
+  std::vector<std::string> parts;
+  size_t start = 0;
+  for (;;) {
+    const size_t tab = line.find('\t', start);
+    parts.push_back(line.substr(start, tab - start));
+    if (tab == std::string::npos) break;
+    start = tab + 1;
+  }
+  return parts;
+}
+
+}  // namespace
+
+int main() {
+  SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
+  SetUnhandledExceptionFilter(OnCrash);
+  std::string line;
+  int c;
+  for (;;) {
+    line.clear();
+    while ((c = std::fgetc(stdin)) != EOF && c != '\n')
+      if (c != '\r') line += static_cast<char>(c);
+    if (c == EOF && line.empty()) break;
+    const std::vector<std::string> req = Split(line);
+    const std::string& cmd = req[0];
+    if (cmd == "QUIT") break;
+    if (cmd == "PROBE" && req.size() == 2) {
+      LoadedPlugin* p = nullptr;
+      Answer(Load(req[1], p));
+    } else if (cmd == "RUN" && req.size() == 6) {
+      Answer(RunPlugin(req[1], req[2], req[3], req[4], req[5] == "1"));
+    } else if (cmd == "ABOUT" && req.size() == 2) {
+      Answer(About(req[1]));
+    } else {
+      Answer({HostError::Usage, "unknown request"});
+    }
+  }
+  return 0;
+}

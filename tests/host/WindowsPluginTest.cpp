@@ -1,0 +1,247 @@
+// Windows plugins in the out-of-process host, under Wine: the filters of
+// src/plughost/testplugins, built by mingw-w64 for each architecture. Without
+// Wine or the cross compilers these tests skip and say which is missing.
+#include <chrono>
+#include <filesystem>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include <QImage>
+
+#include "HostTestSupport.h"
+#include "host/ImageLibrary.h"
+#include "host/PlugHostClient.h"
+#include "host/PluginHost.h"
+#include "support/RecordingShell.h"
+#include "support/TempDir.h"
+
+namespace trel {
+namespace {
+
+std::string TestPlugin(const std::string& name) { return std::string(TREL_PLUGHOST_TEST_DIR) + "/" + name; }
+
+// Why the 64-bit host cannot run these tests here; "" if it can.
+std::string Missing64() {
+  if (!std::filesystem::exists(TestPlugin("invert64.8bf")))
+    return "the test plugins were not built (no x86_64-w64-mingw32 cross compiler)";
+  if (FindWine(false).empty()) return "wine64 is not installed";
+  return {};
+}
+
+#define REQUIRE_WINE64()                           \
+  do {                                             \
+    const std::string why = Missing64();           \
+    if (!why.empty()) GTEST_SKIP() << why;         \
+  } while (0)
+
+bool IsInverse(const QImage& a, const QImage& b) {
+  if (a.size() != b.size()) return false;
+  for (int y = 0; y < a.height(); ++y)
+    for (int x = 0; x < a.width(); ++x) {
+      const QColor p = a.pixelColor(x, y), q = b.pixelColor(x, y);
+      if (p.red() + q.red() != 255 || p.green() + q.green() != 255 || p.blue() + q.blue() != 255 ||
+          p.alpha() != q.alpha())
+        return false;
+    }
+  return true;
+}
+
+class WindowsPluginTest : public ::testing::Test {
+ protected:
+  test::TempDir dir;
+  test::RecordingShell shell;
+  ImageLibrary lib{shell};
+
+  void SetUp() override { ASSERT_EQ(lib.ImgPlugInHostLoad(dir.path()), IMG_OK); }
+  int32_t Run(const std::string& plugin, ImgHandle image, const ImgRect& rect) {
+    const int32_t loaded = lib.ImgPlugInLoad(plugin);
+    if (loaded != IMG_OK) return loaded;
+    return lib.ImgPlugInInvoke(image, 0, rect);
+  }
+};
+
+TEST(PlugHostClientTest, MachineOfAPluginFileAndItsWinePath) {
+  test::TempDir dir;
+  std::string pe(512, '\0');
+  pe[0] = 'M';
+  pe[1] = 'Z';
+  pe[60] = char(0x80);
+  pe.replace(0x80, 4, std::string("PE\0\0", 4));
+  const struct {
+    const char* name;
+    unsigned char lo, hi;
+    PluginMachine expected;
+  } rows[] = {{"x64.8bf", 0x64, 0x86, PluginMachine::X64},
+              {"x86.8bf", 0x4C, 0x01, PluginMachine::X86},
+              {"arm.8bf", 0x64, 0xAA, PluginMachine::Other}};
+  for (const auto& row : rows) {
+    std::string bytes = pe;
+    bytes[0x84] = char(row.lo);
+    bytes[0x85] = char(row.hi);
+    EXPECT_EQ(PluginMachineOf(dir.Write(row.name, bytes)), row.expected) << row.name;
+  }
+  EXPECT_EQ(PluginMachineOf(dir.Write("text.8bf", "not a plugin")), PluginMachine::NotWindows);
+  EXPECT_EQ(PluginMachineOf(dir.Write("cut.8bf", pe.substr(0, 0x82))), PluginMachine::NotWindows);
+  EXPECT_EQ(PluginMachineOf(dir.file("missing.8bf")), PluginMachine::NotWindows);
+  EXPECT_EQ(ToWinePath("/tmp/a b/c.8bf"), "Z:\\tmp\\a b\\c.8bf");
+  EXPECT_EQ(ToWinePath("/tmp/\xC3\xA4/c.8bf"), "Z:\\tmp\\\xC3\xA4\\c.8bf");  // UTF-8 stays UTF-8
+}
+
+TEST_F(WindowsPluginTest, InvertsInStripsAndKeepsTheHostForTheNextRun) {
+  REQUIRE_WINE64();
+  // 150 rows: the plugin works in strips of 64, so the last one is short.
+  const QImage original = test::PatternPicture(90, 150, false);
+  const ImgHandle h = lib.Adopt(original);
+  ASSERT_EQ(Run(TestPlugin("invert64.8bf"), h, {0, 0, 89, 149}), IMG_OK) << lib.ImgErrString();
+  EXPECT_TRUE(IsInverse(original, *lib.image(h)));
+  EXPECT_EQ(lib.image(h)->format(), original.format());
+  const qint64 pid = lib.hostClient(false).processId();
+  EXPECT_NE(pid, 0);
+
+  // A rectangle: only it changes; the same host process does the work.
+  lib.ImgPlugInHostUnload();
+  lib.ImgPlugInHostLoad(dir.path());
+  ASSERT_EQ(Run(TestPlugin("invert64.8bf"), h, {10, 20, 39, 99}), IMG_OK) << lib.ImgErrString();
+  const QImage& twice = *lib.image(h);
+  EXPECT_EQ(twice.pixelColor(15, 25), original.pixelColor(15, 25));
+  EXPECT_EQ(twice.pixelColor(50, 25).red(), 255 - original.pixelColor(50, 25).red());
+  EXPECT_EQ(twice.pixelColor(15, 100).red(), 255 - original.pixelColor(15, 100).red());
+  EXPECT_EQ(lib.hostClient(false).processId(), pid);
+}
+
+TEST_F(WindowsPluginTest, RunsFromAnotherThreadAndBack) {
+  REQUIRE_WINE64();
+  const QImage original = test::PatternPicture(20, 10, false);
+  const ImgHandle h = lib.Adopt(original);
+  ASSERT_EQ(Run(TestPlugin("invert64.8bf"), h, {0, 0, 19, 9}), IMG_OK) << lib.ImgErrString();
+  int32_t inWorker = 0;
+  std::thread worker([&] { inWorker = Run(TestPlugin("invert64.8bf"), h, {0, 0, 19, 9}); });
+  worker.join();
+  EXPECT_EQ(inWorker, IMG_OK) << lib.ImgErrString();
+  EXPECT_EQ(*lib.image(h), original);  // inverted twice
+  ASSERT_EQ(Run(TestPlugin("invert64.8bf"), h, {0, 0, 19, 9}), IMG_OK) << lib.ImgErrString();
+  EXPECT_TRUE(IsInverse(original, *lib.image(h)));
+}
+
+TEST_F(WindowsPluginTest, TransparencyIsCarriedThroughUnchangedFromAnyFolderName) {
+  REQUIRE_WINE64();
+  // Plugin folders often carry accents; the host gets the path whole.
+  const std::string folder = dir.path() + "Filter \xC3\xA4\xC3\xB6\xC3\xBC \xE2\x82\xAC/";
+  std::filesystem::create_directories(folder);
+  std::filesystem::copy_file(TestPlugin("invert64.8bf"), folder + "Invert.8bf");
+  const QImage original = test::PatternPicture(33, 70, true);
+  const ImgHandle h = lib.Adopt(original);
+  ASSERT_EQ(Run(folder + "Invert.8bf", h, {0, 0, 32, 69}), IMG_OK) << lib.ImgErrString();
+  EXPECT_TRUE(IsInverse(original, *lib.image(h)));
+}
+
+TEST_F(WindowsPluginTest, FaultyPluginsGiveTheLibrarysErrorAndTheHostRecovers) {
+  REQUIRE_WINE64();
+  const std::string notDll = dir.Write("text.8bf", std::string(4000, 'x'));
+  const struct {
+    std::string plugin;
+    int32_t status;
+    const char* says;  // part of the text ImgErrBox shows
+    bool atLoad;
+  } rows[] = {
+      {TestPlugin("crash64.8bf"), IMG_ERR_PLUGIN_CRASHED, "exception 0xC0000005", false},
+      {TestPlugin("errcode64.8bf"), IMG_ERR_PLUGIN_FAILED, "error -30100", false},
+      {TestPlugin("unsupported64.8bf"), IMG_ERR_HOST_SERVICE, "colour services", false},
+      {TestPlugin("outside64.8bf"), IMG_ERR_PLUGIN_OVERRUN, "outside its buffers", false},
+      {TestPlugin("noentry64.8bf"), IMG_ERR_NO_ENTRY, "NotThere", true},
+      {notDll, IMG_ERR_NOT_SUPPORTED, "no Windows DLL", true},
+  };
+  const QImage original = test::PatternPicture(20, 20, false);
+  const ImgHandle h = lib.Adopt(original);
+  for (const auto& row : rows) {
+    const int32_t loaded = lib.ImgPlugInLoad(row.plugin);
+    if (row.atLoad) {
+      EXPECT_EQ(loaded, row.status) << row.plugin;
+    } else {
+      ASSERT_EQ(loaded, IMG_OK) << row.plugin << ": " << lib.ImgErrString();
+      EXPECT_EQ(lib.ImgPlugInInvoke(h, 0, {0, 0, 19, 19}), row.status) << row.plugin;
+    }
+    EXPECT_EQ(lib.ImgGetStatus(), row.status) << row.plugin;
+    EXPECT_NE(lib.ImgErrString().find(row.says), std::string::npos) << lib.ImgErrString();
+    EXPECT_EQ(*lib.image(h), original) << row.plugin << " changed the picture";
+  }
+  lib.ImgErrBox(0);
+  ASSERT_FALSE(shell.boxes.empty());
+  EXPECT_NE(shell.boxes.back().text.find("no Windows DLL"), std::string::npos);
+  // After a crash and all the rest, a good plugin still runs.
+  ASSERT_EQ(Run(TestPlugin("invert64.8bf"), h, {0, 0, 19, 19}), IMG_OK) << lib.ImgErrString();
+  EXPECT_TRUE(IsInverse(original, *lib.image(h)));
+}
+
+TEST_F(WindowsPluginTest, AHangingPluginIsStoppedAtTheTimeOut) {
+  REQUIRE_WINE64();
+  const ImgHandle h = lib.Adopt(test::PatternPicture(16, 16, false));
+  ASSERT_EQ(Run(TestPlugin("invert64.8bf"), h, {0, 0, 15, 15}), IMG_OK);  // the host is up
+  lib.setPluginTimeout(2000);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(Run(TestPlugin("hang64.8bf"), h, {0, 0, 15, 15}), IMG_ERR_PLUGIN_TIMEOUT);
+  const auto seconds =
+      std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - start).count();
+  EXPECT_LT(seconds, 10);
+  EXPECT_FALSE(lib.hostClient(false).running());
+  EXPECT_NE(lib.ImgErrString().find("2 seconds"), std::string::npos) << lib.ImgErrString();
+  lib.setPluginTimeout(30000);
+  EXPECT_EQ(Run(TestPlugin("invert64.8bf"), h, {0, 0, 15, 15}), IMG_OK) << lib.ImgErrString();
+}
+
+TEST_F(WindowsPluginTest, EscStopsARunningPlugin) {
+  REQUIRE_WINE64();
+  const QImage original = test::PatternPicture(16, 16, false);
+  const ImgHandle h = lib.Adopt(original);
+  ASSERT_EQ(Run(TestPlugin("invert64.8bf"), h, {0, 0, 15, 15}), IMG_OK);  // the host is up
+  const auto start = std::chrono::steady_clock::now();
+  lib.setCancel([&] { return std::chrono::steady_clock::now() - start > std::chrono::milliseconds(500); });
+  EXPECT_EQ(Run(TestPlugin("hang64.8bf"), h, {0, 0, 15, 15}), IMG_ERR_CANCELLED);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+  EXPECT_TRUE(IsInverse(original, *lib.image(h)));  // as the first run left it
+  lib.setCancel({});
+  EXPECT_EQ(Run(TestPlugin("invert64.8bf"), h, {0, 0, 15, 15}), IMG_OK) << lib.ImgErrString();
+}
+
+TEST_F(WindowsPluginTest, PluginInvokeShowsTheLoadBoxForADllWithoutEntryPoint) {
+  REQUIRE_WINE64();
+  HostState state;
+  state.mainWindow = 1;
+  state.PreviewImage = lib.Adopt(test::PatternPicture(8, 8, false));
+  QImage canvas(8, 8, QImage::Format_RGB32);
+  WindowHandle parent = 0;
+  bool result = true;
+  PluginInvoke(lib, state, shell, dir.path(), TestPlugin("noentry64.8bf"), &canvas, false, parent, result);
+  EXPECT_FALSE(result);
+  ASSERT_EQ(shell.boxes.size(), 1u);
+  EXPECT_EQ(shell.boxes[0].text.rfind("An error occured while loading the plugin!", 0), 0u);
+  PluginInvoke(lib, state, shell, dir.path(), TestPlugin("invert64.8bf"), &canvas, false, parent, result);
+  EXPECT_TRUE(result);
+}
+
+TEST_F(WindowsPluginTest, AboutBoxRunsInTheHost) {
+  REQUIRE_WINE64();
+  EXPECT_EQ(lib.ImgPlugInAbout(0, TestPlugin("invert64.8bf")), IMG_OK) << lib.ImgErrString();
+  EXPECT_EQ(lib.ImgPlugInAbout(0, TestPlugin("noentry64.8bf")), IMG_ERR_NO_ENTRY);
+}
+
+// 32-bit plugins need the 32-bit Wine; where it is missing the message names it.
+TEST_F(WindowsPluginTest, ThirtyTwoBitPluginsRunOrSayWhatIsMissing) {
+  if (!std::filesystem::exists(TestPlugin("invert32.8bf")))
+    GTEST_SKIP() << "the 32-bit test plugins were not built (no i686-w64-mingw32 cross compiler)";
+  const QImage original = test::PatternPicture(12, 9, false);
+  const ImgHandle h = lib.Adopt(original);
+  const int32_t st = Run(TestPlugin("invert32.8bf"), h, {0, 0, 11, 8});
+  if (FindWine(true).empty()) {
+    EXPECT_EQ(st, IMG_ERR_NO_WINE);
+    EXPECT_NE(lib.ImgErrString().find("wine32"), std::string::npos) << lib.ImgErrString();
+    EXPECT_EQ(*lib.image(h), original);
+    GTEST_SKIP() << "32-bit Wine missing: " << lib.ImgErrString();
+  }
+  ASSERT_EQ(st, IMG_OK) << lib.ImgErrString();
+  EXPECT_TRUE(IsInverse(original, *lib.image(h)));
+}
+
+}  // namespace
+}  // namespace trel
