@@ -7,7 +7,6 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   nlohmann-json3-dev libcli11-dev
   zip unzip xvfb xauth xdotool python3
-  zip xvfb xauth
   wine64 mingw-w64
 )
 # 32-bit Windows plugins also need wine32, which needs the i386 architecture
