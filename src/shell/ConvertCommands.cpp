@@ -13,6 +13,7 @@
 #include "filter/BatchConvert.h"
 #include "filter/Paths.h"
 #include "shell/CommandGroups.h"
+#include "shell/FflViewController.h"
 #include "shell/ConvertDialog.h"
 #include "shell/FileCommander.h"
 #include "shell/FilePane.h"
@@ -139,7 +140,7 @@ void RunConvert(MainWindow& window, ConvertDialog& dialog) {
   } else {
     if (request.activeView == FilePane::kFFLView) {
       // The library's entries are converted by the library commands.
-      if (QAction* extract = window.command("mnuExtractFFL")) extract->trigger();
+      if (FflController* ffl = FflController::Of(window)) ffl->Extract(active, request.format);
       return;
     }
     const SelectedItems selection = GetSelectedItems(*p);

@@ -11,6 +11,7 @@
 #include "picture/PicView.h"
 #include "settings/SettingsStore.h"
 #include "shell/CommandGroups.h"
+#include "shell/FflViewController.h"
 #include "shell/MainWindow.h"
 
 namespace trel {
@@ -78,6 +79,9 @@ void InstallEditorCommands(MainWindow& window) {
     }
     QApplication::restoreOverrideCursor();
   });
+  // An FFL entry opened in its view is already in the record: the editor shows it.
+  if (FflController* ffl = FflController::Of(window))
+    ffl->SetEntryHandler([&window](int) { window.LoadintoFFEditor(QString()); });
 }
 
 // The one door into the editor. An empty path means that the record already

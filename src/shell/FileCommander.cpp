@@ -1,5 +1,7 @@
 #include "shell/FileCommander.h"
 
+#include "shell/FflViewController.h"
+
 #include <QAction>
 #include <QApplication>
 #include <QDateTime>
@@ -416,7 +418,7 @@ void FileCommander::cmd_DeleteFiles(bool internal) {
   const int view = p->paneView();
   if (view == FilePane::kFFLView && !internal) {
     // The library's entries are struck out by the library's own commands.
-    if (QAction* fflDelete = window_.command("mnuDeleteFFLItem")) fflDelete->trigger();
+    if (FflController* ffl = FflController::Of(window_)) ffl->Delete(active);
     return;
   }
   const SelectedItems selection = GetSelectedItems(*p);
@@ -874,7 +876,10 @@ void FileCommander::DropFiles(int pane, const QStringList& paths, const std::str
   if (busy_ || paths.isEmpty()) return;
   FilePane* p = window_.pane(pane);
   if (p->paneView() == FilePane::kFFLView) {
-    if (QAction* extract = window_.command("mnuExtractFFL")) extract->trigger();
+    // Files dropped on a library are added to it.
+    std::vector<std::string> files;
+    for (const QString& path : paths) files.push_back(path.toStdString());
+    if (FflController* ffl = FflController::Of(window_)) ffl->AddFiles(pane, files);
     return;
   }
   const std::string target = WithTrailingSeparator(ontoFolder.empty() ? p->folder() : ontoFolder);

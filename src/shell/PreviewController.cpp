@@ -1,5 +1,7 @@
 #include "shell/PreviewController.h"
 
+#include <QScopeGuard>
+
 #include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
@@ -373,6 +375,9 @@ bool PreviewController::cmd_SavePreview(const std::string& path) {
 void PreviewController::cmd_Invoke() {
   const std::string path = SelectedFile();
   if (!MayRun(shell(), path)) return;
+  // A plugin run on purpose shows its own dialog; previews run without one.
+  lib_->setPluginDialogs(true);
+  const auto quiet = qScopeGuard([this] { lib_->setPluginDialogs(false); });
   // An open Picture Editor is the target of a plugin run from the window.
   if (picView_ && picView_->isVisible() && !picView_->Picture().isNull()) {
     ImgHandle h = lib_->Adopt(picView_->Picture());

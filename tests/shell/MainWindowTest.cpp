@@ -75,6 +75,9 @@ TEST_F(MainWindowTest, AFirstRunWelcomesAndWhatItLeavesComesBackAtTheNext) {
   Stored({{kSectionFolders, "Folder1", files.path()}});  // only Folder0 tells a first run
   home.Write("photo30.dll", "MZ template");
   home.Write("temp.dll", "stale");
+  // A program folder as a start fills it: with the editor's skins.
+  std::filesystem::create_directories(home.file("interface"));
+  home.Write("interface/Interfc4.des", "\"Test Skin\"\n");
   testing::internal::CaptureStdout();
   {
     Started run(home, files.path());
