@@ -73,5 +73,40 @@ TEST_F(PreferencesTest, OkGrowsAFontByOnePointAndStoresALimitOfZeroAsTwenty) {
   EXPECT_FALSE(small.fonts[1].set);
 }
 
+TEST_F(PreferencesTest, TheStoredCompileChoicesReachTheOptionsTheCoreTakes) {
+  struct Row {
+    std::string usedFF, encrypt0, editor0;
+    CompileTemplate choice;
+    bool encrypted, editorPlugin;
+  };
+  const Row rows[] = {
+      {"", "", "", CompileTemplate::FilterFactory30, false, false},
+      {"1", "1", "", CompileTemplate::FilterFactory304, true, false},
+      {"3", "", "1", CompileTemplate::Macintosh, false, true},
+      {"9", "x", "x", CompileTemplate::FilterFactory30, false, false},  // out of range, garbage
+  };
+  for (const Row& row : rows) {
+    TempDir own;
+    SettingsStore s(own.file("Trel10.ini"));
+    if (!row.usedFF.empty()) s.Save(kSectionSettings, "UsedFF", row.usedFF);
+    if (!row.encrypt0.empty()) s.Save(kSectionSettings, "Encrypt0", row.encrypt0);
+    if (!row.editor0.empty()) s.Save(kSectionSettings, "EditorPlugin0", row.editor0);
+    s.Save(kSectionSettings, "NoFFOptimize", "1");
+    s.Save(kSectionSettings, "FFL1.0", "0");
+    Preferences prefs;
+    prefs.compile.demoPlugin = true;
+    LoadPreferences(s, prefs);
+    const FilterOptions options = MakeFilterOptions(prefs, "/prog/");
+    EXPECT_EQ(options.compile.templateChoice, row.choice) << row.usedFF;
+    EXPECT_EQ(options.compile.encrypted, row.encrypted) << row.usedFF;
+    EXPECT_EQ(options.compile.editorPlugin, row.editorPlugin) << row.usedFF;
+    // "Editor Plugin" and "Demo Plugin" exclude each other.
+    EXPECT_EQ(options.compile.demoPlugin, !row.editorPlugin) << row.usedFF;
+    EXPECT_TRUE(options.noFFOptimize);
+    EXPECT_FALSE(options.writeFFL10);
+    EXPECT_EQ(options.programFolder, "/prog/");
+  }
+}
+
 }  // namespace
 }  // namespace trel
