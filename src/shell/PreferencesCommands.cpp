@@ -32,6 +32,17 @@ namespace trel {
 
 namespace {
 
+// The entries of a list's menu by number. Entries the window replaced may still
+// exist until the event loop deletes them, so only those in the menu count.
+QAction* MenuEntry(MainWindow& window, int list, size_t index) {
+  auto* menu = window.findChild<QMenu*>(list == 1 ? "mnuPicturesMenu" : "mnuAppsMenu");
+  if (!menu) return nullptr;
+  const QString name = QString(list == 1 ? "mnuPictures_%1" : "mnuApps_%1").arg(index);
+  for (QAction* action : menu->actions())
+    if (action->objectName() == name) return action;
+  return nullptr;
+}
+
 // The product's web site and support address, for the Help menu.
 const char* const kSiteName = "Trel";
 const char* const kSiteUrl = "https://github.com/topics/photoshop-plugin";
@@ -215,7 +226,7 @@ void PreferencesController::WireMenuEntries() {
   for (int list = 1; list <= 2; ++list) {
     const std::vector<std::string>& items = list == 1 ? window_.prefs().pics : window_.prefs().apps;
     for (size_t i = 0; i < items.size(); ++i) {
-      auto* action = window_.findChild<QAction*>(QString(list == 1 ? "mnuPictures_%1" : "mnuApps_%1").arg(i));
+      QAction* action = MenuEntry(window_, list, i);
       if (!action || action->property("wired").toBool()) continue;
       action->setProperty("wired", true);
       action->setEnabled(true);
@@ -249,7 +260,7 @@ void PreferencesController::ChoosePicture(int index) {
   if (index < 0 || static_cast<size_t>(index) >= pics.size()) return;
   window_.prefs().previewPicture = pics[static_cast<size_t>(index)];
   for (size_t i = 0; i < pics.size(); ++i)
-    if (auto* action = window_.findChild<QAction*>(QString("mnuPictures_%1").arg(i)))
+    if (QAction* action = MenuEntry(window_, 1, i))
       action->setChecked(static_cast<int>(i) == index);
 }
 

@@ -66,7 +66,14 @@ constexpr ListOption kListOptions[6] = {
     {0, "Hover Selection", "Selects an item, if you keep the mouse one second placed over it"},
     {4, "Hot Tracking", ""}};
 
-int CheckOf(const QCheckBox* box) { return static_cast<int>(box->checkState()); }
+// The stored values: 0 off, 1 on, 2 grey (Qt numbers on and grey the other way round).
+int CheckOf(const QCheckBox* box) {
+  switch (box->checkState()) {
+    case Qt::Checked: return 1;
+    case Qt::PartiallyChecked: return 2;
+    default: return 0;
+  }
+}
 void SetCheck(QCheckBox* box, int value) {
   box->setCheckState(value == 2 ? Qt::PartiallyChecked : value == 1 ? Qt::Checked : Qt::Unchecked);
 }
@@ -539,6 +546,7 @@ void Form2::SetValues(const Preferences& p) {
   SetListItems(kAppList, p.apps);
   SetListItems(kImageList, p.pics);
   combo2_->setEditText(Q(p.compile.templatePath));
+  option4_[2]->setEnabled(!combo2_->currentText().trimmed().isEmpty());
   const size_t choice = static_cast<size_t>(p.compile.templateChoice);
   option4_[choice < 4 ? choice : 0]->setChecked(true);
   if (!option4_[2]->isEnabled() && option4_[2]->isChecked()) option4_[0]->setChecked(true);
