@@ -79,5 +79,17 @@ TEST(LinkListTest, AFailedSaveKeepsTheOldFileAndTheChangedFlag) {
   EXPECT_EQ(dir.Read("blocker"), "x");
 }
 
+TEST(LinkListTest, TheShippedListsHoldNamedHttpsAddresses) {
+  for (const char* file : {"FilterURLs.txt", "TubeURLs.txt"}) {
+    LinkList list;
+    ASSERT_TRUE(LoadLinks(std::string(TREL_SHIPPED_DATA_DIR) + "/" + file, list)) << file;
+    EXPECT_GE(list.size(), 5u) << file;
+    for (size_t i = 0; i < list.size(); ++i) {
+      EXPECT_FALSE(list.names[i].empty()) << file << " " << i;
+      EXPECT_EQ(list.urls[i].rfind("https://", 0), 0u) << file << " " << list.urls[i];
+    }
+  }
+}
+
 }  // namespace
 }  // namespace trel

@@ -12,7 +12,7 @@
 #include <QLocale>
 #include <QMimeDatabase>
 #include <QProcess>
-#include <QSettings>
+#include <QHash>
 #include <QStandardPaths>
 #include <QUrl>
 #include <QVBoxLayout>
@@ -48,6 +48,27 @@ bool RunTool(const QString& tool, const QStringList& args, const QString& dataHo
     return false;
   }
   return process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
+}
+
+// The keys of the [Desktop Entry] group of a .desktop file; localised keys
+// ("Name[de]") are left out.
+QHash<QString, QString> DesktopEntry(const QString& path) {
+  QHash<QString, QString> keys;
+  QFile file(path);
+  if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) return keys;
+  bool inGroup = false;
+  while (!file.atEnd()) {
+    const QString line = QString::fromUtf8(file.readLine()).trimmed();
+    if (line.startsWith('[')) {
+      inGroup = line == "[Desktop Entry]";
+      continue;
+    }
+    const qsizetype eq = line.indexOf('=');
+    if (!inGroup || line.startsWith('#') || eq <= 0) continue;
+    const QString key = line.left(eq).trimmed();
+    if (!key.contains('[') && !keys.contains(key)) keys.insert(key, line.mid(eq + 1).trimmed());
+  }
+  return keys;
 }
 
 bool WriteText(const QString& path, const QString& text) {
@@ -216,14 +237,13 @@ std::vector<DesktopApp> AppsForMimeType(const QString& mimeType) {
     for (const QFileInfo& file : dir.entryInfoList({"*.desktop"}, QDir::Files)) {
       if (seen.count(file.fileName())) continue;
       seen.insert(file.fileName());  // the first folder wins, as the desktop does it
-      QSettings entry(file.absoluteFilePath(), QSettings::IniFormat);
-      entry.beginGroup("Desktop Entry");
-      if (entry.value("NoDisplay").toString() == "true" || entry.value("Type").toString() != "Application") continue;
-      const QStringList types = entry.value("MimeType").toString().split(';', Qt::SkipEmptyParts);
+      const QHash<QString, QString> entry = DesktopEntry(file.absoluteFilePath());
+      if (entry.value("NoDisplay") == "true" || entry.value("Type") != "Application") continue;
+      const QStringList types = entry.value("MimeType").split(';', Qt::SkipEmptyParts);
       bool match = false;
       for (const QString& t : wanted) match = match || types.contains(t);
       if (!match) continue;
-      apps.push_back({entry.value("Name").toString(), entry.value("Exec").toString(), file.absoluteFilePath()});
+      apps.push_back({entry.value("Name"), entry.value("Exec"), file.absoluteFilePath()});
     }
   }
   return apps;
