@@ -5,6 +5,7 @@
 #include <QComboBox>
 #include <QDesktopServices>
 #include <QDir>
+#include <QEvent>
 #include <QHeaderView>
 #include <QLabel>
 #include <QListView>
@@ -175,6 +176,18 @@ PreferencesController::PreferencesController(MainWindow& window) : QObject(&wind
   connect(form2_, &Form2::interfaceChosen, this,
           [this](const QString& file) { window_.prefs().interfaceFile = file.toStdString(); });
   connect(form2_, &Form2::helpRequested, this, &PreferencesController::ShowHelpPage);
+  // The start-up loads the options after the window is built; they reach the
+  // panes and menus when the window first shows.
+  window.installEventFilter(this);
+}
+
+bool PreferencesController::eventFilter(QObject* watched, QEvent* event) {
+  if (watched == &window_ && event->type() == QEvent::Show && !shown_) {
+    shown_ = true;
+    ApplyToPanes();
+    WireMenuEntries();
+  }
+  return QObject::eventFilter(watched, event);
 }
 
 FrmDownload* PreferencesController::download() {

@@ -43,8 +43,12 @@ class PreferencesController : public QObject {
   // them their commands.
   void WireMenuEntries();
 
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
  private:
   MainWindow& window_;
+  bool shown_ = false;
   Form2* form2_ = nullptr;
   QPointer<FrmDownload> download_;
   bool interfacesListed_ = false;
