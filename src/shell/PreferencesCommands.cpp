@@ -187,6 +187,9 @@ bool PreferencesController::eventFilter(QObject* watched, QEvent* event) {
     ApplyToPanes();
     WireMenuEntries();
   }
+  // The plugin type list is kept current in its file even without an OK.
+  if (watched == &window_ && event->type() == QEvent::Close && !window_.pluginTypeRows().empty())
+    SaveList(window_.programFolder() + "PlugTypes.ini", window_.pluginTypeRows(), true);
   return QObject::eventFilter(watched, event);
 }
 
@@ -335,7 +338,9 @@ void InstallPreferencesCommands(MainWindow& window) {
   // A file the desktop can't open goes to Open With.
   window.SetShellOpener([&window](const QString& path) {
     if (QDesktopServices::openUrl(QUrl::fromLocalFile(path))) return true;
-    return OpenWith(path, &window, window.messages());
+    // Open With tells the user itself when nothing is registered.
+    OpenWith(path, &window, window.messages());
+    return true;
   });
 }
 

@@ -25,6 +25,7 @@
 #include "shell/FileListView.h"
 #include "shell/MainWindow.h"
 #include "shell/PreferencesCommands.h"
+#include "support/RecordingShell.h"
 #include "support/TempDir.h"
 
 namespace trel {
@@ -350,6 +351,17 @@ TEST_F(PreferencesDialogTest, ListOptionsAndFontsChangeThePanes) {
     form->Command1_Click();
     EXPECT_FALSE(row.observed()) << row.index;
   }
+  // Auto Column Width: the Details columns fit a long name again at OK.
+  home.Write(std::string(120, 'n') + ".8bf", "x");
+  window->pane(0)->Refresh();
+  details->setColumnWidth(0, 30);
+  form->Command1_Click();
+  EXPECT_GT(details->columnWidth(0), 300);
+  Find<QCheckBox>("Check12_5")->setChecked(false);
+  form->Command1_Click();
+  details->setColumnWidth(0, 30);
+  form->Command1_Click();
+  EXPECT_EQ(details->columnWidth(0), 30);
   form->SetFont("DejaVu Sans Mono", 13, true, false, 0);
   form->SetFont("DejaVu Serif", 11, false, true, 1);
   EXPECT_EQ(Find<QLabel>("Label1_0")->text(), "13, DejaVu Sans Mono");
@@ -397,6 +409,38 @@ TEST_F(PreferencesDialogTest, PagesCaptionsAndTooltipsStandAsDesigned) {
   // The menu entries are built.
   for (const char* name : {"mnuOptions", "mnuEditFolders", "mnuEditApps", "mnuHelp", "mnuFilterDownload"})
     EXPECT_TRUE(window->command(name)->isEnabled()) << name;
+}
+
+// The dialog on its own, with a shell that records its questions.
+TEST(PreferencesDialogAloneTest, CacheSkinsAndAssociationsAskAndReport) {
+  TempDir prog, data, config;
+  test::RecordingShell shell;
+  SettingsStore store(prog.file("Trel10.ini"));
+  Form2 form(store, prog.path(), shell);
+  std::filesystem::create_directory(prog.file("cache"));
+  prog.Write("cache/a.jpg", "jpg");
+  shell.nextAnswer = MsgResult::No;
+  form.Command5_Click();
+  EXPECT_TRUE(prog.Exists("cache/a.jpg"));
+  shell.nextAnswer = MsgResult::Yes;
+  form.Command5_Click();
+  EXPECT_FALSE(prog.Exists("cache/a.jpg"));
+  EXPECT_TRUE(std::filesystem::is_directory(prog.file("cache")));
+  ASSERT_EQ(shell.boxes.size(), 2u);
+  EXPECT_EQ(shell.boxes[0].text, "Do you really want to clear the preview cache?");
+
+  form.LookforInterface();
+  EXPECT_EQ(shell.boxes.back().text, "Can't find FF Editor interface files.\nThe FF Editor won't be usable.");
+  form.LookforInterface(false);
+  EXPECT_EQ(shell.boxes.size(), 3u);
+
+  const QByteArray oldConfig = qgetenv("XDG_CONFIG_HOME");
+  qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(config.path()));
+  form.dataHome = QString::fromStdString(data.path());
+  form.Command13_Click();
+  oldConfig.isEmpty() ? qunsetenv("XDG_CONFIG_HOME") : qputenv("XDG_CONFIG_HOME", oldConfig);
+  EXPECT_EQ(shell.boxes.back().text.rfind("The associations were set.", 0), 0u);
+  EXPECT_TRUE(data.Exists("applications/trel.desktop"));
 }
 
 }  // namespace
