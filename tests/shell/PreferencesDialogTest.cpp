@@ -290,6 +290,15 @@ TEST_F(PreferencesDialogTest, TheSkinListComesFromTheInterfaceFolderEvenWithBrok
   EXPECT_TRUE(entries.contains("Blue Steel - Interfc4.des"));
   EXPECT_EQ(entries.size(), 4);
   EXPECT_TRUE(box->currentText().endsWith("Interfc4.des"));  // the stored default
+  // Choosing applies only while the dialog shows; entry 0 is the original editor.
+  form->Combo1_Click(0);
+  EXPECT_EQ(form->Values().interfaceFile, "Interfc4.des");
+  form->show();
+  form->Combo1_Click(0);
+  EXPECT_EQ(form->Values().interfaceFile, "OFF");
+  form->Command1_Click();
+  EXPECT_EQ(Ini("Interface"), "OFF");
+  EXPECT_EQ(window->prefs().interfaceFile, "OFF");
 }
 
 TEST_F(PreferencesDialogTest, AGarbageStoreShowsSaneValues) {
