@@ -319,7 +319,8 @@ void InstallPreferencesCommands(MainWindow& window) {
       help->insertAction(before, action);
       QObject::connect(action, &QAction::triggered, &window, run);
     };
-    add("mnuHelpTutorials", "Filter Factory &Language", [controller] { controller->ShowHelpPage("ff_language.htm"); });
+    add("mnuHelpLanguage", "Filter Factory &Language", [controller] { controller->ShowHelpPage("ff_language.htm"); });
+    add("mnuHelpTutorials", "T&utorials", [controller] { controller->ShowHelpPage("tuts/tutorials.htm"); });
     add("mnuEmailAuthor", "Send &Feedback...", [&window] {
       SendEmail(window.messages(), kSupportAddress, "Feedback on " + window.windowTitle(), {});
     });
