@@ -150,11 +150,12 @@ TEST_F(PreferencesDialogTest, EveryOptionIsCommittedOnOkAndDiscardedOnCancel) {
   EXPECT_EQ(window->prefs().compile.templateChoice, CompileTemplate::Macintosh);
   EXPECT_TRUE(window->prefs().compile.editorPlugin);
   EXPECT_EQ(MakeFilterOptions(window->prefs(), programFolder).compile.templateChoice, CompileTemplate::Macintosh);
-  // A Cancel now returns to what OK committed.
-  flip("Check1");
+  // Closing the dialog any other way is a Cancel: back to what OK committed.
   const int committed = window->prefs().scanSubDirs;
-  form->Command8_Click();
+  flip("Check1");
+  form->reject();
   EXPECT_EQ(window->prefs().scanSubDirs, committed);
+  EXPECT_EQ(Find<QCheckBox>("Check1")->isChecked(), committed == 1);
 }
 
 TEST_F(PreferencesDialogTest, EditorPluginAndDemoPluginExcludeEachOther) {

@@ -909,12 +909,10 @@ void Form2::keyPressEvent(QKeyEvent* event) {
     Command4_Click();
     return;
   }
-  if (event->key() == Qt::Key_Escape) {
-    Command8_Click();
-    return;
-  }
   QDialog::keyPressEvent(event);
 }
+
+void Form2::reject() { Command8_Click(); }
 
 bool Form2::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() == QEvent::KeyPress) {

@@ -101,6 +101,9 @@ class Form2 : public QDialog {
   void interfaceChosen(const QString& interfaceFile);  // "OFF" for the original editor
   void helpRequested(const QString& page);
 
+ public slots:
+  void reject() override;  // Esc and the close button are Cancel
+
  protected:
   void keyPressEvent(QKeyEvent* event) override;
   bool eventFilter(QObject* watched, QEvent* event) override;
