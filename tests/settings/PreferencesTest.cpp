@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "filter/CodeRewrite.h"
 #include "support/TempDir.h"
 
 namespace trel {
@@ -105,6 +106,21 @@ TEST_F(PreferencesTest, TheStoredCompileChoicesReachTheOptionsTheCoreTakes) {
     EXPECT_TRUE(options.noFFOptimize);
     EXPECT_FALSE(options.writeFFL10);
     EXPECT_EQ(options.programFolder, "/prog/");
+  }
+}
+
+TEST_F(PreferencesTest, NoFFCodeOptimizationFromTheStoreKeepsTheCodeAsWritten) {
+  for (const auto& [stored, expected] : std::vector<std::pair<std::string, std::string>>{
+           {"0", "c"}, {"1", "src(x,y,0)"}, {"", "c"}}) {
+    TempDir own;
+    SettingsStore s(own.file("Trel10.ini"));
+    if (!stored.empty()) s.Save(kSectionSettings, "NoFFOptimize", stored);
+    Preferences prefs;
+    LoadPreferences(s, prefs);
+    FFFilter f;
+    f.codeR = "src(x,y,0)";
+    OptimizeCode(f, MakeFilterOptions(prefs, own.path()));
+    EXPECT_EQ(f.codeR, expected) << "stored '" << stored << "'";
   }
 }
 
