@@ -73,6 +73,21 @@ void LoadPreferences(const SettingsStore& store, Preferences& prefs) {
   ReadCheck(store, "FFL1.0", prefs.ffl10);
   ReadCheck(store, "FullStartUp", prefs.fullStartUp);
   for (int i = 0; i < 2; ++i) ReadFont(store, i, prefs.fonts[i]);
+  if (prefs.usedFF >= 0 && prefs.usedFF <= 3)
+    prefs.compile.templateChoice = static_cast<CompileTemplate>(prefs.usedFF);
+  prefs.compile.encrypted = prefs.encrypt[0] == 1;
+  prefs.compile.editorPlugin = prefs.editorPlugin[0] == 1;
+  // "Editor Plugin" and "Demo Plugin" exclude each other.
+  if (prefs.compile.editorPlugin) prefs.compile.demoPlugin = false;
+}
+
+FilterOptions MakeFilterOptions(const Preferences& prefs, const std::string& programFolder) {
+  FilterOptions options;
+  options.noFFOptimize = prefs.noFFOptimize == 1;
+  options.writeFFL10 = prefs.ffl10 == 1;
+  options.compile = prefs.compile;
+  options.programFolder = programFolder;
+  return options;
 }
 
 void CommitPreferences(SettingsStore& store, Preferences& prefs) {

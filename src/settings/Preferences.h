@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "filter/FilterOptions.h"
 #include "settings/SettingsStore.h"
 
 namespace trel {
@@ -43,6 +44,20 @@ struct Preferences {
   std::vector<std::string> pics;
   bool legacyPluginTypes = false;  // an older store's PluginType0 was found
 
+  // Options that hold for the run only: the store has no key for them.
+  int includeSources = 0;     // "include txt, afs and pff files" (the scanner's sources)
+  int cooperative = 0;        // "Enable Cooperative Multithreading": nothing reads it
+  int previewCache = 0;       // "Enabled" of the preview cache
+  int jpgCompression = 75;    // the cache's JPG compression in percent
+  std::array<int, 5> associate{1, 1, 1, 1, 1};  // *.8bf, *.prm, *.ffl, *.afs, *.pff
+  // The frame "Photoshop FF Compilation". Load takes the template from UsedFF,
+  // "Encrypted" from Encrypt0 and "Editor Plugin" from EditorPlugin0; the rest
+  // lasts for the run.
+  CompileOptions compile;
+  // The picture chosen in the Pictures menu for the preview; empty for the
+  // stored PreviewPic or Test.bmp.
+  std::string previewPicture;
+
   bool AutoColumnWidth() const { return fileview[5] == 1; }
 };
 
@@ -58,5 +73,12 @@ void LoadPreferences(const SettingsStore& store, Preferences& prefs);
 // are deleted first and the lists written afresh; a limit that reads as 0 or
 // below becomes "20"; a font size is stored as its whole part plus 1.
 void CommitPreferences(SettingsStore& store, Preferences& prefs);
+
+// The options the core takes from the preferences, for a compile, a conversion
+// or an FFL write.
+FilterOptions MakeFilterOptions(const Preferences& prefs, const std::string& programFolder);
+
+// The extensions the association boxes stand for, in their order.
+inline constexpr const char* kAssociationExtensions[5] = {"8bf", "prm", "ffl", "afs", "pff"};
 
 }  // namespace trel

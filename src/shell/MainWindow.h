@@ -122,6 +122,11 @@ class MainWindow : public QMainWindow {
   // --- preferences: opens the dialog on a page (0 the first)
   void ShowPreferences(int page = 0);
 
+  // --- Preferences and desktop services (PreferencesCommands.cpp): the
+  // dialog edits the folders list and the plugin type rows in place.
+  std::vector<std::string>& FolderListForEdit() { return folderList_; }
+  const PluginTypeList& pluginTypeRows() const { return pluginTypeList_; }
+
   // --- layout
   void Form_Resize();
   int layoutCount() const { return layoutCount_; }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "filter/CodeRewrite.h"
 #include "support/TempDir.h"
 
 namespace trel {
@@ -71,6 +72,56 @@ TEST_F(PreferencesTest, OkGrowsAFontByOnePointAndStoresALimitOfZeroAsTwenty) {
   Preferences small;
   LoadPreferences(store, small);
   EXPECT_FALSE(small.fonts[1].set);
+}
+
+TEST_F(PreferencesTest, TheStoredCompileChoicesReachTheOptionsTheCoreTakes) {
+  struct Row {
+    std::string usedFF, encrypt0, editor0;
+    CompileTemplate choice;
+    bool encrypted, editorPlugin;
+  };
+  const Row rows[] = {
+      {"", "", "", CompileTemplate::FilterFactory30, false, false},
+      {"1", "1", "", CompileTemplate::FilterFactory304, true, false},
+      {"3", "", "1", CompileTemplate::Macintosh, false, true},
+      {"9", "x", "x", CompileTemplate::FilterFactory30, false, false},  // out of range, garbage
+  };
+  for (const Row& row : rows) {
+    TempDir own;
+    SettingsStore s(own.file("Trel10.ini"));
+    if (!row.usedFF.empty()) s.Save(kSectionSettings, "UsedFF", row.usedFF);
+    if (!row.encrypt0.empty()) s.Save(kSectionSettings, "Encrypt0", row.encrypt0);
+    if (!row.editor0.empty()) s.Save(kSectionSettings, "EditorPlugin0", row.editor0);
+    s.Save(kSectionSettings, "NoFFOptimize", "1");
+    s.Save(kSectionSettings, "FFL1.0", "0");
+    Preferences prefs;
+    prefs.compile.demoPlugin = true;
+    LoadPreferences(s, prefs);
+    const FilterOptions options = MakeFilterOptions(prefs, "/prog/");
+    EXPECT_EQ(options.compile.templateChoice, row.choice) << row.usedFF;
+    EXPECT_EQ(options.compile.encrypted, row.encrypted) << row.usedFF;
+    EXPECT_EQ(options.compile.editorPlugin, row.editorPlugin) << row.usedFF;
+    // "Editor Plugin" and "Demo Plugin" exclude each other.
+    EXPECT_EQ(options.compile.demoPlugin, !row.editorPlugin) << row.usedFF;
+    EXPECT_TRUE(options.noFFOptimize);
+    EXPECT_FALSE(options.writeFFL10);
+    EXPECT_EQ(options.programFolder, "/prog/");
+  }
+}
+
+TEST_F(PreferencesTest, NoFFCodeOptimizationFromTheStoreKeepsTheCodeAsWritten) {
+  for (const auto& [stored, expected] : std::vector<std::pair<std::string, std::string>>{
+           {"0", "c"}, {"1", "src(x,y,0)"}, {"", "c"}}) {
+    TempDir own;
+    SettingsStore s(own.file("Trel10.ini"));
+    if (!stored.empty()) s.Save(kSectionSettings, "NoFFOptimize", stored);
+    Preferences prefs;
+    LoadPreferences(s, prefs);
+    FFFilter f;
+    f.codeR = "src(x,y,0)";
+    OptimizeCode(f, MakeFilterOptions(prefs, own.path()));
+    EXPECT_EQ(f.codeR, expected) << "stored '" << stored << "'";
+  }
 }
 
 }  // namespace

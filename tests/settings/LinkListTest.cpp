@@ -1,0 +1,95 @@
+#include "settings/LinkList.h"
+
+#include <gtest/gtest.h>
+
+#include "support/TempDir.h"
+
+namespace trel {
+namespace {
+
+using test::TempDir;
+
+TEST(LinkListTest, LinesSplitAtTheFirstSemicolonAndAnEmptyNameTakesTheOneAbove) {
+  TempDir dir;
+  const std::string path = dir.Write("FilterURLs.txt",
+                                     ";orphan.example\n"          // first line: empty name
+                                     "  Plugins A ;  https://a.example/x;y=1  \r\n"
+                                     ";https://mirror.example\n"  // takes "Plugins A"
+                                     "Just a name\n"
+                                     "\n"
+                                     "B;\n");
+  LinkList list;
+  ASSERT_TRUE(LoadLinks(path, list));
+  const std::vector<std::pair<std::string, std::string>> expected = {
+      {"", "orphan.example"},         {"Plugins A", "https://a.example/x;y=1"},
+      {"Plugins A", "https://mirror.example"}, {"Just a name", ""},
+      {"", ""},                       {"B", ""}};
+  ASSERT_EQ(list.size(), expected.size());
+  for (size_t i = 0; i < expected.size(); ++i) {
+    EXPECT_EQ(list.names[i], expected[i].first) << i;
+    EXPECT_EQ(list.urls[i], expected[i].second) << i;
+  }
+  EXPECT_FALSE(list.changed);
+  // Saving drops the row with both fields empty and writes a name alone
+  // without its semicolon.
+  EXPECT_EQ(LinksText(list),
+            ";orphan.example\nPlugins A;https://a.example/x;y=1\nPlugins A;https://mirror.example\n"
+            "Just a name\nB\n");
+}
+
+TEST(LinkListTest, AMissingFileLeavesTheListAndSavingRoundTrips) {
+  TempDir dir;
+  LinkList list;
+  AddLink(list, "Kept", "https://kept.example");
+  EXPECT_FALSE(LoadLinks(dir.file("none.txt"), list));
+  EXPECT_EQ(list.size(), 1u);
+  ASSERT_TRUE(SaveLinks(dir.file("out.txt"), list));
+  EXPECT_FALSE(list.changed);
+  LinkList back;
+  ASSERT_TRUE(LoadLinks(dir.file("out.txt"), back));
+  EXPECT_EQ(back.names, list.names);
+  EXPECT_EQ(back.urls, list.urls);
+}
+
+TEST(LinkListTest, MovingStopsAtTheEndsAndDeletingShiftsTheRows) {
+  LinkList list;
+  for (const char* name : {"a", "b", "c"}) AddLink(list, name, std::string("u") + name);
+  list.changed = false;
+  EXPECT_FALSE(MoveLink(list, 0, -1));
+  EXPECT_FALSE(MoveLink(list, 2, +1));
+  EXPECT_FALSE(list.changed);
+  EXPECT_TRUE(MoveLink(list, 0, +1));
+  EXPECT_EQ(list.names, (std::vector<std::string>{"b", "a", "c"}));
+  EXPECT_EQ(list.urls, (std::vector<std::string>{"ub", "ua", "uc"}));
+  EXPECT_TRUE(list.changed);
+  EXPECT_TRUE(DeleteLink(list, 1));
+  EXPECT_EQ(list.names, (std::vector<std::string>{"b", "c"}));
+  EXPECT_EQ(list.urls, (std::vector<std::string>{"ub", "uc"}));
+  EXPECT_FALSE(DeleteLink(list, 5));
+}
+
+TEST(LinkListTest, AFailedSaveKeepsTheOldFileAndTheChangedFlag) {
+  TempDir dir;
+  // A path under a plain file can't be written, not even by root.
+  dir.Write("blocker", "x");
+  LinkList list;
+  AddLink(list, "n", "u");
+  EXPECT_FALSE(SaveLinks(dir.file("blocker/list.txt"), list));
+  EXPECT_TRUE(list.changed);
+  EXPECT_EQ(dir.Read("blocker"), "x");
+}
+
+TEST(LinkListTest, TheShippedListsHoldNamedHttpsAddresses) {
+  for (const char* file : {"FilterURLs.txt", "TubeURLs.txt"}) {
+    LinkList list;
+    ASSERT_TRUE(LoadLinks(std::string(TREL_SHIPPED_DATA_DIR) + "/" + file, list)) << file;
+    EXPECT_GE(list.size(), 5u) << file;
+    for (size_t i = 0; i < list.size(); ++i) {
+      EXPECT_FALSE(list.names[i].empty()) << file << " " << i;
+      EXPECT_EQ(list.urls[i].rfind("https://", 0), 0u) << file << " " << list.urls[i];
+    }
+  }
+}
+
+}  // namespace
+}  // namespace trel

@@ -1,0 +1,457 @@
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QCoreApplication>
+#include <QDir>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListView>
+#include <QListWidget>
+#include <QMenu>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QScrollBar>
+#include <QTabWidget>
+#include <QTreeView>
+#include <filesystem>
+#include <functional>
+#include <memory>
+
+#include "settings/SettingsStore.h"
+#include "settings/ui/Form2.h"
+#include "shell/FileListView.h"
+#include "shell/MainWindow.h"
+#include "shell/PreferencesCommands.h"
+#include "support/RecordingShell.h"
+#include "support/TempDir.h"
+
+namespace trel {
+namespace {
+
+using test::TempDir;
+
+// A started window over its own store and program folder, and its dialog.
+class PreferencesDialogTest : public ::testing::Test {
+ protected:
+  void Start() {
+    QDir::setCurrent(QString::fromStdString(home.path()));
+    store = std::make_unique<SettingsStore>(home.file("Trel10.ini"));
+    window = std::make_unique<MainWindow>(*store, programFolder);
+    window->SetShellOpener([](const QString&) { return true; });
+    window->Form_Initialize();
+    window->Form_Load({});
+    controller = FindPreferencesController(*window);
+    ASSERT_NE(controller, nullptr);
+    form = controller->form2();
+    controller->SyncToDialog();
+  }
+  void TearDown() override {
+    if (window) window->close();
+    window.reset();
+    QDir::setCurrent(saved_);
+  }
+  template <typename T>
+  T* Find(const QString& name) const {
+    T* child = form->findChild<T*>(name);
+    EXPECT_NE(child, nullptr) << name.toStdString();
+    return child;
+  }
+  std::string Ini(const std::string& key) const {
+    return SettingsStore(home.file("Trel10.ini")).Get(kSectionSettings, key);
+  }
+  // The entries of a list's menu, as the menu holds them now.
+  QStringList MenuTexts(const QString& stem) const {
+    QStringList texts;
+    const char* menu = stem == "mnuApps_" ? "mnuAppsMenu" : stem == "mnuPictures_" ? "mnuPicturesMenu" : "mnuFolders";
+    for (QAction* action : window->findChild<QMenu*>(menu)->actions())
+      if (action->objectName().startsWith(stem)) texts << action->text();
+    return texts;
+  }
+
+  TempDir home;
+  std::string programFolder = home.path();
+  std::unique_ptr<SettingsStore> store;
+  std::unique_ptr<MainWindow> window;
+  PreferencesController* controller = nullptr;
+  Form2* form = nullptr;
+  const QString saved_ = QDir::currentPath();
+};
+
+// Every stored check box: its control, its key, and the field the rest of the
+// program reads.
+struct CheckRow {
+  const char* control;
+  const char* key;
+  int Preferences::*field;
+};
+const CheckRow kChecks[] = {
+    {"Check1", "ScanSubDirs", &Preferences::scanSubDirs},
+    {"Check2", "NoFFOptimize", &Preferences::noFFOptimize},
+    {"Check4", "PassivePaneFolder", &Preferences::passivePaneFolder},
+    {"Check16", "FullStartUp", &Preferences::fullStartUp},
+    {"Check17", "FFL1.0", &Preferences::ffl10},
+    {"Check19", "AutoTop", &Preferences::autoTop},
+};
+
+TEST_F(PreferencesDialogTest, EveryOptionIsCommittedOnOkAndDiscardedOnCancel) {
+  Start();
+  const Preferences before = window->prefs();
+  const auto flip = [this](const QString& name) {
+    auto* box = Find<QCheckBox>(name);
+    box->setChecked(!box->isChecked());
+    return box->isChecked();
+  };
+  // Change everything, then Cancel: nothing reaches the store or the window.
+  for (const CheckRow& row : kChecks) flip(row.control);
+  for (int i = 0; i < 6; ++i) flip(QString("Check12_%1").arg(i));
+  for (int i = 0; i < 3; ++i) flip(QString("Check10_%1").arg(i));
+  Find<QLineEdit>("Text1")->setText("7");
+  Find<QRadioButton>("Option4_1")->setChecked(true);
+  Find<QCheckBox>("Check14")->setChecked(true);
+  form->Command8_Click();
+  for (const CheckRow& row : kChecks) {
+    EXPECT_EQ(window->prefs().*row.field, before.*row.field) << row.key;
+    EXPECT_EQ(Ini(row.key), "") << row.key;
+  }
+  EXPECT_EQ(window->prefs().fileview, before.fileview);
+  EXPECT_EQ(window->prefs().autoAdd, before.autoAdd);
+  EXPECT_EQ(Find<QLineEdit>("Text1")->text().toStdString(), before.folderItemLimit);
+  EXPECT_EQ(window->prefs().compile.templateChoice, CompileTemplate::FilterFactory30);
+  EXPECT_FALSE(Find<QCheckBox>("Check14")->isChecked());
+
+  // The same changes and OK: each key holds the box's value and the window reads it.
+  controller->SyncToDialog();
+  for (const CheckRow& row : kChecks) {
+    const bool on = flip(row.control);
+    form->Command1_Click();
+    EXPECT_EQ(Ini(row.key), on ? "1" : "0") << row.key;
+    EXPECT_EQ(window->prefs().*row.field, on ? 1 : 0) << row.key;
+  }
+  for (int i = 0; i < 6; ++i) {
+    const bool on = flip(QString("Check12_%1").arg(i));
+    form->Command1_Click();
+    EXPECT_EQ(Ini("Fileview" + std::to_string(i)), on ? "1" : "0");
+    EXPECT_EQ(window->prefs().fileview[static_cast<size_t>(i)], on ? 1 : 0);
+  }
+  for (int i = 0; i < 3; ++i) {
+    const bool on = flip(QString("Check10_%1").arg(i));
+    form->Command1_Click();
+    EXPECT_EQ(Ini("AutoAdd" + std::to_string(i)), on ? "1" : "0");
+  }
+  Find<QLineEdit>("Text1")->setText("abc");
+  Find<QCheckBox>("Check5")->setChecked(true);
+  Find<QRadioButton>("Option4_3")->setChecked(true);
+  form->Command1_Click();
+  EXPECT_EQ(Ini("FolderItemLimit"), "20");
+  EXPECT_EQ(Find<QLineEdit>("Text1")->text(), "20");
+  EXPECT_EQ(window->prefs().compile.templateChoice, CompileTemplate::Macintosh);
+  EXPECT_TRUE(window->prefs().compile.editorPlugin);
+  EXPECT_EQ(MakeFilterOptions(window->prefs(), programFolder).compile.templateChoice, CompileTemplate::Macintosh);
+  // Closing the dialog any other way is a Cancel: back to what OK committed.
+  const int committed = window->prefs().scanSubDirs;
+  flip("Check1");
+  form->reject();
+  EXPECT_EQ(window->prefs().scanSubDirs, committed);
+  EXPECT_EQ(Find<QCheckBox>("Check1")->isChecked(), committed == 1);
+}
+
+TEST_F(PreferencesDialogTest, EditorPluginAndDemoPluginExcludeEachOther) {
+  Start();
+  auto* editor = Find<QCheckBox>("Check5");
+  auto* demo = Find<QCheckBox>("Check6");
+  editor->click();
+  demo->click();
+  EXPECT_FALSE(editor->isChecked());
+  editor->click();
+  EXPECT_FALSE(demo->isChecked());
+  // Without a template path the third option can't be chosen.
+  EXPECT_FALSE(Find<QRadioButton>("Option4_2")->isEnabled());
+  Find<QComboBox>("Combo2")->setEditText("/plugins/mine.8bf");
+  EXPECT_TRUE(Find<QRadioButton>("Option4_2")->isEnabled());
+}
+
+TEST_F(PreferencesDialogTest, TheThreeListsEditTheirMenus) {
+  Start();
+  ASSERT_TRUE(form->AddEntry(Form2::kAppList, "/usr/bin/gimp"));
+  ASSERT_TRUE(form->AddEntry(Form2::kAppList, "/usr/bin/krita"));
+  EXPECT_FALSE(form->AddEntry(Form2::kAppList, "/usr/bin/gimp"));  // already listed
+  ASSERT_TRUE(form->AddEntry(Form2::kImageList, home.path() + "a.png"));
+  ASSERT_TRUE(form->AddEntry(Form2::kFolderList, "/opt/plugins/"));
+  EXPECT_EQ(MenuTexts("mnuApps_"), (QStringList{"/usr/bin/gimp", "/usr/bin/krita"}));
+  EXPECT_EQ(MenuTexts("mnuPictures_"), QStringList{QString::fromStdString(home.path() + "a.png")});
+  EXPECT_EQ(MenuTexts("mnuDirectorys_"), QStringList{"/opt/plugins/"});
+  controller->WireMenuEntries();
+  EXPECT_TRUE(window->findChild<QAction*>("mnuApps_0")->isEnabled());
+
+  // Move down, "Add %1", remove: the menu follows each step.
+  form->list(Form2::kAppList)->setCurrentRow(0);
+  form->MoveEntry(Form2::kAppList, +1);
+  EXPECT_EQ(MenuTexts("mnuApps_"), (QStringList{"/usr/bin/krita", "/usr/bin/gimp"}));
+  form->list(Form2::kAppList)->item(1)->setSelected(true);
+  form->Command11_Click();
+  EXPECT_EQ(MenuTexts("mnuApps_"), (QStringList{"/usr/bin/krita", "/usr/bin/gimp %1"}));
+  form->list(Form2::kAppList)->clearSelection();
+  form->list(Form2::kAppList)->item(0)->setSelected(true);
+  form->Command6_Click(Form2::kAppList);
+  EXPECT_EQ(MenuTexts("mnuApps_"), QStringList{"/usr/bin/gimp %1"});
+
+  // Choosing a picture makes it the preview picture.
+  controller->ChoosePicture(0);
+  EXPECT_EQ(window->prefs().previewPicture, home.path() + "a.png");
+
+  // OK stores the lists; Cancel after further changes brings them back.
+  form->Command1_Click();
+  EXPECT_EQ(Ini("App0"), "/usr/bin/gimp %1");
+  EXPECT_EQ(Ini("App1"), "");
+  EXPECT_EQ(home.Read("FolderList.log"), "/opt/plugins/\r\n");
+  controller->SyncToDialog();
+  form->AddEntry(Form2::kAppList, "/usr/bin/inkscape");
+  form->Command8_Click();
+  EXPECT_EQ(MenuTexts("mnuApps_"), QStringList{"/usr/bin/gimp %1"});
+  EXPECT_EQ(window->prefs().apps, std::vector<std::string>{"/usr/bin/gimp %1"});
+}
+
+TEST_F(PreferencesDialogTest, TheFolderLimitAndAltArrowsApplyToTheFirstThreeListsOnly) {
+  Start();
+  Find<QLineEdit>("Text1")->setText("2");
+  EXPECT_TRUE(form->AddEntry(Form2::kFolderList, "/a/"));
+  EXPECT_TRUE(form->AddEntry(Form2::kFolderList, "/b/"));
+  EXPECT_FALSE(form->AddEntry(Form2::kFolderList, "/c/"));
+  QListWidget* folders = form->list(Form2::kFolderList);
+  folders->setCurrentRow(1);
+  QKeyEvent up(QEvent::KeyPress, Qt::Key_Up, Qt::AltModifier);
+  QCoreApplication::sendEvent(folders, &up);
+  EXPECT_EQ(form->ListItems(Form2::kFolderList), (std::vector<std::string>{"/b/", "/a/"}));
+  QListWidget* types = form->list(Form2::kTypeList);
+  types->setCurrentRow(1);
+  const PluginTypeList before = form->PluginTypeRows();
+  QCoreApplication::sendEvent(types, &up);
+  EXPECT_EQ(form->PluginTypeRows(), before);
+}
+
+TEST_F(PreferencesDialogTest, ThePluginTypeTableOperationsReachTheScanner) {
+  Start();
+  form->Command16_Click();
+  ASSERT_EQ(form->PluginTypeRows().size(), DefaultPluginTypeRows().size());
+  // Remove a row, Reset brings it back at the end with its mark as Reset leaves it.
+  form->list(Form2::kTypeList)->setCurrentRow(0);
+  form->Command6_Click(Form2::kTypeList);
+  EXPECT_EQ(form->PluginTypeRows().size(), 40u);
+  form->Command16_Click();
+  EXPECT_EQ(form->PluginTypeRows().back().text, "Acrobat Plugin (api|2)");
+  // Toggle: all get the opposite of the first row's mark.
+  const bool first = form->PluginTypeRows().front().checked;
+  form->Command17_Click();
+  for (const PluginTypeRow& row : form->PluginTypeRows()) EXPECT_EQ(row.checked, !first);
+  if (form->PluginTypeRows().front().checked) form->Command17_Click();  // all off
+  // Add and Edit through the dialog's answers.
+  form->askPluginType = [](bool edit, std::string& name, std::string& ext, std::string& digit) {
+    if (edit) {
+      EXPECT_EQ(name, "Foo");
+      EXPECT_EQ(ext, "p");
+      name = "Foo Two";
+      ext = "fo2";
+      return true;
+    }
+    name = "Foo";
+    ext = "p";
+    digit = "3";
+    return true;
+  };
+  form->Command3_Click(Form2::kTypeList);
+  EXPECT_EQ(form->PluginTypeRows().back(), (PluginTypeRow{"Foo (p|3)", true}));
+  form->Command1_Click();
+  EXPECT_EQ(window->pluginTypes().PluginTypePattern, ";*.p;*_p");
+  form->Command15_Click();
+  EXPECT_EQ(form->PluginTypeRows().back(), (PluginTypeRow{"Foo Two (fo2|3)", true}));
+  form->Command1_Click();
+  EXPECT_EQ(window->pluginTypes().PluginTypePattern, ";*?fo2");
+  EXPECT_NE(home.Read("PlugTypes.ini").find("Foo Two (fo2|3)\r\nTrue\r\n"), std::string::npos);
+  // A cancelled dialog adds nothing.
+  form->askPluginType = [](bool, std::string&, std::string&, std::string&) { return false; };
+  const size_t rows = form->PluginTypeRows().size();
+  form->Command3_Click(Form2::kTypeList);
+  EXPECT_EQ(form->PluginTypeRows().size(), rows);
+}
+
+TEST_F(PreferencesDialogTest, TheSkinListComesFromTheInterfaceFolderEvenWithBrokenSkins) {
+  std::filesystem::create_directory(home.file("interface"));
+  home.Write("interface/Interfc4.des", "\"Blue Steel\", 12, 14\nrest of the skin\n");
+  home.Write("interface/Broken.des", std::string("\0\xff\xfe", 3));
+  home.Write("interface/Empty.des", "");
+  Start();
+  form->LookforInterface(false);
+  auto* box = Find<QComboBox>("Combo1");
+  QStringList entries;
+  for (int i = 0; i < box->count(); ++i) entries << box->itemText(i);
+  EXPECT_EQ(entries.value(0), "Original FF Editor!");
+  EXPECT_TRUE(entries.contains("Blue Steel - Interfc4.des"));
+  EXPECT_EQ(entries.size(), 4);
+  EXPECT_TRUE(box->currentText().endsWith("Interfc4.des"));  // the stored default
+  // Choosing applies only while the dialog shows; entry 0 is the original editor.
+  form->Combo1_Click(0);
+  EXPECT_EQ(form->Values().interfaceFile, "Interfc4.des");
+  form->show();
+  form->Combo1_Click(0);
+  EXPECT_EQ(form->Values().interfaceFile, "OFF");
+  form->Command1_Click();
+  EXPECT_EQ(Ini("Interface"), "OFF");
+  EXPECT_EQ(window->prefs().interfaceFile, "OFF");
+}
+
+TEST_F(PreferencesDialogTest, AGarbageStoreShowsSaneValues) {
+  {
+    SettingsStore garbage(home.file("Trel10.ini"));
+    for (const char* key : {"Interface", "UsedFF", "NoFFOptimize", "ScanSubDirs", "AutoAdd0", "AutoAdd1",
+                            "AutoAdd2", "AutoTop", "Encrypt0", "EditorPlugin0", "FolderItemLimit", "Fileview0",
+                            "Fileview1", "Fileview2", "Fileview3", "Fileview4", "Fileview5", "PassivePaneFolder",
+                            "FFL1.0", "FullStartUp", "FontName1", "FontSize1", "FontBold1", "FontItalic1",
+                            "FontName2", "FontSize2"})
+      garbage.Save(kSectionSettings, key, "\x01garbage;,\"");
+    garbage.Save(kSectionSettings, "FontSize2", "-5");
+    garbage.Flush();
+  }
+  Start();
+  const Preferences p = form->Values();
+  EXPECT_EQ(p.folderItemLimit, "20");
+  EXPECT_EQ(p.fileview, Preferences{}.fileview);
+  EXPECT_EQ(p.ffl10, 1);
+  EXPECT_FALSE(p.fonts[1].set);
+  EXPECT_EQ(p.compile.templateChoice, CompileTemplate::FilterFactory30);
+  EXPECT_EQ(Find<QLineEdit>("Text1")->text(), "20");
+  EXPECT_FALSE(Find<QCheckBox>("Check1")->isChecked());
+}
+
+TEST_F(PreferencesDialogTest, SavingIntoAnUnwritableProgramFolderSaysWhatFailed) {
+  home.Write("blocker", "x");
+  programFolder = home.file("blocker/");  // nothing can be made below a plain file
+  Start();
+  testing::internal::CaptureStdout();
+  EXPECT_FALSE(form->Command1_Click());
+  const std::string out = testing::internal::GetCapturedStdout();
+  EXPECT_NE(out.find("auto-accepted: Preferences"), std::string::npos);
+  EXPECT_EQ(Ini("FFL1.0"), "1");  // the store itself was fine
+}
+
+// The options as the panes show them: option, action, observed difference.
+TEST_F(PreferencesDialogTest, ListOptionsAndFontsChangeThePanes) {
+  Start();
+  QTreeView* details = window->pane(0)->listView()->details();
+  QListView* file1 = window->pane(1)->file1();
+  struct Row {
+    int index;
+    std::function<bool()> observed;
+  };
+  const Row rows[] = {
+      {0, [&] { return details->hasMouseTracking() && details->property("hoverSelection").toBool(); }},
+      {1, [&] { return details->styleSheet().contains("QScrollBar"); }},
+      {2, [&] { return details->styleSheet().contains("border-bottom"); }},
+      {3, [&] { return details->selectionBehavior() == QAbstractItemView::SelectRows; }},
+      {4, [&] { return file1->styleSheet().contains(":hover"); }},
+  };
+  for (const Row& row : rows) {
+    auto* box = Find<QCheckBox>(QString("Check12_%1").arg(row.index));
+    box->setChecked(true);
+    box->clicked(true);  // the click applies at once
+    EXPECT_TRUE(row.observed()) << row.index;
+    box->setChecked(false);
+    form->Command1_Click();
+    EXPECT_FALSE(row.observed()) << row.index;
+  }
+  // Auto Column Width: the Details columns fit a long name again at OK.
+  home.Write(std::string(120, 'n') + ".8bf", "x");
+  window->pane(0)->Refresh();
+  details->setColumnWidth(0, 30);
+  form->Command1_Click();
+  EXPECT_GT(details->columnWidth(0), 300);
+  Find<QCheckBox>("Check12_5")->setChecked(false);
+  form->Command1_Click();
+  details->setColumnWidth(0, 30);
+  form->Command1_Click();
+  EXPECT_EQ(details->columnWidth(0), 30);
+  form->SetFont("DejaVu Sans Mono", 13, true, false, 0);
+  form->SetFont("DejaVu Serif", 11, false, true, 1);
+  EXPECT_EQ(Find<QLabel>("Label1_0")->text(), "13, DejaVu Sans Mono");
+  form->Command1_Click();
+  EXPECT_EQ(details->font().family(), "DejaVu Sans Mono");
+  EXPECT_TRUE(details->font().bold());
+  EXPECT_EQ(file1->font().pointSizeF(), 13);
+  auto* button = window->findChild<QPushButton*>("Command1_0");
+  EXPECT_EQ(button->font().family(), "DejaVu Serif");
+  EXPECT_TRUE(button->font().italic());
+  EXPECT_EQ(Ini("FontSize1"), "14");  // the whole size plus one
+}
+
+TEST_F(PreferencesDialogTest, PagesCaptionsAndTooltipsStandAsDesigned) {
+  Start();
+  QTabWidget* tabs = form->tabs();
+  QStringList captions;
+  for (int i = 0; i < tabs->count(); ++i) captions << tabs->tabText(i);
+  EXPECT_EQ(captions, (QStringList{"General", "FF/TF", "Interface", "Folders", "Images", "Apps", "Plugin Types"}));
+  const std::pair<const char*, const char*> tips[] = {
+      {"Check1", "If enabled, all sub folders will be scanned recursively for plugins."},
+      {"Check8", "Slows the plugin scanning process down"},
+      {"Check12_5", "Very handy feature: Makes sure that no information is cut off"},
+      {"Check15", "Activate for faster plugin previewing"},
+      {"Command5", "Delete all files from the cache sub folder"},
+      {"Command13", "Press it to be able to run Trel by double clicking the selected file types"},
+      {"Command16", "Restore the default plugin types"},
+      {"Command17", "Turn all items on or off"},
+      {"Check10_2", "Automatically add all applications that are run to the Apps menu"},
+  };
+  for (const auto& [name, tip] : tips) {
+    auto* widget = form->findChild<QWidget*>(name);
+    ASSERT_NE(widget, nullptr) << name;
+    EXPECT_EQ(widget->toolTip(), tip) << name;
+    EXPECT_FALSE(widget->accessibleName().isEmpty()) << name;
+  }
+  // Help per tab.
+  QStringList pages;
+  QObject::connect(form, &Form2::helpRequested, [&](const QString& page) { pages << page; });
+  for (int tab : {0, 1, 3, 6}) {
+    tabs->setCurrentIndex(tab);
+    form->Command4_Click();
+  }
+  EXPECT_EQ(pages, (QStringList{"Prefs_General.htm", "Prefs_FFTF.htm", "Prefs_FPA.htm", "Prefs_PluginTypes.htm"}));
+  // The menu entries are built.
+  for (const char* name : {"mnuOptions", "mnuEditFolders", "mnuEditApps", "mnuHelp", "mnuFilterDownload"})
+    EXPECT_TRUE(window->command(name)->isEnabled()) << name;
+}
+
+// The dialog on its own, with a shell that records its questions.
+TEST(PreferencesDialogAloneTest, CacheSkinsAndAssociationsAskAndReport) {
+  TempDir prog, data, config;
+  test::RecordingShell shell;
+  SettingsStore store(prog.file("Trel10.ini"));
+  Form2 form(store, prog.path(), shell);
+  std::filesystem::create_directory(prog.file("cache"));
+  prog.Write("cache/a.jpg", "jpg");
+  shell.nextAnswer = MsgResult::No;
+  form.Command5_Click();
+  EXPECT_TRUE(prog.Exists("cache/a.jpg"));
+  shell.nextAnswer = MsgResult::Yes;
+  form.Command5_Click();
+  EXPECT_FALSE(prog.Exists("cache/a.jpg"));
+  EXPECT_TRUE(std::filesystem::is_directory(prog.file("cache")));
+  ASSERT_EQ(shell.boxes.size(), 2u);
+  EXPECT_EQ(shell.boxes[0].text, "Do you really want to clear the preview cache?");
+
+  form.LookforInterface();
+  EXPECT_EQ(shell.boxes.back().text, "Can't find FF Editor interface files.\nThe FF Editor won't be usable.");
+  form.LookforInterface(false);
+  EXPECT_EQ(shell.boxes.size(), 3u);
+
+  const QByteArray oldConfig = qgetenv("XDG_CONFIG_HOME");
+  qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(config.path()));
+  form.dataHome = QString::fromStdString(data.path());
+  form.Command13_Click();
+  oldConfig.isEmpty() ? qunsetenv("XDG_CONFIG_HOME") : qputenv("XDG_CONFIG_HOME", oldConfig);
+  EXPECT_EQ(shell.boxes.back().text.rfind("The associations were set.", 0), 0u);
+  EXPECT_TRUE(data.Exists("applications/trel.desktop"));
+}
+
+}  // namespace
+}  // namespace trel
