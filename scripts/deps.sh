@@ -8,7 +8,6 @@ packages=(
   nlohmann-json3-dev libcli11-dev
   zip unzip xvfb xauth xdotool python3
   wine64 mingw-w64
-  zip xvfb xauth
   xdg-utils shared-mime-info
 )
 # 32-bit Windows plugins also need wine32, which needs the i386 architecture
