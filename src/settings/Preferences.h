@@ -47,8 +47,8 @@ struct Preferences {
   // Options that hold for the run only: the store has no key for them.
   int includeSources = 0;     // "include txt, afs and pff files" (the scanner's sources)
   int cooperative = 0;        // "Enable Cooperative Multithreading": nothing reads it
-  int previewCache = 0;       // "Enabled" of the preview cache
-  int jpgCompression = 75;    // the cache's JPG compression in percent
+  int previewCache = 1;       // "Enabled" of the preview cache
+  int jpgCompression = 25;    // the cache's JPG compression in percent
   std::array<int, 5> associate{1, 1, 1, 1, 1};  // *.8bf, *.prm, *.ffl, *.afs, *.pff
   // The frame "Photoshop FF Compilation". Load takes the template from UsedFF,
   // "Encrypted" from Encrypt0 and "Editor Plugin" from EditorPlugin0; the rest

@@ -26,6 +26,7 @@
 #include "shell/FileListView.h"
 #include "shell/FilePane.h"
 #include "shell/MainWindow.h"
+#include "shell/PreviewController.h"
 #include "shell/Selection.h"
 #include "shell/TestHooks.h"
 
@@ -250,7 +251,9 @@ void PreferencesController::WireMenuEntries() {
       if (list == 1) {
         action->setCheckable(true);
         action->setChecked(window_.prefs().previewPicture == items[i]);
-        connect(action, &QAction::triggered, this, [this, index] { ChoosePicture(index); });
+        // The preview hooks its own entries; only an entry it did not see is ours.
+        if (!PreviewController::Of(window_))
+          connect(action, &QAction::triggered, this, [this, index] { ChoosePicture(index); });
       } else {
         connect(action, &QAction::triggered, this, [this, index] { RunApp(index); });
       }
@@ -275,6 +278,10 @@ void PreferencesController::ChoosePicture(int index) {
   const std::vector<std::string>& pics = window_.prefs().pics;
   if (index < 0 || static_cast<size_t>(index) >= pics.size()) return;
   window_.prefs().previewPicture = pics[static_cast<size_t>(index)];
+  if (PreviewController* preview = PreviewController::Of(window_)) {
+    preview->mnuPictures_Click(QString::fromStdString(pics[static_cast<size_t>(index)]));
+    return;
+  }
   for (size_t i = 0; i < pics.size(); ++i)
     if (QAction* action = MenuEntry(window_, 1, i))
       action->setChecked(static_cast<int>(i) == index);

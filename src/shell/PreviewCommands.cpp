@@ -182,9 +182,9 @@ void PreviewController::mnuBrowser_Click() {
     return;
   }
   ContactSheetOptions options;
-  options.useCache = cacheEnabled;
+  options.useCache = cacheEnabled();
   options.programFolder = window_.programFolder();
-  options.quality = jpgQuality;
+  options.quality = jpgQuality();
   auto* dialog = new BrowseDialog(std::move(plugins), *thumb, options, &window_);
   dialog->setAttribute(Qt::WA_DeleteOnClose);
   // What the engine can't run is tried through the host, on this thread.

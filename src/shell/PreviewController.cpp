@@ -1,6 +1,7 @@
 #include "shell/PreviewController.h"
 
 #include <QScopeGuard>
+#include <algorithm>
 
 #include <QAbstractItemView>
 #include <QAction>
@@ -119,6 +120,13 @@ void PreviewController::PreparePreviewPic() {
   CheckPictureEntry();
 }
 
+bool PreviewController::cacheEnabled() const { return window_.prefs().previewCache == 1; }
+// The slider says how much the cache's JPEGs are compressed: 100 % is the
+// smallest file, so the writer's quality is what is left of it.
+int PreviewController::jpgQuality() const {
+  return std::clamp(100 - window_.prefs().jpgCompression, 1, 100);
+}
+
 bool PreviewController::CreateThumb() {
   // A picture that doesn't open leaves the former thumbnail in place.
   return trel::CreateThumb(*lib_, previewPicture_, previewBox.width(), previewBox.height(), thumb_, aspect_);
@@ -137,6 +145,7 @@ void PreviewController::CheckPictureEntry() {
 
 void PreviewController::mnuPictures_Click(const QString& caption) {
   previewPicture_ = caption.toLocal8Bit().toStdString();
+  window_.prefs().previewPicture = previewPicture_;
   prepared_ = true;
   CheckPictureEntry();
   CreateThumb();
@@ -255,7 +264,7 @@ bool PreviewController::PreviewPlugin(const std::string& pluginPath) {
   const QString name = NameOf(pluginPath);
   const std::string cacheFile = PreviewCacheFile(window_.programFolder(), pluginPath);
   // A preview found in the cache is drawn without a host.
-  if (cacheEnabled && FileExists(cacheFile)) {
+  if (cacheEnabled() && FileExists(cacheFile)) {
     QImage cached = ReadPreviewCache(cacheFile);
     if (!cached.isNull()) {
       CloseImage(*lib_, state_.PreviewImage);
@@ -282,9 +291,9 @@ bool PreviewController::PreviewPlugin(const std::string& pluginPath) {
     return false;
   }
   ShowPreviewImage(name);
-  if (cacheEnabled) {
+  if (cacheEnabled()) {
     if (const QImage* img = lib_->image(state_.PreviewImage);
-        img && !WritePreviewCache(*img, cacheFile, jpgQuality))
+        img && !WritePreviewCache(*img, cacheFile, jpgQuality()))
       CacheWriteFailed(cacheFile);
   }
   return true;

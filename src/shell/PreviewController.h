@@ -36,9 +36,9 @@ class PreviewController : public QObject {
   ImageLibrary& library() { return *lib_; }
   HostState& host() { return state_; }
 
-  // --- options of the preferences that last for the run
-  bool cacheEnabled = true;
-  int jpgQuality = 75;
+  // --- options of the preferences that last for the run (read live)
+  bool cacheEnabled() const;
+  int jpgQuality() const;
   // The box previews are fitted into.
   QSize previewBox{400, 300};
 

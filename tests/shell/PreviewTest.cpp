@@ -98,7 +98,7 @@ TEST_F(PreviewTest, ToolbarButtonAndMenuEntrySwitchTogether) {
 
 TEST_F(PreviewTest, ABurstOfSelectionChangesRunsOnePreview) {
   selected = Plugin("255 - c", "invert");
-  preview->cacheEnabled = false;
+  window->prefs().previewCache = 0;
   preview->SelectionChanged();
   EXPECT_FALSE(preview->Timer1().isActive());  // the preview is off: nothing waits
   window->findChild<QAction*>("tbPreview")->trigger();

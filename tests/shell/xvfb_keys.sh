@@ -29,7 +29,7 @@ TREL_HOME="$home" XDG_DATA_HOME="$work/data" TREL_QUIT_AFTER_MS=9000 TREL_SCREEN
   "$trel" 2>"$work/stderr.txt" &
 pid=\$!
 win=""
-for _ in \$(seq 50); do
+for _ in \$(seq 300); do
   win=\$(xdotool search --onlyvisible --name "Trel" 2>/dev/null | head -n 1) && [[ -n "\$win" ]] && break
   sleep 0.1
 done
