@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <memory>
 #include <ostream>
+#include <string>
 
 #include "cli/Commands.h"
 #include "cli/Json.h"
@@ -51,12 +52,22 @@ int ChannelNumber(const std::string& channel) {
   return 1;
 }
 
-void AddCodeCommand(CLI::App& code, const std::string& name, const std::string& description,
-                    std::shared_ptr<CodeArgs> args, CliContext& ctx,
-                    std::string (*rewrite)(const CodeArgs&)) {
+// --channel is accepted before or after the rewriter's name. Only the optimizer's
+// rewrites depend on it; the dialect conversions take it so that a script can pass
+// the same options to every rewriter.
+void AddChannelOption(CLI::App& cmd, CodeArgs& args, const std::string& description) {
+  cmd.add_option("--channel", args.channel, description)
+      ->check(CLI::IsMember({"r", "g", "b", "a"}))
+      ->capture_default_str();
+}
+
+CLI::App* AddCodeCommand(CLI::App& code, const std::string& name, const std::string& description,
+                         std::shared_ptr<CodeArgs> args, CliContext& ctx,
+                         std::string (*rewrite)(const CodeArgs&)) {
   auto* cmd = code.add_subcommand(name, description);
   cmd->add_option("CODE", args->code, "the code of one channel")->required();
   cmd->callback([args, &ctx, rewrite] { *ctx.out << rewrite(*args) << '\n'; });
+  return cmd;
 }
 
 }  // namespace
@@ -74,19 +85,24 @@ void AddFilterCommands(CLI::App& app, CliContext& ctx) {
   auto args = std::make_shared<CodeArgs>();
   auto* code = app.add_subcommand("code", "Rewrite one string of Filter Factory code");
   code->require_subcommand(1);
-  code->add_option("--channel", args->channel, "the channel the code belongs to (for optimize)")
-      ->check(CLI::IsMember({"r", "g", "b", "a"}))
-      ->capture_default_str();
-  code->add_flag("--no-ff-optimize", args->noFFOptimize,
-                 "optimize: only the clean-up (\"No FF Code Optimization\")");
-  AddCodeCommand(*code, "optimize", "Normalise the code and use faster built-ins", args, ctx,
-                 [](const CodeArgs& a) {
-                   return OptimizeChannel(a.code, ChannelNumber(a.channel), a.noFFOptimize);
-                 });
-  AddCodeCommand(*code, "prm2ps", "Premiere dialect to Photoshop dialect", args, ctx,
-                 [](const CodeArgs& a) { return Correctprmcode(a.code); });
-  AddCodeCommand(*code, "ps2prm", "Photoshop dialect to Premiere dialect", args, ctx,
-                 [](const CodeArgs& a) { return CorrectcodeChannel(a.code); });
+  AddChannelOption(*code, *args, "the channel the code belongs to (for optimize)");
+  const char* noOptimize = "only the clean-up (\"No FF Code Optimization\")";
+  code->add_flag("--no-ff-optimize", args->noFFOptimize, std::string("optimize: ") + noOptimize);
+  auto* optimize = AddCodeCommand(
+      *code, "optimize", "Normalise the code and use faster built-ins", args, ctx,
+      [](const CodeArgs& a) {
+        return OptimizeChannel(a.code, ChannelNumber(a.channel), a.noFFOptimize);
+      });
+  AddChannelOption(*optimize, *args,
+                   "the channel the code belongs to: reading that channel becomes `c`");
+  optimize->add_flag("--no-ff-optimize", args->noFFOptimize, noOptimize);
+  for (auto* dialect :
+       {AddCodeCommand(*code, "prm2ps", "Premiere dialect to Photoshop dialect", args, ctx,
+                       [](const CodeArgs& a) { return Correctprmcode(a.code); }),
+        AddCodeCommand(*code, "ps2prm", "Photoshop dialect to Premiere dialect", args, ctx,
+                       [](const CodeArgs& a) { return CorrectcodeChannel(a.code); })}) {
+    AddChannelOption(*dialect, *args, "the channel the code belongs to (the same for every channel)");
+  }
 }
 
 }  // namespace trel::cli

@@ -62,7 +62,11 @@ std::string CutComment(const std::string& s) { return s.substr(0, s.find("//"));
 int IndexAtColumn5(const std::string& line, int highest) {
   const char c = line.size() > 4 ? line[4] : ' ';
   const int index = (c >= '0' && c <= '9') ? c - '0' : 0;
+#ifndef TREL_FUZZ_PLANTED_FAULT  // a fuzz build that shows the fuzzers catch a missing check
   if (index > highest) throw TxtError("Subscript out of range");
+#else
+  (void)highest;
+#endif
   return index;
 }
 

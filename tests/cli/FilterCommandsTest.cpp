@@ -58,5 +58,54 @@ TEST_F(FilterCommands, CodeRewriters) {
   EXPECT_EQ(Run({"code"}).exitCode, 2);
 }
 
+TEST_F(FilterCommands, ChannelAfterTheRewriterName) {
+  // Reading a fixed channel is `c` only in that channel's own code; red is the default.
+  struct Case {
+    std::vector<std::string> channelArgs;
+    std::string code, out;
+  } cases[] = {
+      {{}, "src(x,y,0)+rad(d,m,0)", "c+c"},
+      {{}, "src(x,y,1)", "src(x,y,1)"},
+      {{"--channel", "r"}, "src(x,y,0)", "c"},
+      {{"--channel", "r"}, "src(x,y,2)", "src(x,y,2)"},
+      {{"--channel", "g"}, "src(x,y,1) + rad(d,m,1)", "c+c"},
+      {{"--channel", "g"}, "src(x,y,0)", "src(x,y,0)"},
+      {{"--channel", "b"}, "src(x,y,2)", "c"},
+      {{"--channel", "b"}, "src(x,y,1)", "src(x,y,1)"},
+      // Alpha has no fixed index of its own here: only the channel-neutral forms shrink.
+      {{"--channel", "a"}, "src(x,y,0)+src(x,y,3)+src(x,y,z)", "src(x,y,0)+src(x,y,3)+c"},
+      // The option may stand after the code too, and beside --no-ff-optimize.
+      {{"--no-ff-optimize", "--channel", "g"}, "src(x,y,1) + T", "src(x,y,1) + total"},
+  };
+  for (const Case& c : cases) {
+    std::vector<std::string> args{"code", "optimize"};
+    args.insert(args.end(), c.channelArgs.begin(), c.channelArgs.end());
+    args.push_back(c.code);
+    const CliResult r = Run(args);
+    EXPECT_EQ(r.exitCode, 0) << c.code << r.err;
+    EXPECT_EQ(r.out, c.out + "\n") << c.code;
+  }
+  EXPECT_EQ(Run({"code", "optimize", "src(x,y,1)", "--channel", "g"}).out, "c\n");
+
+  // The dialect conversions take the option and give the same text for every channel.
+  for (const char* channel : {"r", "g", "b", "a"}) {
+    EXPECT_EQ(Run({"code", "prm2ps", "--channel", channel, "mix(a,b,n,d)*T/D"}).out,
+              "mix(b,a,n,d)*total/512\n") << channel;
+    EXPECT_EQ(Run({"code", "ps2prm", "--channel", channel, "z*512/D"}).out, "p*D/dmax\n") << channel;
+  }
+
+  // A wrong channel is wrong usage, named in the message, wherever it stands.
+  for (const char* rewriter : {"optimize", "prm2ps", "ps2prm"}) {
+    const CliResult bad = Run({"code", rewriter, "--channel", "x", "r"});
+    EXPECT_EQ(bad.exitCode, 2) << rewriter;
+    EXPECT_TRUE(Has(bad.err, "--channel")) << bad.err;
+    EXPECT_TRUE(bad.out.empty()) << bad.out;
+    EXPECT_EQ(Run({"code", rewriter, "--channel"}).exitCode, 2) << rewriter;
+  }
+  const CliResult help = Run({"code", "optimize", "--help"});
+  EXPECT_EQ(help.exitCode, 0);
+  EXPECT_TRUE(Has(help.out, "--channel")) << help.out;
+}
+
 }  // namespace
 }  // namespace trel::test
