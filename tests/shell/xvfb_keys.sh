@@ -25,7 +25,7 @@ fail() { echo "FAIL: $*"; cat "$work/stderr.txt" 2>/dev/null; exit 1; }
 cat > "$work/drive.sh" <<DRIVE
 #!/usr/bin/env bash
 set -u
-TREL_HOME="$home" XDG_DATA_HOME="$work/data" TREL_QUIT_AFTER_MS=9000 TREL_SCREENSHOT="$out/trel-keys.png" \
+QT_QPA_PLATFORM=xcb TREL_HOME="$home" XDG_DATA_HOME="$work/data" TREL_QUIT_AFTER_MS=9000 TREL_SCREENSHOT="$out/trel-keys.png" \
   "$trel" 2>"$work/stderr.txt" &
 pid=\$!
 win=""
