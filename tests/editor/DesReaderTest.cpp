@@ -126,7 +126,10 @@ TEST(DesParse, DamagedSkinsNeverThrowAndKeepWhatWasReached) {
       "name,pic,2",
       "name,pic,32767,100,100,Rect,0,0,1,1,0,0,Rect,0,0,1,1,0,0,RGN_OR",  // huge count, no groups
       "name,pic,2,-50,-60,Rect,0,0,-5,-5,0,0,Ellipse,9,9,-9,-9,0,0,RGN_XOR",
-      std::string("name,pic,3,10,10,Rect,0,0,\0\xff,5,0,0,Blob", 45),
+      [] {
+        const char bytes[] = "name,pic,3,10,10,Rect,0,0,\0\xff,5,0,0,Blob";
+        return std::string(bytes, sizeof bytes - 1);
+      }(),
       "name,pic,5,10,10,Rect,0,0,5,5,0,0,Rect",  // ends inside the second shape
   };
   for (const auto& text : damaged) {

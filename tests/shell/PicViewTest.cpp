@@ -140,7 +140,9 @@ TEST_F(PicViewTest, BadFilesAreRefusedWithTheirPath) {
   const std::string bytes = test::ReadFileBytes(png);
   // A BMP header that claims 20000 x 20000 pixels, with almost none behind it.
   std::string huge = "BM";
-  auto put = [&](uint32_t v, int n) { for (int i = 0; i < n; ++i) huge += char(v >> (8 * i)); };
+  auto put = [&](uint32_t v, int n) {
+    for (int i = 0; i < n; ++i) huge += char(i < 4 ? v >> (8 * i) : 0);
+  };
   put(118, 4), put(0, 4), put(54, 4), put(40, 4), put(20000, 4), put(20000, 4), put(1, 2), put(24, 2);
   put(0, 24);
   huge += std::string(64, '\x20');
