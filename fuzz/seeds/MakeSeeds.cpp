@@ -200,10 +200,19 @@ int main(int argc, char** argv) {
                  true);
   lists.Add(3, Slurp(foldersFile));
 
+  // The shipped skins and link lists, beside the samples in the data folder.
+  Corpus skins(out, "skins_and_links");
+  const fs::path data = samples.parent_path();
+  std::error_code ec;
+  for (const auto& entry : fs::directory_iterator(data / "interface", ec))
+    if (Lower(entry.path().extension().string()) == ".des") skins.Add(0, Slurp(entry.path()));
+  for (const char* name : {"FilterURLs.txt", "TubeURLs.txt"})
+    if (fs::exists(data / name)) skins.Add(1, Slurp(data / name));
+
   fs::remove_all(work);
   std::printf("seeds: text_sources %d, compiled_plugins %d, ffl_libraries %d, plugin_identification %d, "
-              "ff_code %d, list_files %d\n",
+              "ff_code %d, list_files %d, skins_and_links %d\n",
               textSources.count(), compiled.count(), ffl.count(), identification.count(), ffCode.count(),
-              lists.count());
+              lists.count(), skins.count());
   return 0;
 }
