@@ -1,5 +1,6 @@
 #include "catalogue/ScanCache.h"
 
+#include <charconv>
 #include <sys/stat.h>
 
 #include <cstdio>
@@ -76,23 +77,12 @@ std::vector<std::string> SplitTabs(const std::string& line) {
   return fields;
 }
 
+// A whole decimal number and nothing else (the standard parser stops at the
+// first other character, so the end must be the text's end).
 bool ParseInt(const std::string& text, int64_t& value) {
-  if (text.empty() || text.size() > 20) return false;
-  size_t i = 0;
-  bool negative = false;
-  if (text[0] == '-') {
-    negative = true;
-    i = 1;
-    if (text.size() == 1) return false;
-  }
-  int64_t v = 0;
-  for (; i < text.size(); ++i) {
-    if (text[i] < '0' || text[i] > '9') return false;
-    if (v > (INT64_MAX - 9) / 10) return false;
-    v = v * 10 + (text[i] - '0');
-  }
-  value = negative ? -v : v;
-  return true;
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, value);
+  return error == std::errc() && stop == end && !text.empty();
 }
 
 bool StatFile(const std::string& path, int64_t& size, int64_t& mtime) {

@@ -48,6 +48,7 @@
 #include "host/ff/FFEngine.h"
 #include "picture/PicView.h"
 #include "settings/SettingsStore.h"
+#include "settings/Latin1.h"
 
 namespace trel {
 
@@ -80,7 +81,6 @@ const char* const kTools[8] = {"Clear all Memory Spots",
 const char* const kToolGlyph[8] = {"C", "D", "L", "S", "O", "?", "N", "F"};
 
 std::string Latin1(const QString& s) { return s.toLatin1().toStdString(); }
-QString FromLatin1(const std::string& s) { return QString::fromLatin1(s.data(), qsizetype(s.size())); }
 
 template <typename W>
 W* Named(W* w, const QString& name, int index = -1) {
@@ -430,7 +430,7 @@ void FFEditorType1::BuildControls() {
   mailLink_->setGeometry(kDefaultMail);
   mailLink_->hide();
   connect(mailLink_, &ClickLabel::clicked, this, [this] {
-    QDesktopServices::openUrl(QUrl("mailto:" + FromLatin1(mailAddress_) + "?subject=Your Design"));
+    QDesktopServices::openUrl(QUrl("mailto:" + Latin1(mailAddress_) + "?subject=Your Design"));
   });
   codeError_ = Named(new QLabel(this), "CodeError");
   codeError_->setStyleSheet("QLabel{color:rgb(255,90,70);font-weight:bold}");
@@ -541,8 +541,8 @@ void FFEditorType1::LoadSnippets() {
   QFile file(QString::fromStdString(ctx_.programFolder) + "Snipets.db");
   if (file.open(QIODevice::ReadOnly)) snippets_ = ParseSnipets(file.read(4 << 20).toStdString());
   for (size_t i = 0; i < snippets_.size(); ++i) {
-    combo1_[1]->addItem(FromLatin1(snippets_[i].name));
-    QAction* a = mnuCodeSnipet_->addAction(FromLatin1(snippets_[i].name));
+    combo1_[1]->addItem(Latin1(snippets_[i].name));
+    QAction* a = mnuCodeSnipet_->addAction(Latin1(snippets_[i].name));
     a->setObjectName(QString("mnuSnipet_FFE_%1").arg(i));
     connect(a, &QAction::triggered, this, [this, i] { InsertSnippet(int(i)); });
   }
@@ -565,7 +565,7 @@ void FFEditorType1::ReadInterface() {
   const std::string path = ResolveInterfacePath(ctx_.programFolder, interfaceFolder_, interfaceFile_);
   ReadDesFile(path, skin_);
   const QString folder = QFileInfo(QString::fromStdString(path)).absolutePath();
-  background_ = skin_.picture.empty() ? QImage() : QImage(folder + "/" + FromLatin1(skin_.picture));
+  background_ = skin_.picture.empty() ? QImage() : QImage(folder + "/" + Latin1(skin_.picture));
   if (skin_.sizeRead && skin_.width > 0 && skin_.height > 0) setFixedSize(skin_.width, skin_.height);
   else setFixedSize(kWidth, kHeight);
 
@@ -589,8 +589,8 @@ void FFEditorType1::ReadInterface() {
     const DesBox& b = skin_.mailBox;
     mailLink_->setGeometry(b.left, b.top, b.right - b.left, b.bottom - b.top);
     mailAddress_ = skin_.mailAddress;
-    mailLink_->setToolTip(FromLatin1(skin_.mailToolTip));
-    mailLink_->setAccessibleName(FromLatin1(skin_.mailToolTip));
+    mailLink_->setToolTip(Latin1(skin_.mailToolTip));
+    mailLink_->setAccessibleName(Latin1(skin_.mailToolTip));
     mailLink_->show();
   }
   QRect code = kDefaultCode;
@@ -661,7 +661,7 @@ void FFEditorType1::FilterToEditor() {
   FFFilter& f = *ctx_.filter;
   setEnabled(false);
   const std::string* names[5] = {&f.filename, &f.category, &f.title, &f.author, &f.copyright};
-  for (int i = 0; i < 5; ++i) label6_[size_t(i)]->setText(FromLatin1(*names[i]));
+  for (int i = 0; i < 5; ++i) label6_[size_t(i)]->setText(Latin1(*names[i]));
   for (int m = 0; m < 4; ++m) {
     const bool map = !f.mapName[m + 1].empty();
     {
@@ -670,13 +670,13 @@ void FFEditorType1::FilterToEditor() {
     }
     for (int k = 0; k < 2; ++k) {
       const int n = 2 * m + k;
-      label7_[size_t(n)]->setText(FromLatin1(map && k == 0 ? f.mapName[m + 1] : f.ctlName[n + 1]));
+      label7_[size_t(n)]->setText(Latin1(map && k == 0 ? f.mapName[m + 1] : f.ctlName[n + 1]));
       PlaceSlider(n, f.ctlValue[n + 1]);
     }
     MapSwitch(m);
   }
   const std::string* codes[4] = {&f.codeA, &f.codeR, &f.codeG, &f.codeB};
-  for (int i = 0; i < 4; ++i) text5_[size_t(i)]->setPlainText(FromLatin1(*codes[i]));
+  for (int i = 0; i < 4; ++i) text5_[size_t(i)]->setPlainText(Latin1(*codes[i]));
   ClearCodeError();
   setEnabled(true);
   timer1_.stop();  // filling the boxes is no typing
@@ -864,7 +864,7 @@ void FFEditorType1::InsertFunction(const QString& entry) {
 
 void FFEditorType1::InsertSnippet(int index) {
   if (index < 0 || size_t(index) >= snippets_.size()) return;
-  InsertInCode(FromLatin1(snippets_[size_t(index)].code));
+  InsertInCode(Latin1(snippets_[size_t(index)].code));
 }
 
 int FFEditorType1::FindAndReplace(const QString& find, const QString& replace, bool all) {
@@ -982,7 +982,7 @@ void FFEditorType1::ShowCodeError(int channel, size_t position, const std::strin
   codeError_->setText(QString("%1: position %2: %3")
                           .arg(kChannel[ch])
                           .arg(position + 1)
-                          .arg(FromLatin1(message)));
+                          .arg(Latin1(message)));
   codeError_->show();
   codeError_->raise();
   if (text5_[size_t(box)]->isHidden()) Label2_Click(box);
@@ -1091,7 +1091,7 @@ void FFEditorType1::ApplyFilterToPicture() {
     return;
   }
   if (!picView_) picView_ = new PicView(this);
-  picView_->SetPicture(out.picture, FromLatin1(f.title));
+  picView_->SetPicture(out.picture, Latin1(f.title));
   picView_->show();
   picView_->raise();
 }
@@ -1316,7 +1316,7 @@ void FFEditorType1::closeEvent(QCloseEvent* event) {
 void FFEditorType1::CopyFilterToClipboard() {
   EditorToFilter();
   QGuiApplication::clipboard()->clear();
-  QGuiApplication::clipboard()->setText(FromLatin1(FilterClipboardText(*ctx_.filter)));
+  QGuiApplication::clipboard()->setText(Latin1(FilterClipboardText(*ctx_.filter)));
 }
 
 void FFEditorType1::PasteFilterFromClipboard() {
@@ -1371,7 +1371,7 @@ void FFEditorType1::PrintFilter(QPrinter& printer) {
   };
   for (const std::string& raw : FilterPrintLines(f)) {
     // Code lines wrap at the page's width; continuation lines are indented.
-    QString rest = FromLatin1(raw);
+    QString rest = Latin1(raw);
     rest.replace('\r', QString()).replace('\n', ' ');
     bool first = true;
     while (!rest.isEmpty()) {

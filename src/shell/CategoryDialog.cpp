@@ -8,11 +8,12 @@
 #include <QVBoxLayout>
 
 #include "shell/TestHooks.h"
+#include "settings/Latin1.h"
+#include "shell/DialogButtons.h"
 
 namespace trel {
 
 namespace {
-QString Latin1(const std::string& s) { return QString::fromLatin1(s.data(), static_cast<qsizetype>(s.size())); }
 }  // namespace
 
 CategoryDialog::CategoryDialog(const std::vector<std::string>& choices, QWidget* parent) : QDialog(parent) {
@@ -36,17 +37,7 @@ CategoryDialog::CategoryDialog(const std::vector<std::string>& choices, QWidget*
   combo1_->setEditText({});
   label1_->setBuddy(combo1_);
   column->addWidget(combo1_);
-  auto* buttons = new QDialogButtonBox(this);
-  QPushButton* ok = buttons->addButton("OK", QDialogButtonBox::AcceptRole);
-  ok->setObjectName("Command1");
-  ok->setAccessibleName("OK");
-  ok->setDefault(true);
-  QPushButton* cancel = buttons->addButton("Cancel", QDialogButtonBox::RejectRole);
-  cancel->setObjectName("Command2");
-  cancel->setAccessibleName("Cancel");
-  connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-  column->addWidget(buttons);
+  AddDialogButtons(this, column, "OK");
   combo1_->setFocus();
 }
 

@@ -1,4 +1,5 @@
 #include "shell/FflViewPage.h"
+#include "settings/Latin1.h"
 
 #include <QContextMenuEvent>
 #include <QDragEnterEvent>
@@ -19,7 +20,6 @@ namespace trel {
 namespace {
 constexpr int kNumberRole = Qt::UserRole + 1;
 QString Named(const char* control, int pane) { return QString("%1_%2").arg(control).arg(pane); }
-QString Latin1(const std::string& s) { return QString::fromLatin1(s.data(), static_cast<qsizetype>(s.size())); }
 }  // namespace
 
 FflViewPage::FflViewPage(int pane, QWidget* parent) : QWidget(parent), pane_(pane) {

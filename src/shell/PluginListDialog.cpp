@@ -10,6 +10,7 @@
 #include <QVBoxLayout>
 
 #include "shell/TestHooks.h"
+#include "shell/DialogButtons.h"
 
 namespace trel {
 
@@ -47,17 +48,7 @@ PluginListDialog::PluginListDialog(QWidget* parent) : QDialog(parent) {
   column->addWidget(clip);
   connect(clip, &QCheckBox::toggled, text1_, [this](bool on) { text1_->setEnabled(!on); });
 
-  auto* buttons = new QDialogButtonBox(this);
-  QPushButton* start = buttons->addButton("Start", QDialogButtonBox::AcceptRole);
-  start->setObjectName("Command1");
-  start->setAccessibleName("Start");
-  start->setDefault(true);
-  QPushButton* cancel = buttons->addButton("Cancel", QDialogButtonBox::RejectRole);
-  cancel->setObjectName("Command2");
-  cancel->setAccessibleName("Cancel");
-  connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-  column->addWidget(buttons);
+  AddDialogButtons(this, column, "Start");
 }
 
 QCheckBox* PluginListDialog::box(const QString& objectName) const { return findChild<QCheckBox*>(objectName); }

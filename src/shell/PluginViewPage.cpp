@@ -22,6 +22,7 @@
 #include "catalogue/EnableState.h"
 #include "filter/FilterEnv.h"
 #include "filter/Paths.h"
+#include "settings/Latin1.h"
 
 namespace trel {
 
@@ -32,7 +33,6 @@ constexpr const char* kSeparatorRow = "-------------";
 constexpr int kEntryRole = Qt::UserRole + 1;
 
 QString Named(const char* control, int pane) { return QString("%1_%2").arg(control).arg(pane); }
-QString Latin1(const std::string& s) { return QString::fromLatin1(s.data(), static_cast<qsizetype>(s.size())); }
 std::string FromLatin1(const QString& s) { return s.toLatin1().toStdString(); }
 
 bool OneOf(const std::string& s, std::initializer_list<const char*> options) {
