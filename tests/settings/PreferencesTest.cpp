@@ -28,8 +28,6 @@ TEST_F(PreferencesTest, LoadTakesWhatItCanReadAndLeavesTheRestAsItIs) {
   EXPECT_EQ(prefs.scanSubDirs, 1);
   EXPECT_EQ(prefs.fileview, Preferences{}.fileview);
   EXPECT_EQ(prefs.folderItemLimit, "20");
-  EXPECT_EQ(prefs.interfaceFile, "Interfc4.des");
-  EXPECT_EQ(prefs.ffl10, 1);
   EXPECT_TRUE(prefs.apps.empty());
   EXPECT_FALSE(prefs.fonts[0].set);
   EXPECT_EQ(prefs.usedFF, 2);
@@ -76,23 +74,22 @@ TEST_F(PreferencesTest, OkGrowsAFontByOnePointAndStoresALimitOfZeroAsTwenty) {
 
 TEST_F(PreferencesTest, TheStoredCompileChoicesReachTheOptionsTheCoreTakes) {
   struct Row {
-    std::string usedFF, encrypt0, editor0;
+    std::string usedFF, encrypt0, editor0, noFF;
     CompileTemplate choice;
     bool encrypted, editorPlugin;
   };
   const Row rows[] = {
-      {"", "", "", CompileTemplate::FilterFactory30, false, false},
-      {"1", "1", "", CompileTemplate::FilterFactory304, true, false},
-      {"3", "", "1", CompileTemplate::Macintosh, false, true},
-      {"9", "x", "x", CompileTemplate::FilterFactory30, false, false},  // out of range, garbage
+      {"", "", "", "", CompileTemplate::FilterFactory30, false, false},
+      {"1", "1", "", "1", CompileTemplate::FilterFactory304, true, false},
+      {"3", "", "1", "0", CompileTemplate::Macintosh, false, true},
+      {"9", "x", "x", "1", CompileTemplate::FilterFactory30, false, false},  // out of range, garbage
   };
   for (const Row& row : rows) {
     TempDir own;
     SettingsStore s(own.file("Trel10.ini"));
-    if (!row.usedFF.empty()) s.Save(kSectionSettings, "UsedFF", row.usedFF);
-    if (!row.encrypt0.empty()) s.Save(kSectionSettings, "Encrypt0", row.encrypt0);
-    if (!row.editor0.empty()) s.Save(kSectionSettings, "EditorPlugin0", row.editor0);
-    s.Save(kSectionSettings, "NoFFOptimize", "1");
+    for (const auto& [key, value] : {std::pair{"UsedFF", row.usedFF}, {"Encrypt0", row.encrypt0},
+                                     {"EditorPlugin0", row.editor0}, {"NoFFOptimize", row.noFF}})
+      if (!value.empty()) s.Save(kSectionSettings, key, value);
     s.Save(kSectionSettings, "FFL1.0", "0");
     Preferences prefs;
     prefs.compile.demoPlugin = true;
@@ -103,24 +100,12 @@ TEST_F(PreferencesTest, TheStoredCompileChoicesReachTheOptionsTheCoreTakes) {
     EXPECT_EQ(options.compile.editorPlugin, row.editorPlugin) << row.usedFF;
     // "Editor Plugin" and "Demo Plugin" exclude each other.
     EXPECT_EQ(options.compile.demoPlugin, !row.editorPlugin) << row.usedFF;
-    EXPECT_TRUE(options.noFFOptimize);
     EXPECT_FALSE(options.writeFFL10);
-    EXPECT_EQ(options.programFolder, "/prog/");
-  }
-}
-
-TEST_F(PreferencesTest, NoFFCodeOptimizationFromTheStoreKeepsTheCodeAsWritten) {
-  for (const auto& [stored, expected] : std::vector<std::pair<std::string, std::string>>{
-           {"0", "c"}, {"1", "src(x,y,0)"}, {"", "c"}}) {
-    TempDir own;
-    SettingsStore s(own.file("Trel10.ini"));
-    if (!stored.empty()) s.Save(kSectionSettings, "NoFFOptimize", stored);
-    Preferences prefs;
-    LoadPreferences(s, prefs);
+    // Without optimization the code stays as written.
     FFFilter f;
     f.codeR = "src(x,y,0)";
-    OptimizeCode(f, MakeFilterOptions(prefs, own.path()));
-    EXPECT_EQ(f.codeR, expected) << "stored '" << stored << "'";
+    OptimizeCode(f, options);
+    EXPECT_EQ(f.codeR, row.noFF == "1" ? "src(x,y,0)" : "c") << row.usedFF;
   }
 }
 
