@@ -21,19 +21,6 @@ namespace fs = std::filesystem;
 
 std::string Template64() { return std::string(TREL_TEMPLATE_DIR) + "/" + layout::kPhoto64; }
 
-std::string Compile64(const test::TempDir& dir, FFFilter f) {
-  test::RecordingShell shell;
-  FilterEnv env;
-  env.shell = &shell;
-  env.options.programFolder = dir.path();
-  env.options.compile.templateChoice = CompileTemplate::CustomPath;
-  env.options.compile.templatePath = Template64();
-  fs::create_directories(dir.path() + "out");
-  Write8bf(f, dir.path() + "out/", false, false, env);
-  const std::string name = dir.path() + "out/" + f.filename.substr(0, f.filename.rfind('.')) + ".8bf";
-  return FileExists(name) ? name : std::string();
-}
-
 class GenuineTemplateTest : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -48,7 +35,7 @@ TEST_F(GenuineTemplateTest, ReadersReadBackWhatTheCompilerWrote) {
   EXPECT_EQ(fs::file_size(Template64()), uint64_t(layout::kPhoto64Size));
   FFFilter f = test::SampleFilter("r ^ ctl(1)");
   f.mapName[1] = "Waves";
-  const std::string plugin = Compile64(dir, f);
+  const std::string plugin = test::CompilePlugin(dir, f, Template64());
   ASSERT_FALSE(plugin.empty());
   EXPECT_EQ(fs::file_size(plugin), uint64_t(layout::kPhoto64Size));
   FFFilter back;
@@ -89,7 +76,7 @@ TEST_F(GenuineTemplateTest, CompiledFiltersGiveTheEnginesPixels) {
     FFFilter f = test::SampleFilter(row.code);
     f.filename = "proof" + std::to_string(n++) + ".afs";
     f.codeA = row.alpha;
-    const std::string plugin = Compile64(dir, f);
+    const std::string plugin = test::CompilePlugin(dir, f, Template64());
     ASSERT_FALSE(plugin.empty());
     // 70 by 45: neither a power of two nor square.
     const QImage picture = test::PatternPicture(70, 45, row.transparent);

@@ -11,6 +11,7 @@
 #include "filter/FilterEnv.h"
 #include "filter/Paths.h"
 #include "filter/PluginCompiler.h"
+#include "host/ImageWrappers.h"
 #include "support/RecordingShell.h"
 #include "support/TempDir.h"
 
@@ -40,8 +41,9 @@ inline FFFilter SampleFilter(const std::string& rgbCode) {
   return f;
 }
 
-// Compiles `f` with the project's template into dir/out/; "" if nothing was written.
-inline std::string CompilePlugin(const TempDir& dir, FFFilter f) {
+// Compiles `f` into dir/out/ with the project's 16-bit template, or with the
+// template at `templatePath`; "" if nothing was written.
+inline std::string CompilePlugin(const TempDir& dir, FFFilter f, const std::string& templatePath = "") {
   namespace fs = std::filesystem;
   const std::string prog = dir.path() + "prog/", out = dir.path() + "out/";
   fs::create_directories(prog);
@@ -52,9 +54,28 @@ inline std::string CompilePlugin(const TempDir& dir, FFFilter f) {
   FilterEnv env;
   env.shell = &shell;
   env.options.programFolder = prog;
+  if (!templatePath.empty()) {
+    env.options.compile.templateChoice = CompileTemplate::CustomPath;
+    env.options.compile.templatePath = templatePath;
+  }
   Write8bf(f, out, false, false, env);
   const std::string name = out + f.filename.substr(0, f.filename.rfind('.')) + ".8bf";
   return FileExists(name) ? name : std::string();
 }
+
+// A picture box backed by a QImage of the given colour, as a window's box would be.
+class ImageBox : public PictureBox {
+ public:
+  ImageBox(int w, int h, Qt::GlobalColor fill = Qt::white) : colour(fill) { resize(w, h); }
+  int width() const override { return img.width(); }
+  int height() const override { return img.height(); }
+  void resize(int w, int h) override {
+    img = QImage(w, h, QImage::Format_RGB32);
+    img.fill(colour);
+  }
+  QPaintDevice* device() override { return &img; }
+  Qt::GlobalColor colour;
+  QImage img;
+};
 
 }  // namespace trel::test

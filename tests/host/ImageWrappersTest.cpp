@@ -11,20 +11,6 @@
 namespace trel {
 namespace {
 
-// A picture box backed by a white QImage, as a window's box would be.
-class ImageBox : public PictureBox {
- public:
-  ImageBox(int w, int h) { resize(w, h); }
-  int width() const override { return img.width(); }
-  int height() const override { return img.height(); }
-  void resize(int w, int h) override {
-    img = QImage(w, h, QImage::Format_RGB32);
-    img.fill(Qt::white);
-  }
-  QPaintDevice* device() override { return &img; }
-  QImage img;
-};
-
 class ImageWrappersTest : public ::testing::Test {
  protected:
   test::TempDir dir;
@@ -56,7 +42,7 @@ TEST_F(ImageWrappersTest, CopyAtFullOrGivenSize) {
 }
 
 TEST_F(ImageWrappersTest, DrawFitCentresSmallPicturesAndSqueezesLargeOnes) {
-  ImageBox box(20, 10);
+  test::ImageBox box(20, 10);
   ImgHandle none = 0, small = Solid(4, 4, Qt::red), large = Solid(100, 100, Qt::blue);
   DrawImageFit(lib, none, box);
   EXPECT_EQ(box.img.pixelColor(10, 5), QColor(Qt::white));
@@ -78,7 +64,7 @@ TEST_F(ImageWrappersTest, CloseOpenAndSize) {
   bool quiet = false;
   OpenImageFile(lib, shell, path, h, quiet);
   ASSERT_NE(h, 0);
-  ImageBox box(1, 1);
+  test::ImageBox box(1, 1);
   SizeBoxToImage(lib, path, box, h);
   EXPECT_EQ(QSize(box.width(), box.height()), QSize(5, 4));
 
