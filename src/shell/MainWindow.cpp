@@ -185,7 +185,7 @@ void MainWindow::BuildMenus() {
   QAction* exit = AddCommand(file, "mnuExiting", "E&xit", true);
   connect(exit, &QAction::triggered, this, &QWidget::close);
 
-  QMenu* commands = bar->addMenu("&Commands");
+  QMenu* commands = bar->addMenu("Co&mmands");
   commands->setObjectName("mnuCommands");
   AddCommand(commands, "mnuBrowser", "&Browse Plugins", false);
   AddCommand(commands, "mnuBatchProcessing", "Ba&tch Processing", false);
@@ -237,6 +237,14 @@ void MainWindow::BuildMenus() {
     connect(action, &QAction::triggered, this, [this, i] { mnuFileViewMode_Click(i); });
     viewModeActions_[static_cast<size_t>(i)] = action;
   }
+  // The three views of the active pane, reachable without the mouse.
+  const char* views[3] = {"&File View", "&Plugin View", "FF&L View"};
+  for (int v = 1; v <= 3; ++v) {
+    QAction* entry = AddCommand(view, QString("mnuPaneView_%1").arg(v).toLatin1().constData(), views[v - 1], true);
+    entry->setShortcut(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_0 + v)));
+    connect(entry, &QAction::triggered, this, [this, v] { pane(activePane_)->SelectTab(v); });
+  }
+  view->addSeparator();
   QAction* refresh = AddCommand(view, "mnuRefresh", "&Refresh", true);
   // F5 copies, as in two-pane file managers; refresh is Ctrl+R.
   refresh->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_R));
@@ -255,7 +263,7 @@ void MainWindow::BuildMenus() {
   AddCommand(appsMenu_, "mnuEditApps", "Edit Apps...", false);
   appsMenu_->addSeparator();
 
-  QMenu* help = bar->addMenu("&Help");
+  QMenu* help = bar->addMenu("Hel&p");
   help->setObjectName("mnuHelpMenu");
   QAction* helpEntry = AddCommand(help, "mnuHelp", "&Help", false);
   helpEntry->setShortcut(QKeySequence(Qt::Key_F1));

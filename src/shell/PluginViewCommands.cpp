@@ -214,13 +214,13 @@ void PluginViewController::Scan(int index, bool ffOnly) {
   pane->tabs()->tabBar()->setEnabled(true);
   page->SetBusy(false);
   const int found = scanned.plugins.Count();
+  // The finished scan leaves the status row empty for the next work.
+  window_.StatusDisplayClear();
   if (entry == PluginViewEntry::Scanned) {
-    window_.Progressbar(100);
     page->SetCatalogue(std::move(scanned));
     window_.Switchit(index);
     page->categoryList()->setFocus();
   } else {
-    window_.Progressbar(0);
     window_.SetPluginViewFresh(index, false);
     page->SetCatalogue({});
     pane->SelectTab(FilePane::kFileView);
