@@ -10,15 +10,14 @@
 namespace trel::test {
 namespace {
 
-TEST(Photo64Cli, ScannedAndRecategorisedLikeEveryFilterFactoryPlugin) {
+using Photo64Cli = CliTest;
+
+TEST_F(Photo64Cli, ScannedAndRecategorisedLikeEveryFilterFactoryPlugin) {
   const std::string templ = std::string(TREL_TEMPLATE_DIR) + "/photo64.dll";
   if (!std::filesystem::exists(templ)) GTEST_SKIP() << "photo64.dll was not built";
-  TempDir home, work;
   const std::string source = work.Write("s.txt", "Title: Sixty Four\nCategory: Wide\nR:255-r\n\nG:g\n\nB:b\n\n");
-  ASSERT_EQ(RunCli({"convert", "--to", "8bf", "-o", work.path() + "out", "--template", templ, source}, home.path())
-                .exitCode,
-            0);
-  CliResult r = RunCli({"scan", work.path() + "out", "--json"}, home.path());
+  ASSERT_EQ(Run({"convert", "--to", "8bf", "-o", work.path() + "out", "--template", templ, source}).exitCode, 0);
+  CliResult r = Run({"scan", work.path() + "out", "--json"});
   ASSERT_EQ(r.exitCode, 0) << r.err;
   nlohmann::json list = nlohmann::json::parse(r.out);
   ASSERT_EQ(list.size(), 1u);
@@ -27,9 +26,9 @@ TEST(Photo64Cli, ScannedAndRecategorisedLikeEveryFilterFactoryPlugin) {
   EXPECT_EQ(list[0]["categoryOffset"], 499712 + 31064);
   const std::string plugin = list[0]["path"];
 
-  r = RunCli({"category", plugin, "Narrow Things"}, home.path());
+  r = Run({"category", plugin, "Narrow Things"});
   ASSERT_EQ(r.exitCode, 0) << r.err;
-  r = RunCli({"show", plugin}, home.path());
+  r = Run({"show", plugin});
   ASSERT_EQ(r.exitCode, 0) << r.err;
   const nlohmann::json shown = nlohmann::json::parse(r.out);
   EXPECT_EQ(shown["category"], "Narrow Things");
