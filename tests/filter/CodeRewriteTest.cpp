@@ -100,5 +100,21 @@ TEST(CorrectCodeForMac, WritesTheWindowsValueOfTheFullScaleConstants) {
   EXPECT_EQ(Codes(f), "255|255|255|255");
 }
 
+TEST(IniVars, ClearsTheFieldsEveryReaderFillsAndKeepsTheRest) {
+  FFFilter f = test::SampleFilter();
+  f.mapName[4] = "map";
+  f.ctlName[8] = "ctl";
+  f.ctlValue[8] = 9;
+  f.isPhotoshop = false;
+  f.transitionName = "wipe";
+  f.presets[7][9] = -3;
+  IniVars(f);
+  FFFilter expected;
+  expected.isPhotoshop = false;
+  expected.transitionName = "wipe";
+  expected.presets[7][9] = -3;
+  EXPECT_EQ(f, expected);
+}
+
 }  // namespace
 }  // namespace trel

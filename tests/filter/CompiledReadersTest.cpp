@@ -85,8 +85,6 @@ TEST_F(CompiledReaders, EachWindowsSizeReadsFromItsPlaces) {
     EXPECT_EQ(Texts(f), "Cat|Title|Auth|Copy");
     EXPECT_EQ(f.codeR, "r+1");
     EXPECT_EQ(f.ctlName[1], "Ctl");
-    EXPECT_EQ(f.filename, "p.8bf");
-    EXPECT_TRUE(f.isPhotoshop);
   }
 }
 

@@ -170,7 +170,6 @@ TEST_F(FFLTest, NotALibraryIsAFormatViolation) {
   ASSERT_EQ(shell.boxes.size(), 1u);
   EXPECT_EQ(shell.boxes[0].title, "Format Violation");
   EXPECT_EQ(shell.boxes[0].text, dir.file("x.ffl") + " is not a Filter Factory Library File!");
-  EXPECT_EQ(shell.boxes[0].icon, MsgIcon::Exclamation);
   EXPECT_FALSE(ReadFFLLibrary(dir.file("missing.ffl"), lib, env));
   EXPECT_EQ(shell.refreshes, 1);
 }
@@ -218,7 +217,6 @@ TEST_F(FFLTest, DeletingItemsAsksFirst) {
   EXPECT_TRUE(DeleteFFLItems(lib, {1, 3}, env).empty());
   ASSERT_EQ(shell.boxes.size(), 1u);
   EXPECT_EQ(shell.boxes[0].text, "Do you want to delete these/this FFL item(s)?");
-  EXPECT_EQ(shell.boxes[0].title, "Delete FFL Item");
   EXPECT_EQ(shell.boxes[0].buttons, MsgButtons::YesNo);
   shell.nextAnswer = MsgResult::Yes;
   EXPECT_EQ(DeleteFFLItems(lib, {1, 3}, env), (std::vector<int>{3, 1}));
