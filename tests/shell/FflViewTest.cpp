@@ -36,10 +36,7 @@ FFFilter Filter(const std::string& filename, const std::string& category, const 
   f.title = title;
   f.author = author;
   f.copyright = "free";
-  f.codeR = "r";
-  f.codeG = "g";
-  f.codeB = "b";
-  f.codeA = "a";
+  f.codeR = f.codeG = f.codeB = f.codeA = "r";
   return f;
 }
 

@@ -13,7 +13,6 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QScrollBar>
 #include <QTabWidget>
 #include <QTreeView>
 #include <filesystem>
