@@ -6,8 +6,6 @@
 
 #include "HostTestSupport.h"
 #include "host/ff/FFEngine.h"
-#include "support/RecordingShell.h"
-#include "support/TempDir.h"
 
 namespace trel {
 namespace {

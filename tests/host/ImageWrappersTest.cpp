@@ -5,8 +5,6 @@
 #include <QImage>
 
 #include "HostTestSupport.h"
-#include "support/RecordingShell.h"
-#include "support/TempDir.h"
 
 namespace trel {
 namespace {

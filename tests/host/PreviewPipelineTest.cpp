@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QFile>
-#include <QImage>
 #include <QPainter>
 #include <atomic>
 #include <filesystem>
@@ -11,10 +9,7 @@
 
 #include "HostTestSupport.h"
 #include "host/ContactSheet.h"
-#include "host/PluginHost.h"
 #include "host/PreviewRender.h"
-#include "support/RecordingShell.h"
-#include "support/TempDir.h"
 
 namespace trel {
 namespace {

@@ -13,8 +13,6 @@
 #include "host/ImageLibrary.h"
 #include "host/PlugHostClient.h"
 #include "host/PluginHost.h"
-#include "support/RecordingShell.h"
-#include "support/TempDir.h"
 
 namespace trel {
 namespace {
