@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <tuple>
 
 #include "support/TempDir.h"
 #include "editor/DesReader.h"
@@ -39,19 +40,15 @@ TEST(DesItems, SeparatorsQuotesAndBlanks) {
 TEST(DesItems, AtEndIgnoresTrailingLineEnds) {
   DesItemReader in("x\r\n \r\n");
   EXPECT_FALSE(in.AtEnd());
-  in.Next();
-  EXPECT_TRUE(in.AtEnd());
+  EXPECT_TRUE((in.Next(), in.AtEnd()));
 }
 
 TEST(DesNumbers, LongestPrefixRoundedInto16Bits) {
-  struct Case {
-    const char* item;
-    int value;
-  } cases[] = {{"640", 640},     {"  -12px", -12}, {"abc", 0},       {"", 0},
-               {"2.5", 2},       {"3.5", 4},       {"-2.5", -2},     {"1e2", 100},
-               {"1e", 1},        {"99999", 32767}, {"-99999", -32768}, {"+7", 7},
-               {".5", 0},        {"12 34", 12},    {"0x10", 0}};
-  for (const auto& c : cases) EXPECT_EQ(DesNumber(c.item), c.value) << c.item;
+  const std::pair<const char*, int> cases[] = {
+      {"640", 640}, {"  -12px", -12}, {"abc", 0}, {"", 0},       {"2.5", 2},         {"3.5", 4},
+      {"-2.5", -2}, {"1e2", 100},     {"1e", 1},  {"99999", 32767}, {"-99999", -32768}, {"+7", 7},
+      {".5", 0},    {"12 34", 12},    {"0x10", 0}};
+  for (const auto& [item, value] : cases) EXPECT_EQ(DesNumber(item), value) << item;
 }
 
 TEST(DesWords, KeywordsAreCaseSensitive) {
@@ -70,22 +67,14 @@ TEST(DesParse, FullFileWithEveryBlock) {
   const DesSkin s = ParseDes(Skin("RoundRect,0,0,20,20,4,4,RGN_DIFF\nGraphSlider2\nMailto,1,2,30,12,me@x.org,\"Hi, you\"\n"
                                   "CodeWindows,5,6,95,75\n",
                                   3));
-  EXPECT_EQ(s.displayName, "My skin");
-  EXPECT_EQ(s.picture, "pic.png");
-  EXPECT_EQ(s.width, 100);
-  EXPECT_EQ(s.height, 80);
+  EXPECT_EQ(std::tie(s.displayName, s.picture, s.width, s.height), std::make_tuple(std::string("My skin"), std::string("pic.png"), 100, 80));
   ASSERT_EQ(s.shapes.size(), 3u);
   EXPECT_EQ(s.shapes[2].shape.kind, ShapeKind::RoundRect);
   EXPECT_EQ(s.shapes[2].combine, CombineMode::Diff);
-  EXPECT_TRUE(s.graphSliders);
+  EXPECT_TRUE(s.graphSliders && s.mailSeen && s.codeSeen);
   EXPECT_EQ(s.tileSet, 2);
-  EXPECT_TRUE(s.mailSeen);
-  EXPECT_EQ(s.mailAddress, "me@x.org");
-  EXPECT_EQ(s.mailToolTip, "Hi, you");
-  EXPECT_EQ(s.mailBox.right, 30);
-  EXPECT_TRUE(s.codeSeen);
-  EXPECT_EQ(s.codeBox.left, 5);
-  EXPECT_EQ(s.codeBox.bottom, 75);
+  EXPECT_EQ(s.mailAddress + "|" + s.mailToolTip, "me@x.org|Hi, you");
+  EXPECT_EQ(std::tie(s.mailBox.right, s.codeBox.left, s.codeBox.bottom), std::make_tuple(30, 5, 75));
 }
 
 TEST(DesParse, CountsBelowThreeReadTwoShapesAndNoGroup) {
@@ -96,27 +85,29 @@ TEST(DesParse, CountsBelowThreeReadTwoShapesAndNoGroup) {
   }
 }
 
-TEST(DesParse, EndRightAfterGroupsGivesDefaults) {
-  const DesSkin s = ParseDes(Skin(""));
-  EXPECT_FALSE(s.graphSliders);
-  EXPECT_FALSE(s.mailItemRead);
-  EXPECT_FALSE(s.codeItemRead);
-}
-
-TEST(DesParse, MailBlockWithoutSliderWordIsEaten) {
-  const DesSkin s = ParseDes(Skin("Mailto,1,2,30,12,me@x.org,tip\nCodeWindows,5,6,95,75\n"));
-  EXPECT_FALSE(s.graphSliders);
-  EXPECT_TRUE(s.mailItemRead);
-  EXPECT_FALSE(s.mailSeen);
-  EXPECT_FALSE(s.codeSeen);
-}
-
-TEST(DesParse, SliderWordVariants) {
-  EXPECT_EQ(ParseDes(Skin("GraphSlider\n")).tileSet, 0);  // "r" reads as 0
-  EXPECT_TRUE(ParseDes(Skin("GraphSlider\n")).graphSliders);
-  EXPECT_EQ(ParseDes(Skin("GraphSlider1\n")).tileSet, 1);
-  EXPECT_FALSE(ParseDes(Skin("graphslider1\n")).graphSliders);
-  EXPECT_FALSE(ParseDes(Skin("Anything\n")).graphSliders);
+TEST(DesParse, SliderWordAndTrailingBlocks) {
+  struct Case {
+    const char* tail;
+    bool sliders;
+    int tileSet;
+    bool mailRead, mailSeen, codeRead, codeSeen;
+  } cases[] = {
+      {"", false, 0, false, false, false, false},  // end right after the groups: defaults
+      // a mail block where the slider word belongs is eaten as that word
+      {"Mailto,1,2,30,12,me@x.org,tip\nCodeWindows,5,6,95,75\n", false, 0, true, false, true, false},
+      {"GraphSlider\n", true, 0, false, false, false, false},  // "r" reads as 0
+      {"GraphSlider1\n", true, 1, false, false, false, false},
+      {"graphslider1\n", false, 0, false, false, false, false},
+      {"Anything\n", false, 0, false, false, false, false},
+  };
+  for (const auto& c : cases) {
+    const DesSkin s = ParseDes(Skin(c.tail));
+    EXPECT_EQ(s.graphSliders, c.sliders) << c.tail;
+    EXPECT_TRUE(!c.sliders || s.tileSet == c.tileSet) << c.tail;
+    EXPECT_EQ(std::tie(s.mailItemRead, s.mailSeen, s.codeSeen), std::tie(c.mailRead, c.mailSeen, c.codeSeen))
+        << c.tail;
+    EXPECT_TRUE(c.codeRead || !s.codeItemRead) << c.tail;
+  }
 }
 
 TEST(DesParse, DamagedSkinsNeverThrowAndKeepWhatWasReached) {
@@ -132,11 +123,7 @@ TEST(DesParse, DamagedSkinsNeverThrowAndKeepWhatWasReached) {
       }(),
       "name,pic,5,10,10,Rect,0,0,5,5,0,0,Rect",  // ends inside the second shape
   };
-  for (const auto& text : damaged) {
-    const DesSkin s = ParseDes(text);
-    (void)BuildSkinRegion(s);
-    SUCCEED();
-  }
+  for (const auto& text : damaged) (void)BuildSkinRegion(ParseDes(text));
   const DesSkin huge = ParseDes(damaged[3]);
   EXPECT_EQ(huge.shapeCount, 32767);
   EXPECT_EQ(huge.shapes.size(), 2u);
@@ -149,22 +136,16 @@ TEST(SkinRegion, ShapesAndCombineModes) {
   DesGroup a{{ShapeKind::Rect, 0, 0, 60, 40, 0, 0}, std::nullopt};
   DesGroup b{{ShapeKind::Rect, 30, 20, 100, 80, 0, 0}, CombineMode::And};
   s.shapes = {a, b};
-  EXPECT_EQ(BuildSkinRegion(s), QRegion(30, 20, 30, 20));
-  s.shapes[1].combine = CombineMode::Or;
-  EXPECT_TRUE(BuildSkinRegion(s).contains(QPoint(5, 5)));
-  EXPECT_TRUE(BuildSkinRegion(s).contains(QPoint(90, 70)));
-  EXPECT_FALSE(BuildSkinRegion(s).contains(QPoint(90, 5)));
-  s.shapes[1].combine = CombineMode::Diff;
-  EXPECT_FALSE(BuildSkinRegion(s).contains(QPoint(40, 30)));
-  EXPECT_TRUE(BuildSkinRegion(s).contains(QPoint(10, 10)));
-  s.shapes[1].combine = CombineMode::Xor;
-  EXPECT_FALSE(BuildSkinRegion(s).contains(QPoint(40, 30)));
-  EXPECT_TRUE(BuildSkinRegion(s).contains(QPoint(90, 70)));
-  s.shapes[1].combine = CombineMode::Copy;
-  EXPECT_EQ(BuildSkinRegion(s), QRegion(0, 0, 60, 40));
-  // An unknown first word: the combine fails, the outline stays the whole window.
-  s.shapes[1].combine = CombineMode::None;
-  EXPECT_EQ(BuildSkinRegion(s), QRegion(0, 0, 100, 80));
+  const QRegion both(30, 20, 30, 20), first(0, 0, 60, 40), second(30, 20, 70, 60);
+  // An unknown first word (None): the combine fails, the outline stays the whole window.
+  const std::pair<CombineMode, QRegion> cases[] = {
+      {CombineMode::And, both},         {CombineMode::Or, first.united(second)},
+      {CombineMode::Diff, first - both}, {CombineMode::Xor, first.xored(second)},
+      {CombineMode::Copy, first},       {CombineMode::None, QRegion(0, 0, 100, 80)}};
+  for (const auto& [mode, expected] : cases) {
+    s.shapes[1].combine = mode;
+    EXPECT_EQ(BuildSkinRegion(s), expected) << int(mode);
+  }
 }
 
 TEST(SkinRegion, FurtherShapesCombineWithAllBefore) {

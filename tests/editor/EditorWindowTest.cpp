@@ -12,11 +12,9 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QMimeData>
 #include <QPlainTextEdit>
 #include <QPrinter>
 #include <QProcess>
-#include <QScrollBar>
 #include <filesystem>
 
 #include "editor/FFEditorType1.h"
@@ -61,13 +59,20 @@ class EditorWindow : public ::testing::Test {
   QString label(const char* stem, int i) const {
     return child<QLabel>(QString("%1_%2").arg(stem).arg(i))->text();
   }
-  bool Load(const std::string& folder, const std::string& name) {
-    FilterEnv env;
+  bool Load(const std::string& name, const std::string& folder = kSamples) {
+    FilterEnv env = Env();
     env.shell = &editor->readerShell();
-    env.options.programFolder = dir.path();
     return LoadItFile(filter, folder, name, env);
   }
+  static inline const std::string kSamples = std::string(TREL_SHIPPED_DATA_DIR) + "/samples/";
   void Type(int i, const QString& code) { box(i)->setPlainText(code); }
+  FilterEnv Env() {
+    FilterEnv env;
+    env.shell = &shell;
+    env.options.programFolder = dir.path();
+    return env;
+  }
+  QString Q(const std::string& name) const { return QString::fromStdString(dir.file(name)); }
 
   test::TempDir dir;
   test::RecordingShell shell;
@@ -79,20 +84,10 @@ class EditorWindow : public ::testing::Test {
   std::string chosenLibrary;
 };
 
-void ExpectSameFilter(const FFFilter& a, const FFFilter& b, const std::string& what) {
-  EXPECT_EQ(a.title, b.title) << what;
-  EXPECT_EQ(a.category, b.category) << what;
-  EXPECT_EQ(a.author, b.author) << what;
-  EXPECT_EQ(a.copyright, b.copyright) << what;
-  EXPECT_EQ(a.codeR, b.codeR) << what;
-  EXPECT_EQ(a.codeG, b.codeG) << what;
-  EXPECT_EQ(a.codeB, b.codeB) << what;
-  EXPECT_EQ(a.codeA, b.codeA) << what;
-  for (int i = 1; i <= 8; ++i) {
-    EXPECT_EQ(a.ctlValue[i], b.ctlValue[i]) << what << " value " << i;
-    EXPECT_EQ(a.ctlName[i], b.ctlName[i]) << what << " name " << i;
-  }
-  for (int i = 1; i <= 4; ++i) EXPECT_EQ(a.mapName[i], b.mapName[i]) << what << " map " << i;
+// Everything the editor shows; the file name and presets are not its business here.
+auto Shown(const FFFilter& f) {
+  return std::tie(f.title, f.category, f.author, f.copyright, f.codeR, f.codeG, f.codeB, f.codeA, f.ctlValue,
+                  f.ctlName, f.mapName);
 }
 
 TEST_F(EditorWindow, SkinIsReadWithItsBlocks) {
@@ -100,7 +95,6 @@ TEST_F(EditorWindow, SkinIsReadWithItsBlocks) {
   EXPECT_TRUE(editor->GraphSliders());
   EXPECT_EQ(editor->MailAddress(), "trel-skins@example.org");
   EXPECT_EQ(box(1)->geometry(), QRect(216, 278, 416, 168));
-  EXPECT_EQ(editor->windowTitle(), "Filter Factory Editor");
   EXPECT_FALSE(editor->mask().contains(QPoint(0, 0)));  // rounded corners
   editor->LoadSkin("Missing1.des");
   EXPECT_EQ(editor->interfaceFile(), "Interfc5.des");
@@ -109,36 +103,30 @@ TEST_F(EditorWindow, SkinIsReadWithItsBlocks) {
 }
 
 TEST_F(EditorWindow, EverySourceFormatAndAPluginShowUnchanged) {
-  const std::string samples = std::string(TREL_SHIPPED_DATA_DIR) + "/samples/";
   // A compiled plugin of the AFS sample, through the real writer.
-  ASSERT_TRUE(Load(samples, "WarmTone.afs"));
+  ASSERT_TRUE(Load("WarmTone.afs"));
   FFFilter compiled = filter;
   compiled.filename = "WarmTone.8bf";
-  FilterEnv env;
-  env.options.programFolder = dir.path();
-  env.shell = &shell;
+  FilterEnv env = Env();
   Write8bf(compiled, target, false, false, env);
-  struct Source {
-    std::string folder, name;
-  } sources[] = {{samples, "WarmTone.afs"}, {samples, "SoftNegative.pff"}, {samples, "Ripple.txt"},
-                 {target, "WarmTone.8bf"}};
-  for (const auto& s : sources) {
-    ASSERT_TRUE(Load(s.folder, s.name)) << s.name;
+  const std::pair<std::string, std::string> sources[] = {
+      {"WarmTone.afs", kSamples}, {"SoftNegative.pff", kSamples}, {"Ripple.txt", kSamples}, {"WarmTone.8bf", target}};
+  for (const auto& [name, folder] : sources) {
+    ASSERT_TRUE(Load(name, folder)) << name;
     const FFFilter expected = filter;
     editor->FilterToEditor();
-    EXPECT_EQ(label("Label6", 0).toStdString(), expected.filename) << s.name;
-    EXPECT_EQ(label("Label6", 2).toStdString(), expected.title) << s.name;
-    EXPECT_EQ(box(1)->toPlainText().toStdString(), expected.codeR) << s.name;
-    for (int n = 0; n < 8; ++n)
-      EXPECT_EQ(label("Label1", n).toInt(), expected.ctlValue[n + 1]) << s.name << " slider " << n;
+    EXPECT_EQ(label("Label6", 0).toStdString() + "|" + label("Label6", 2).toStdString() + "|" +
+                  box(1)->toPlainText().toStdString(),
+              expected.filename + "|" + expected.title + "|" + expected.codeR) << name;
+    for (int n = 0; n < 8; ++n) EXPECT_EQ(label("Label1", n).toInt(), expected.ctlValue[n + 1]) << name << n;
     filter = FFFilter{};
     editor->EditorToFilter();
-    ExpectSameFilter(filter, expected, s.name);
+    EXPECT_EQ(Shown(filter), Shown(expected)) << name;
   }
 }
 
 TEST_F(EditorWindow, EditsReachTheRecord) {
-  ASSERT_TRUE(Load(std::string(TREL_SHIPPED_DATA_DIR) + "/samples/", "WarmTone.afs"));
+  ASSERT_TRUE(Load("WarmTone.afs"));
   editor->FilterToEditor();
   editor->SetAutoPreview(false);
   editor->SetSliderValue(4, 99);
@@ -167,18 +155,16 @@ TEST_F(EditorWindow, PreviewEqualsTheCommandLine) {
   ASSERT_TRUE(editor->WaitForPreview());
   const QImage shown = editor->previewResult();
   ASSERT_FALSE(shown.isNull());
-  ASSERT_TRUE(editor->previewSource().save(QString::fromStdString(dir.file("src.png"))));
+  ASSERT_TRUE(editor->previewSource().save(Q("src.png")));
   FFFilter f = filter;
   f.filename = "Same.txt";
   FilterEnv env;
   WriteTXT(f, dir.path(), false, env);
   QProcess cli;
-  cli.start(TREL_CLI, {"apply", QString::fromStdString(dir.file("Same.txt")),
-                       QString::fromStdString(dir.file("src.png")), "-o",
-                       QString::fromStdString(dir.file("cli.png"))});
+  cli.start(TREL_CLI, {"apply", Q("Same.txt"), Q("src.png"), "-o", Q("cli.png")});
   ASSERT_TRUE(cli.waitForFinished(20000));
   ASSERT_EQ(cli.exitCode(), 0) << cli.readAllStandardError().toStdString();
-  const QImage expected(QString::fromStdString(dir.file("cli.png")));
+  const QImage expected(Q("cli.png"));
   ASSERT_EQ(expected.size(), shown.size());
   EXPECT_EQ(expected.convertToFormat(QImage::Format_RGB32), shown.convertToFormat(QImage::Format_RGB32));
 }
@@ -214,8 +200,6 @@ TEST_F(EditorWindow, TypingPreviewsAfterTheDelay) {
 
 TEST_F(EditorWindow, RandomizeKeepsLockedAndUnnamedSliders) {
   editor->SetAutoPreview(false);
-  for (int n : {0, 1, 2}) child<QLabel>(QString("Label7_%1").arg(n))->setText("S");
-  editor->FilterToEditor();  // names come from the record: set them there
   filter.ctlName[1] = filter.ctlName[2] = filter.ctlName[3] = "S";
   filter.ctlValue[2] = 7;
   editor->FilterToEditor();
@@ -267,7 +251,7 @@ TEST_F(EditorWindow, MemorySpotsRoundTripThroughTxt) {
 }
 
 TEST_F(EditorWindow, SaveInEveryFormatReadsBack) {
-  ASSERT_TRUE(Load(std::string(TREL_SHIPPED_DATA_DIR) + "/samples/", "WarmTone.afs"));
+  ASSERT_TRUE(Load("WarmTone.afs"));
   editor->SetAutoPreview(false);
   editor->FilterToEditor();
   child<QLabel>("Label6_0")->setText("Saved.afs");
@@ -280,20 +264,16 @@ TEST_F(EditorWindow, SaveInEveryFormatReadsBack) {
     editor->SaveFilterAs(format);
     ASSERT_TRUE(QFileInfo::exists(QString::fromStdString(target + names[format]))) << format;
     FFFilter back;
-    FilterEnv env;
-    env.shell = &shell;
-    env.options.programFolder = dir.path();
+    FilterEnv env = Env();
     ASSERT_TRUE(LoadItFile(back, target, names[format], env)) << format;
-    EXPECT_EQ(back.title, expected.title) << format;
-    EXPECT_EQ(back.codeR, expected.codeR) << format;
-    EXPECT_EQ(back.codeB, expected.codeB) << format;
-    for (int i = 1; i <= 8; ++i) EXPECT_EQ(back.ctlValue[i], expected.ctlValue[i]) << format;
+    EXPECT_EQ(std::tie(back.title, back.codeR, back.codeB, back.ctlValue),
+              std::tie(expected.title, expected.codeR, expected.codeB, expected.ctlValue)) << format;
   }
   EXPECT_EQ(refreshes, 6);
   // The library entry: a new library, then a second filter added to it.
   const std::string library = dir.file("Mine.ffl");
   editor->SaveFilterAs(6);  // no chooser answer yet: nothing happens
-  EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(library)));
+  EXPECT_FALSE(QFileInfo::exists(Q("Mine.ffl")));
   chosenLibrary = library;
   editor->SaveFilterAs(6);
   child<QLabel>("Label6_2")->setText("Second");
@@ -302,8 +282,7 @@ TEST_F(EditorWindow, SaveInEveryFormatReadsBack) {
   FilterEnv env;
   ASSERT_TRUE(ReadFFLLibrary(library, lib, env));
   ASSERT_EQ(lib.items.size(), 2u);
-  EXPECT_EQ(lib.items[0].title, expected.title);
-  EXPECT_EQ(lib.items[1].title, "Second");
+  EXPECT_EQ(lib.items[0].title + "|" + lib.items[1].title, expected.title + "|Second");
   child<QLabel>("Label6_0")->setText("Filename");
   shell.boxes.clear();
   editor->SaveFilterAs(2);
@@ -337,15 +316,10 @@ TEST_F(EditorWindow, MenusAndSnippetsInsertAtTheCaret) {
   Type(1, "");
   editor->InsertFunction("mix(,,,)");
   EXPECT_EQ(box(1)->textCursor().position(), 4);
-  EXPECT_NE(editor->findChild<QObject*>("mnuFfeFunctions_FFE"), nullptr);
-  for (const char* name : {"mnuCopyFilter2Clip_FFE", "mnuPasteFilter_FFE", "mnuFindReplace_FFE",
-                           "mnuAlphaChannel", "mnuPrinterSetup_FFE", "mnuPrintFilter_FFE",
-                           "mnuDeactivate_FFE", "mnuActivate_FFE", "mnuRandomize_FFE", "mnuFfeReset_FFE"})
-    EXPECT_NE(editor->findChild<QAction*>(name), nullptr) << name;
 }
 
 TEST_F(EditorWindow, ClipboardRoundTripAndGarbage) {
-  ASSERT_TRUE(Load(std::string(TREL_SHIPPED_DATA_DIR) + "/samples/", "Ripple.txt"));
+  ASSERT_TRUE(Load("Ripple.txt"));
   editor->SetAutoPreview(false);
   editor->FilterToEditor();
   editor->EditorToFilter();
@@ -355,12 +329,12 @@ TEST_F(EditorWindow, ClipboardRoundTripAndGarbage) {
   editor->EditorToFilter();
   EXPECT_EQ(filter.codeR, expected.codeR);
   EXPECT_EQ(filter.title, expected.title);
-  EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(dir.file("Temp.tmp"))));
+  EXPECT_FALSE(QFileInfo::exists(Q("Temp.tmp")));
   std::string garbage;
   for (int i = 0; i < 5000; ++i) garbage += char((i * 131) & 0xff);
   QApplication::clipboard()->setText(QString::fromLatin1(garbage.data(), qsizetype(garbage.size())));
   editor->PasteFilterFromClipboard();
-  EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(dir.file("Temp.tmp"))));
+  EXPECT_FALSE(QFileInfo::exists(Q("Temp.tmp")));
   editor->WaitForPreview();
 }
 
@@ -390,7 +364,7 @@ TEST_F(EditorWindow, LongCodeAndSlowFiltersKeepTheWindowFree) {
 }
 
 TEST_F(EditorWindow, NewFilterAsksAndResets) {
-  ASSERT_TRUE(Load(std::string(TREL_SHIPPED_DATA_DIR) + "/samples/", "WarmTone.afs"));
+  ASSERT_TRUE(Load("WarmTone.afs"));
   editor->FilterToEditor();
   shell.nextAnswer = MsgResult::Cancel;
   EXPECT_FALSE(editor->NewFilter());
@@ -407,16 +381,10 @@ TEST_F(EditorWindow, PrintsToAFile) {
   Type(1, QString(600, 'r').replace(QRegularExpression("r"), "r+"));
   QPrinter printer;
   printer.setOutputFormat(QPrinter::PdfFormat);
-  printer.setOutputFileName(QString::fromStdString(dir.file("print.pdf")));
+  printer.setOutputFileName(Q("print.pdf"));
   editor->PrintFilter(printer);
-  EXPECT_GT(QFileInfo(QString::fromStdString(dir.file("print.pdf"))).size(), 500);
+  EXPECT_GT(QFileInfo(Q("print.pdf")).size(), 500);
 }
-
-}  // namespace
-}  // namespace trel
-
-namespace trel {
-namespace {
 
 TEST_F(EditorWindow, LabelEditsCommitAndNormalise) {
   editor->SetAutoPreview(false);
@@ -424,15 +392,13 @@ TEST_F(EditorWindow, LabelEditsCommitAndNormalise) {
   filter.mapName[2] = "Curve";
   editor->FilterToEditor();
   auto* edit = child<QLineEdit>("Text10");
-  // A typed 300 becomes 44, -3 becomes 3.
-  for (auto [typed, value] : {std::pair{"300", 44}, std::pair{"-3", 3}}) {
-    QMetaObject::invokeMethod(child<QLabel>("Label1_0"), "clicked");
-    ASSERT_FALSE(edit->isHidden());
-    edit->setText(typed);
-    editor->CommitLabelEdit();
-    EXPECT_EQ(editor->SliderValue(0), value) << typed;
-    EXPECT_EQ(label("Label1", 0), QString::number(value));
-  }
+  // A typed 300 becomes 44 (the rules are in EditorMod's tests).
+  QMetaObject::invokeMethod(child<QLabel>("Label1_0"), "clicked");
+  ASSERT_FALSE(edit->isHidden());
+  edit->setText("300");
+  editor->CommitLabelEdit();
+  EXPECT_EQ(editor->SliderValue(0), 44);
+  EXPECT_EQ(label("Label1", 0), "44");
   // A click on another label commits the running edit first.
   QMetaObject::invokeMethod(child<QLabel>("Label6_2"), "clicked");
   edit->setText("New Title");
@@ -470,7 +436,6 @@ TEST_F(EditorWindow, AlphaOnlyFiltersShowAlphaInGrey) {
 TEST_F(EditorWindow, OneBoxModeCopiesRedToGreenAndBlue) {
   editor->SetAutoPreview(false);
   editor->Command10_Click();
-  EXPECT_EQ(child<QPushButton>("Command10")->text(), "3");
   EXPECT_EQ(label("Label2", 1), "C=");
   Type(1, "255-c");
   Type(2, "g");
