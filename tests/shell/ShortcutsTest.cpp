@@ -3,6 +3,8 @@
 #include <QAction>
 #include <QMenu>
 #include <QMenuBar>
+#include <QPushButton>
+#include <QRegularExpression>
 #include <gtest/gtest.h>
 
 #include <map>
@@ -37,6 +39,24 @@ TEST(ShortcutsTest, NoTwoCommandsOfTheMainWindowShareAKey) {
     QStringList unique = names;
     unique.removeDuplicates();
     EXPECT_EQ(unique.size(), 1) << key.toStdString() << ": " << unique.join(", ").toStdString();
+  }
+}
+
+// Alt with a letter opens a menu title or presses a command button; two on one
+// letter leave one of them out of reach.
+TEST(ShortcutsTest, MenuTitlesAndCommandButtonsHaveTheirOwnAltLetters) {
+  test::TempDir home;
+  SettingsStore store(home.file("Trel10.ini"));
+  MainWindow window(store, home.path());
+  std::map<QString, QStringList> byKey;
+  for (QAction* title : window.menuBar()->actions())
+    byKey[QKeySequence::mnemonic(title->text()).toString()].append(title->text());
+  for (QPushButton* button : window.findChildren<QPushButton*>(QRegularExpression("^Command1_")))
+    byKey[QKeySequence::mnemonic(button->text()).toString()].append(button->text());
+  for (const auto& [key, names] : byKey) {
+    if (!key.isEmpty()) {
+      EXPECT_EQ(names.size(), 1) << key.toStdString() << ": " << names.join(", ").toStdString();
+    }
   }
 }
 
