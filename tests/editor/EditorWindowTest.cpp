@@ -11,7 +11,6 @@
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QPlainTextEdit>
 #include <QPrinter>
 #include <QProcess>
@@ -48,13 +47,13 @@ class EditorWindow : public ::testing::Test {
     ctx.overwriteCheck = [](const std::string&) { return true; };
     ctx.chooseLibrary = [this] { return chosenLibrary; };
     editor = std::make_unique<FFEditorType1>(std::move(ctx));
+    }
+  void TearDown() override {
+    editor->WaitForPreview();
+    editor.reset();
   }
-  void TearDown() override { editor.reset(); }
-
   template <typename T>
-  T* child(const QString& name) const {
-    return editor->findChild<T*>(name);
-  }
+  T* child(const QString& name) const { return editor->findChild<T*>(name); }
   QPlainTextEdit* box(int i) const { return child<QPlainTextEdit>(QString("Text5_%1").arg(i)); }
   QString label(const char* stem, int i) const {
     return child<QLabel>(QString("%1_%2").arg(stem).arg(i))->text();
@@ -71,6 +70,11 @@ class EditorWindow : public ::testing::Test {
     env.shell = &shell;
     env.options.programFolder = dir.path();
     return env;
+  }
+  QImage Preview() {
+    EXPECT_TRUE(editor->UpdatePreview());
+    EXPECT_TRUE(editor->WaitForPreview());
+    return editor->previewResult();
   }
   QString Q(const std::string& name) const { return QString::fromStdString(dir.file(name)); }
 
@@ -128,7 +132,6 @@ TEST_F(EditorWindow, EverySourceFormatAndAPluginShowUnchanged) {
 TEST_F(EditorWindow, EditsReachTheRecord) {
   ASSERT_TRUE(Load("WarmTone.afs"));
   editor->FilterToEditor();
-  editor->SetAutoPreview(false);
   editor->SetSliderValue(4, 99);
   Type(2, "g/2");
   auto* map = child<QCheckBox>("Check1_3");
@@ -143,7 +146,6 @@ TEST_F(EditorWindow, EditsReachTheRecord) {
 
 TEST_F(EditorWindow, PreviewEqualsTheCommandLine) {
   if (!QFileInfo::exists(TREL_CLI)) GTEST_SKIP() << "trel-cli not built";
-  editor->SetAutoPreview(false);
   editor->FilterToEditor();
   child<QLabel>("Label7_0")->setText("Amount");
   editor->CommitLabelEdit();
@@ -151,9 +153,7 @@ TEST_F(EditorWindow, PreviewEqualsTheCommandLine) {
   Type(2, "scl(g,0,255,0,ctl(0))");
   Type(3, "src(x+3,y,z)");
   editor->SetSliderValue(0, 140);
-  ASSERT_TRUE(editor->UpdatePreview());
-  ASSERT_TRUE(editor->WaitForPreview());
-  const QImage shown = editor->previewResult();
+  const QImage shown = Preview();
   ASSERT_FALSE(shown.isNull());
   ASSERT_TRUE(editor->previewSource().save(Q("src.png")));
   FFFilter f = filter;
@@ -170,7 +170,6 @@ TEST_F(EditorWindow, PreviewEqualsTheCommandLine) {
 }
 
 TEST_F(EditorWindow, CompileErrorsShowChannelAndPosition) {
-  editor->SetAutoPreview(false);
   Type(1, "r");
   Type(2, "g+*2");
   EXPECT_FALSE(editor->UpdatePreview());
@@ -182,10 +181,10 @@ TEST_F(EditorWindow, CompileErrorsShowChannelAndPosition) {
   Type(2, "g");
   EXPECT_TRUE(editor->UpdatePreview());
   EXPECT_TRUE(editor->codeError().isEmpty());
-  editor->WaitForPreview();
 }
 
 TEST_F(EditorWindow, TypingPreviewsAfterTheDelay) {
+  editor->SetAutoPreview(true);
   editor->SetTypingDelay(50);
   ASSERT_TRUE(editor->WaitForPreview());
   const int before = editor->previewRuns();
@@ -199,7 +198,6 @@ TEST_F(EditorWindow, TypingPreviewsAfterTheDelay) {
 }
 
 TEST_F(EditorWindow, RandomizeKeepsLockedAndUnnamedSliders) {
-  editor->SetAutoPreview(false);
   filter.ctlName[1] = filter.ctlName[2] = filter.ctlName[3] = "S";
   filter.ctlValue[2] = 7;
   editor->FilterToEditor();
@@ -219,11 +217,9 @@ TEST_F(EditorWindow, RandomizeKeepsLockedAndUnnamedSliders) {
     moved = editor->SliderValue(1) != 7;
   }
   EXPECT_TRUE(moved);
-  editor->WaitForPreview();
 }
 
 TEST_F(EditorWindow, MemorySpotsRoundTripThroughTxt) {
-  editor->SetAutoPreview(false);
   for (int n = 0; n < 8; ++n) filter.ctlName[n + 1] = "C" + std::to_string(n);
   editor->FilterToEditor();
   for (int n = 0; n < 8; ++n) editor->SetSliderValue(n, 10 * n + 3);
@@ -247,12 +243,10 @@ TEST_F(EditorWindow, MemorySpotsRoundTripThroughTxt) {
   EXPECT_TRUE(editor->SpotMarked(7));
   editor->RecallSpot(7);
   EXPECT_EQ(editor->SliderValue(4), 200);
-  editor->WaitForPreview();
 }
 
 TEST_F(EditorWindow, SaveInEveryFormatReadsBack) {
   ASSERT_TRUE(Load("WarmTone.afs"));
-  editor->SetAutoPreview(false);
   editor->FilterToEditor();
   child<QLabel>("Label6_0")->setText("Saved.afs");
   editor->EditorToFilter();
@@ -291,7 +285,6 @@ TEST_F(EditorWindow, SaveInEveryFormatReadsBack) {
 }
 
 TEST_F(EditorWindow, FindReplaceAndUndo) {
-  editor->SetAutoPreview(false);
   Type(1, "r+r*2+r");  // the red box shows at start
   EXPECT_EQ(editor->FindAndReplace("r", "g", true), 3);
   EXPECT_EQ(box(1)->toPlainText(), "g+g*2+g");
@@ -302,7 +295,6 @@ TEST_F(EditorWindow, FindReplaceAndUndo) {
 }
 
 TEST_F(EditorWindow, MenusAndSnippetsInsertAtTheCaret) {
-  editor->SetAutoPreview(false);
   ASSERT_GT(editor->Snippets().size(), 20u);
   for (const auto& s : editor->Snippets()) {
     ff::CompileError err;
@@ -320,7 +312,6 @@ TEST_F(EditorWindow, MenusAndSnippetsInsertAtTheCaret) {
 
 TEST_F(EditorWindow, ClipboardRoundTripAndGarbage) {
   ASSERT_TRUE(Load("Ripple.txt"));
-  editor->SetAutoPreview(false);
   editor->FilterToEditor();
   editor->EditorToFilter();
   const FFFilter expected = filter;
@@ -335,11 +326,9 @@ TEST_F(EditorWindow, ClipboardRoundTripAndGarbage) {
   QApplication::clipboard()->setText(QString::fromLatin1(garbage.data(), qsizetype(garbage.size())));
   editor->PasteFilterFromClipboard();
   EXPECT_FALSE(QFileInfo::exists(Q("Temp.tmp")));
-  editor->WaitForPreview();
 }
 
 TEST_F(EditorWindow, LongCodeAndSlowFiltersKeepTheWindowFree) {
-  editor->SetAutoPreview(false);
   std::string longCode = "r";
   while (longCode.size() < 100000) longCode += "+0";
   Type(1, QString::fromStdString(longCode));
@@ -377,7 +366,6 @@ TEST_F(EditorWindow, NewFilterAsksAndResets) {
 }
 
 TEST_F(EditorWindow, PrintsToAFile) {
-  editor->SetAutoPreview(false);
   Type(1, QString(600, 'r').replace(QRegularExpression("r"), "r+"));
   QPrinter printer;
   printer.setOutputFormat(QPrinter::PdfFormat);
@@ -387,7 +375,6 @@ TEST_F(EditorWindow, PrintsToAFile) {
 }
 
 TEST_F(EditorWindow, LabelEditsCommitAndNormalise) {
-  editor->SetAutoPreview(false);
   filter.ctlName[1] = "One";
   filter.mapName[2] = "Curve";
   editor->FilterToEditor();
@@ -415,12 +402,9 @@ TEST_F(EditorWindow, LabelEditsCommitAndNormalise) {
 }
 
 TEST_F(EditorWindow, AlphaOnlyFiltersShowAlphaInGrey) {
-  editor->SetAutoPreview(false);
   editor->FilterToEditor();
   Type(0, "255-a");
-  ASSERT_TRUE(editor->UpdatePreview());
-  ASSERT_TRUE(editor->WaitForPreview());
-  const QImage shown = editor->previewResult();
+  const QImage shown = Preview();
   // The picture has no alpha: a reads 255, so 255-i of it... every pixel is grey.
   const QRgb p = shown.pixel(10, 10);
   EXPECT_EQ(qRed(p), qGreen(p));
@@ -434,14 +418,11 @@ TEST_F(EditorWindow, AlphaOnlyFiltersShowAlphaInGrey) {
 }
 
 TEST_F(EditorWindow, OneBoxModeCopiesRedToGreenAndBlue) {
-  editor->SetAutoPreview(false);
   editor->Command10_Click();
   EXPECT_EQ(label("Label2", 1), "C=");
   Type(1, "255-c");
   Type(2, "g");
-  ASSERT_TRUE(editor->UpdatePreview());
-  ASSERT_TRUE(editor->WaitForPreview());
-  const QRgb src = editor->previewSource().pixel(5, 5), out = editor->previewResult().pixel(5, 5);
+  const QRgb out = Preview().pixel(5, 5), src = editor->previewSource().pixel(5, 5);
   EXPECT_EQ(qGreen(out), 255 - qGreen(src));
   EXPECT_EQ(qBlue(out), 255 - qBlue(src));
   editor->Command10_Click();
