@@ -15,7 +15,12 @@ namespace L = layout;
 constexpr char kScrambleTag[] = "TRSC";
 constexpr char kProtectedMarker[] = "Trel Protected";  // as long as "Filter Factory"
 
-int64_t MarkerPosition(int shift) { return shift == L::kShift30 ? L::kMarker30 : L::kMarker304; }
+// The marker sits at 28209 in photo30's layout and at 21025 in the smaller
+// ones; our 64-bit template keeps photo30's layout behind its code.
+int64_t MarkerPosition(int shift) {
+  if (shift == L::kShift64) return L::kMarker64;
+  return shift == L::kShift30 ? L::kMarker30 : L::kMarker304;
+}
 
 uint32_t NextKey(uint32_t& state) {
   state ^= state << 13;

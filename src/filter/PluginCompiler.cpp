@@ -55,7 +55,8 @@ std::optional<ChosenTemplate> ChooseTemplate(const FilterOptions& options, std::
       if (size == L::kPhoto64Size) return ChosenTemplate{compile.templatePath, L::kShift64, false};
       error = size < 0 ? "The template " + compile.templatePath + " doesn't exist."
                        : "The template " + compile.templatePath +
-                             " is no Filter Factory plugin of a usable size (49152, 49664 or 57344 bytes).";
+                             " is no Filter Factory plugin of a usable size (49152, 49664, 57344 or " +
+                             std::to_string(L::kPhoto64Size) + " bytes).";
       return std::nullopt;
     }
     case CompileTemplate::FilterFactory30:

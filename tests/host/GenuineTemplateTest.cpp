@@ -10,6 +10,7 @@
 
 #include "HostTestSupport.h"
 #include "filter/CompiledReaders.h"
+#include "filter/DemoPlugin.h"
 #include "filter/TemplateLayout.h"
 #include "host/ImageLibrary.h"
 #include "host/PlugHostClient.h"
@@ -52,6 +53,17 @@ TEST_F(GenuineTemplateTest, ReadersReadBackWhatTheCompilerWrote) {
   EXPECT_EQ(back.codeR, f.codeR);
   EXPECT_EQ(back.ctlValue[8], f.ctlValue[8]);
   EXPECT_EQ(PluginMachineOf(plugin), PluginMachine::X64);
+
+  // Scrambling hides the marker at this template's own place, and undoing it
+  // gives the same plugin back.
+  const std::string original = test::ReadFileBytes(plugin);
+  TemplatePatch image(original);
+  DemoPlugin(image, layout::kShift64, false, false, true);
+  EXPECT_EQ(image.Read(layout::kMarker64, 14), "Trel Protected");
+  test::WriteFileBytes(plugin, image.bytes());
+  EXPECT_FALSE(Read8bf(back, folder, name, false, false, env));
+  ASSERT_TRUE(UnscrambleCode(image, layout::kShift64));
+  EXPECT_EQ(image.bytes(), original);
 }
 
 TEST_F(GenuineTemplateTest, CompiledFiltersGiveTheEnginesPixels) {
