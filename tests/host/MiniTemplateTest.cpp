@@ -166,7 +166,9 @@ TEST_F(MiniPluginTest, FaultyCodeIsAnErrorNotACrash) {
   EXPECT_NE(host.ImgPlugInInvoke(h, 0, {0, 0, 7, 7}), IMG_OK);
   EXPECT_EQ(*host.image(h), picture);
   // The host is still there for the next plugin.
-  const std::string good = test::CompilePlugin(dir, test::SampleFilter("255 - c"), Template());
+  FFFilter g = test::SampleFilter("255 - c");
+  g.filename = "good.afs";
+  const std::string good = test::CompilePlugin(dir, g, Template());
   ASSERT_EQ(host.ImgPlugInLoad(good), IMG_OK) << host.ImgErrString();
   EXPECT_EQ(host.ImgPlugInInvoke(h, 0, {0, 0, 7, 7}), IMG_OK) << host.ImgErrString();
 }
