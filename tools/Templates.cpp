@@ -189,6 +189,17 @@ std::string BuildPhoto64(const std::string& codeDll) {
                          PhotoshopResources(L::kShift64, L::kMarker64, true));
 }
 
+std::string BuildPhotoshopTemplate(TemplateKind kind, const std::string& codeDll) {
+  const bool is304 = kind == TemplateKind::Photo304;
+  // The resource section starts as late as the room allows: its directory
+  // (354 bytes for the four resources) must end before the marker, the first
+  // resource, at file offset 28208 or 21024.
+  const size_t rsrcOffset = is304 ? 0x5000 : 0x6C00;
+  return AttachResources(codeDll, rsrcOffset, static_cast<size_t>(is304 ? L::kPhoto304Size : L::kPhoto30Size),
+                         PhotoshopResources(is304 ? L::kShift304 : L::kShift30, is304 ? L::kMarker304 : L::kMarker30,
+                                            false));
+}
+
 std::string BuildTemplate(TemplateKind kind) {
   switch (kind) {
     case TemplateKind::Photo30:

@@ -19,5 +19,9 @@ std::string BuildTemplate(TemplateKind kind);
 // Trel's 64-bit template around `codeDll`, the plugin code built by mingw-w64
 // (src/plughost/ffplugin); the layout is photo30.dll's moved by kShift64.
 std::string BuildPhoto64(const std::string& codeDll);
+// photo30.dll or photo304.dll around `codeDll`, the 32-bit plugin code of
+// src/plughost/ffmini: the file size and every resource position are those of
+// BuildTemplate's form. Throws std::runtime_error when the code does not fit.
+std::string BuildPhotoshopTemplate(TemplateKind kind, const std::string& codeDll);
 
 }  // namespace trel::gen
