@@ -11,6 +11,7 @@
 #include <QImage>
 
 #include "HostTestSupport.h"
+#include "filter/DemoPlugin.h"
 #include "filter/TemplateLayout.h"
 #include "host/ImageLibrary.h"
 #include "host/PlugHostClient.h"
@@ -151,6 +152,28 @@ TEST_F(MiniPluginTest, CompiledFiltersGiveTheEnginesPixels) {
       EXPECT_NE(*host.image(b), picture) << row.code;
     }
   }
+}
+
+TEST_F(MiniPluginTest, ScrambledCodeStillRuns) {
+  ImageLibrary engine(shell), host(shell);
+  host.setOutOfProcess(true);
+  ASSERT_EQ(engine.ImgPlugInHostLoad(""), IMG_OK);
+  ASSERT_EQ(host.ImgPlugInHostLoad(""), IMG_OK);
+  FFFilter f = test::SampleFilter("src(x + 2, y, z) ^ ctl(1)");
+  const std::string plugin = test::CompilePlugin(dir, f, Template());
+  ASSERT_FALSE(plugin.empty());
+  const QImage picture = test::PatternPicture(33, 21, false);
+  const ImgRect all{0, 0, 32, 20};
+  const ImgHandle a = engine.Adopt(picture), b = host.Adopt(picture);
+  ASSERT_EQ(engine.ImgPlugInLoad(plugin), IMG_OK);
+  ASSERT_EQ(engine.ImgPlugInInvoke(a, 0, all), IMG_OK);
+  // A demo or encrypted plugin hides its code from readers, not from itself.
+  TemplatePatch image(test::ReadFileBytes(plugin));
+  DemoPlugin(image, layout::kShift64, false, false, true);
+  test::WriteFileBytes(plugin, image.bytes());
+  ASSERT_EQ(host.ImgPlugInLoad(plugin), IMG_OK) << host.ImgErrString();
+  ASSERT_EQ(host.ImgPlugInInvoke(b, 0, all), IMG_OK) << host.ImgErrString();
+  EXPECT_EQ(*engine.image(a), *host.image(b));
 }
 
 TEST_F(MiniPluginTest, FaultyCodeIsAnErrorNotACrash) {

@@ -24,7 +24,8 @@ enum {
   kMapNames = 1128,
   kCtlNames = 2152,
   kNameSize = 256,
-  kCode = 4200
+  kCode = 4200,
+  kScrambleTag = 40 /* "TRSC" and the key's seed when the code fields are scrambled */
 };
 static const char kOurParameters[4] = {'T', 'R', 'F', 'F'};
 
@@ -47,11 +48,31 @@ static const unsigned char* Resource(const char* type, int id, DWORD minSize) {
   return p && SizeofResource(g_module, res) >= minSize ? p : NULL;
 }
 
+/* A demo or encrypted plugin keeps its four code fields XORed with an
+   xorshift32 key stream; the seed stands behind the tag. */
+static const char* CodeFields(const unsigned char* p) {
+  static char plain[4 * kFFMiniCodeSize];
+  if (p[kScrambleTag] != 'T' || p[kScrambleTag + 1] != 'R' || p[kScrambleTag + 2] != 'S' ||
+      p[kScrambleTag + 3] != 'C')
+    return (const char*)p + kCode;
+  uint32_t state = (uint32_t)p[kScrambleTag + 4] | (uint32_t)p[kScrambleTag + 5] << 8 |
+                   (uint32_t)p[kScrambleTag + 6] << 16 | (uint32_t)p[kScrambleTag + 7] << 24;
+  if (!state) state = 1;
+  for (int i = 0; i < 4 * kFFMiniCodeSize; ++i) {
+    state ^= state << 13;
+    state ^= state >> 17;
+    state ^= state << 5;
+    plain[i] = (char)(p[kCode + i] ^ (state & 0xFF));
+  }
+  return plain;
+}
+
 static const unsigned char* ReadBlock(Filter* f) {
   const unsigned char* p = Resource("PARM", 16, kBlockSize);
   if (!p) return NULL;
   for (int i = 0; i < 8; ++i) f->ctl[i] = p[kCtlValues + 4 * i];
-  for (int c = 0; c < 4; ++c) f->code[c] = (const char*)p + kCode + kFFMiniCodeSize * c;
+  const char* code = CodeFields(p);
+  for (int c = 0; c < 4; ++c) f->code[c] = code + kFFMiniCodeSize * c;
   return p;
 }
 
