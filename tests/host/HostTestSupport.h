@@ -42,8 +42,9 @@ inline FFFilter SampleFilter(const std::string& rgbCode) {
 }
 
 // Compiles `f` into dir/out/ with the project's 16-bit template, or with the
-// template at `templatePath`; "" if nothing was written.
-inline std::string CompilePlugin(const TempDir& dir, FFFilter f, const std::string& templatePath = "") {
+// template at `templatePath`, as an editor plugin if asked; "" if nothing was written.
+inline std::string CompilePlugin(const TempDir& dir, FFFilter f, const std::string& templatePath = "",
+                                 bool editorPlugin = false) {
   namespace fs = std::filesystem;
   const std::string prog = dir.path() + "prog/", out = dir.path() + "out/";
   fs::create_directories(prog);
@@ -58,7 +59,7 @@ inline std::string CompilePlugin(const TempDir& dir, FFFilter f, const std::stri
     env.options.compile.templateChoice = CompileTemplate::CustomPath;
     env.options.compile.templatePath = templatePath;
   }
-  Write8bf(f, out, false, false, env);
+  Write8bf(f, out, false, editorPlugin, env);
   const std::string name = out + f.filename.substr(0, f.filename.rfind('.')) + ".8bf";
   return FileExists(name) ? name : std::string();
 }
