@@ -15,7 +15,10 @@ namespace L = layout;
 constexpr char kScrambleTag[] = "TRSC";
 constexpr char kProtectedMarker[] = "Trel Protected";  // as long as "Filter Factory"
 
-int64_t MarkerPosition(int shift) { return shift == L::kShift30 ? L::kMarker30 : L::kMarker304; }
+int64_t MarkerPosition(int shift) {
+  if (shift == L::kShift64) return L::kMarker64;  // the 64-bit template's code comes first
+  return shift == L::kShift30 ? L::kMarker30 : L::kMarker304;
+}
 
 uint32_t NextKey(uint32_t& state) {
   state ^= state << 13;

@@ -42,9 +42,9 @@ inline FFFilter SampleFilter(const std::string& rgbCode) {
 }
 
 // Compiles `f` into dir/out/ with the project's 16-bit template, or with the
-// template at `templatePath`, as an editor plugin if asked; "" if nothing was written.
+// template at `templatePath`, under the given options; "" if nothing was written.
 inline std::string CompilePlugin(const TempDir& dir, FFFilter f, const std::string& templatePath = "",
-                                 bool editorPlugin = false) {
+                                 const CompileOptions& options = {}) {
   namespace fs = std::filesystem;
   const std::string prog = dir.path() + "prog/", out = dir.path() + "out/";
   fs::create_directories(prog);
@@ -55,11 +55,12 @@ inline std::string CompilePlugin(const TempDir& dir, FFFilter f, const std::stri
   FilterEnv env;
   env.shell = &shell;
   env.options.programFolder = prog;
+  env.options.compile = options;
   if (!templatePath.empty()) {
     env.options.compile.templateChoice = CompileTemplate::CustomPath;
     env.options.compile.templatePath = templatePath;
   }
-  Write8bf(f, out, false, editorPlugin, env);
+  Write8bf(f, out, false, false, env);
   const std::string name = out + f.filename.substr(0, f.filename.rfind('.')) + ".8bf";
   return FileExists(name) ? name : std::string();
 }
