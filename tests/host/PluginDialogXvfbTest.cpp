@@ -122,14 +122,17 @@ TEST_F(PluginDialogXvfb, KeysMoveTheSliderOkRunsWithItAndARepeatKeepsIt) {
   EXPECT_EQ(picture, Engine(code, chosen, original));
 }
 
-TEST_F(PluginDialogXvfb, EscCancelsTheRunAndWritesNothing) {
+TEST_F(PluginDialogXvfb, EscCancelsTheRunAndADemoPluginIgnoresReturn) {
   FFFilter f = test::SampleFilter("255 - c");
   f.title = "Cancel Proof";
-  const std::string plugin = test::CompilePlugin(dir, f, Template64());
+  CompileOptions demo;
+  demo.demoPlugin = true;  // its OK button is dead
+  const std::string plugin = test::CompilePlugin(dir, f, Template64(), demo);
   ASSERT_FALSE(plugin.empty());
   const QImage original = test::PatternPicture(40, 30, true);
   QImage picture = original;
-  const HostAnswer a = RunWithKeys(plugin, picture, f.title, {"Right", "Escape"}, "dialog-cancel.png");
+  const HostAnswer a =
+      RunWithKeys(plugin, picture, f.title + " Demo...", {"Right", "Return", "Escape"}, "dialog-cancel.png");
   EXPECT_EQ(a.kind, HostAnswer::Kind::Failed);
   EXPECT_EQ(a.code, static_cast<int>(plughost::HostError::Cancelled)) << a.message;
   EXPECT_EQ(picture, original);
@@ -139,7 +142,9 @@ TEST_F(PluginDialogXvfb, EscCancelsTheRunAndWritesNothing) {
 TEST_F(PluginDialogXvfb, AnEditorPluginRunsTheCodeTypedIntoItAndKeepsIt) {
   FFFilter f = test::SampleFilter("c");
   f.title = "Editor Proof";
-  const std::string plugin = test::CompilePlugin(dir, f, Template64(), true);
+  CompileOptions editor;
+  editor.editorPlugin = true;
+  const std::string plugin = test::CompilePlugin(dir, f, Template64(), editor);
   ASSERT_FALSE(plugin.empty());
   const QImage original = test::PatternPicture(60, 40, false);
   QImage picture = original;
