@@ -23,6 +23,9 @@ namespace {
 
 namespace P = plughost;
 
+// The time allowed to a request that shows a dialog: none.
+constexpr int kWaitForUser = -1;
+
 QString Q(const std::string& s) { return QString::fromLocal8Bit(s.data(), qsizetype(s.size())); }
 
 std::string EnvPath(const char* name) {
@@ -210,7 +213,11 @@ HostAnswer PlugHostClient::Request(const std::string& line, int timeoutMs) {
   }
   process_->write((line + "\n").c_str());
   process_->waitForBytesWritten(1000);
-  const QDeadlineTimer deadline(allowance);
+  // A plugin's own dialog may stand as long as the user likes; only Esc
+  // (the cancel callback) or the end of the process stops such a request.
+  const bool waitsForUser = timeoutMs == kWaitForUser;
+  const QDeadlineTimer deadline =
+      waitsForUser ? QDeadlineTimer(QDeadlineTimer::Forever) : QDeadlineTimer(allowance);
   const std::string prefix = P::kAnswerPrefix;
   for (;;) {
     // Whole lines only; whatever a plugin prints itself is passed by.
@@ -255,7 +262,7 @@ HostAnswer PlugHostClient::Request(const std::string& line, int timeoutMs) {
               "the plugin did not finish within " + std::to_string(allowance / 1000) +
                   " seconds and was stopped"};
     }
-    const int wait = int(std::min<qint64>(deadline.remainingTime(), 200));
+    const int wait = waitsForUser ? 200 : int(std::min<qint64>(deadline.remainingTime(), 200));
     if (process_->waitForReadyRead(wait < 1 ? 1 : wait) || process_->bytesAvailable() > 0)
       pending_ += process_->readAllStandardOutput().toStdString();
   }
@@ -267,7 +274,7 @@ HostAnswer PlugHostClient::Probe(const std::string& plugin) {
 
 HostAnswer PlugHostClient::About(const std::string& plugin) {
   // An about box waits for the user.
-  return Request("ABOUT\t" + ToWinePath(plugin), std::max(timeoutMs_, 600000));
+  return Request("ABOUT\t" + ToWinePath(plugin), kWaitForUser);
 }
 
 HostAnswer PlugHostClient::Run(const std::string& plugin, QImage& picture, const std::string& paramsFile,
@@ -290,7 +297,7 @@ HostAnswer PlugHostClient::Run(const std::string& plugin, QImage& picture, const
   const std::string params = paramsFile.empty() ? std::string("-") : ToWinePath(paramsFile);
   HostAnswer a = Request("RUN\t" + ToWinePath(plugin) + "\t" + ToWinePath(in.toStdString()) + "\t" +
                              ToWinePath(out.toStdString()) + "\t" + params + "\t" + (dialog ? "1" : "0"),
-                         dialog ? std::max(timeoutMs_, 600000) : timeoutMs_);
+                         dialog ? kWaitForUser : timeoutMs_);
   if (!a.ok()) return a;
   QImage result(picture.size(), picture.format());
   if (!ReadPicture(out, result, planes))

@@ -52,7 +52,8 @@ class PlugHostClient {
 
   // Time a request may take before the host is killed, in milliseconds; the
   // first request also gets the start-up allowance (Wine's first start in a
-  // fresh prefix takes many seconds).
+  // fresh prefix takes many seconds). A run with the dialog and the about box
+  // wait for the user without limit; Esc (setCancel) still stops them.
   void setTimeout(int ms) { timeoutMs_ = ms; }
   int timeout() const { return timeoutMs_; }
   void setStartAllowance(int ms) { startMs_ = ms; }

@@ -114,5 +114,37 @@ TEST_F(GenuineTemplateTest, CompiledFiltersGiveTheEnginesPixels) {
   }
 }
 
+TEST_F(GenuineTemplateTest, AProtectedPluginRunsItsScrambledCode) {
+  if (FindWine(false).empty()) GTEST_SKIP() << "wine64 is not installed";
+  FFFilter f = test::SampleFilter("src(x + 2, y, z) ^ ctl(1)");
+  CompileOptions demo;
+  demo.demoPlugin = true;
+  const std::string plugin = test::CompilePlugin(dir, f, Template64(), demo);
+  ASSERT_FALSE(plugin.empty());
+  // Our readers no longer take it for a Filter Factory plugin...
+  FFFilter back;
+  std::string folder, name;
+  SplitPath(plugin, folder, name);
+  FilterEnv env;
+  env.shell = &shell;
+  EXPECT_FALSE(Read8bf(back, folder, name, false, false, env));
+  // ...but it filters as its code says.
+  const QImage picture = test::PatternPicture(70, 45, false);
+  const ImgRect all{0, 0, 69, 44};
+  QImage expected = picture;
+  ff::Controls controls{};
+  for (size_t i = 0; i < 8; ++i) controls[i] = f.ctlValue[i + 1];
+  ASSERT_EQ(RunFilterOnPicture(ff::CompileFilter({f.codeR, f.codeG, f.codeB, f.codeA}, nullptr), controls, expected,
+                               all, {}),
+            IMG_OK);
+  ImageLibrary host(shell);
+  host.setOutOfProcess(true);
+  ASSERT_EQ(host.ImgPlugInHostLoad(""), IMG_OK);
+  const ImgHandle h = host.Adopt(picture);
+  ASSERT_EQ(host.ImgPlugInLoad(plugin), IMG_OK) << host.ImgErrString();
+  ASSERT_EQ(host.ImgPlugInInvoke(h, 0, all), IMG_OK) << host.ImgErrString();
+  EXPECT_EQ(*host.image(h), expected);
+}
+
 }  // namespace
 }  // namespace trel

@@ -42,8 +42,9 @@ inline FFFilter SampleFilter(const std::string& rgbCode) {
 }
 
 // Compiles `f` into dir/out/ with the project's 16-bit template, or with the
-// template at `templatePath`; "" if nothing was written.
-inline std::string CompilePlugin(const TempDir& dir, FFFilter f, const std::string& templatePath = "") {
+// template at `templatePath`, under the given options; "" if nothing was written.
+inline std::string CompilePlugin(const TempDir& dir, FFFilter f, const std::string& templatePath = "",
+                                 const CompileOptions& options = {}) {
   namespace fs = std::filesystem;
   const std::string prog = dir.path() + "prog/", out = dir.path() + "out/";
   fs::create_directories(prog);
@@ -54,6 +55,7 @@ inline std::string CompilePlugin(const TempDir& dir, FFFilter f, const std::stri
   FilterEnv env;
   env.shell = &shell;
   env.options.programFolder = prog;
+  env.options.compile = options;
   if (!templatePath.empty()) {
     env.options.compile.templateChoice = CompileTemplate::CustomPath;
     env.options.compile.templatePath = templatePath;

@@ -40,6 +40,7 @@ typedef struct FFDialogFilter {
   int sourceWidth, sourceHeight;
   FFRenderProc render;
   void* context;
+  int okDisabled;           /* 1: a demo plugin, whose OK button is dead */
 } FFDialogFilter;
 
 /* Shows the dialog modally. Returns 1 for OK (values, and code when editor,
