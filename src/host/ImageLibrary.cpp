@@ -274,6 +274,9 @@ PlugHostClient& ImageLibrary::hostClient(bool is32bit) {
     if (pluginTimeoutMs_ > 0) host->setTimeout(pluginTimeoutMs_);
     // Through the member, so that a later setCancel counts too.
     host->setCancel([this] { return cancel_ && cancel_(); });
+    host->setWhileWaiting([this] {
+      if (whileWaiting_) whileWaiting_();
+    });
   }
   return *host;
 }

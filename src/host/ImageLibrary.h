@@ -138,6 +138,8 @@ class ImageLibrary {
   void setOpenDialog(std::function<std::string()> dialog) { openDialog_ = std::move(dialog); }
   // Polled while a plugin runs; true cancels it (Esc in the program).
   void setCancel(std::function<bool()> cancel) { cancel_ = std::move(cancel); }
+  // Called while a Windows plugin runs, between short waits (see PlugHostClient).
+  void setWhileWaiting(std::function<void()> hook) { whileWaiting_ = std::move(hook); }
 
  private:
   int32_t Fail(int32_t status) {
@@ -182,6 +184,7 @@ class ImageLibrary {
 
   std::function<std::string()> openDialog_;
   std::function<bool()> cancel_;
+  std::function<void()> whileWaiting_;
 };
 
 // Runs a compiled filter over the rectangle of a picture in place, whatever

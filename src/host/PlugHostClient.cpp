@@ -262,7 +262,9 @@ HostAnswer PlugHostClient::Request(const std::string& line, int timeoutMs) {
               "the plugin did not finish within " + std::to_string(allowance / 1000) +
                   " seconds and was stopped"};
     }
-    const int wait = waitsForUser ? 200 : int(std::min<qint64>(deadline.remainingTime(), 200));
+    if (whileWaiting_) whileWaiting_();
+    const int step = 50;
+    const int wait = waitsForUser ? step : int(std::min<qint64>(deadline.remainingTime(), step));
     if (process_->waitForReadyRead(wait < 1 ? 1 : wait) || process_->bytesAvailable() > 0)
       pending_ += process_->readAllStandardOutput().toStdString();
   }

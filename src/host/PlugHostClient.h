@@ -59,6 +59,9 @@ class PlugHostClient {
   void setStartAllowance(int ms) { startMs_ = ms; }
   // Polled while a request runs (Esc in the program); true stops the host.
   void setCancel(std::function<bool()> cancel) { cancel_ = std::move(cancel); }
+  // Called between the short waits for an answer, so that a window can paint
+  // and hear Esc while a plugin's dialog stands.
+  void setWhileWaiting(std::function<void()> hook) { whileWaiting_ = std::move(hook); }
 
   bool running() const;
   // The host process's id while it runs, 0 otherwise.
@@ -77,6 +80,7 @@ class PlugHostClient {
   std::unique_ptr<QTemporaryDir> work_;
   std::string pending_;  // output read past the last answer
   std::function<bool()> cancel_;
+  std::function<void()> whileWaiting_;
 };
 
 // Where the programs are found; the environment may name them

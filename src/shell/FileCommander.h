@@ -98,6 +98,9 @@ class FileCommander : public QObject, public OverwriteChecker {
   QString SelectFolderDialog(const QString& firstEntry, bool noChange, bool* subFolders = nullptr);
 
   bool busy() const { return busy_; }
+  // While busy the window paints and hears Esc but takes no other input, and
+  // the file commands refuse to start: for work other commands run too.
+  void SetBusy(bool on) { busy_ = on; }
 
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;

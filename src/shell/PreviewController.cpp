@@ -28,6 +28,7 @@
 #include "settings/SettingsStore.h"
 #include "shell/BrowseDialog.h"
 #include "shell/FileListView.h"
+#include "shell/FileCommander.h"
 #include "shell/FilePane.h"
 #include "shell/MainWindow.h"
 #include "shell/PluginViewPage.h"
@@ -252,6 +253,7 @@ void PreviewController::ShowPreviewImage(const QString& name, const QString& not
 }
 
 void PreviewController::cmd_Preview() {
+  if (userRun_) return;  // the host is busy with the user's own run
   const std::string path = SelectedFile();
   if (path.empty()) return;
   if (IsPluginName(path)) PreviewPlugin(path);
@@ -382,9 +384,11 @@ bool PreviewController::cmd_SavePreview(const std::string& path) {
 // --- running plugins ---------------------------------------------------------------
 
 void PreviewController::cmd_Invoke() {
+  if (userRun_) return;
   const std::string path = SelectedFile();
   if (!MayRun(shell(), path)) return;
   // A plugin run on purpose shows its own dialog; previews run without one.
+  const auto alive = KeepWindowAlive();
   lib_->setPluginDialogs(true);
   const auto quiet = qScopeGuard([this] { lib_->setPluginDialogs(false); });
   // An open Picture Editor is the target of a plugin run from the window.
@@ -416,7 +420,28 @@ void PreviewController::cmd_Invoke() {
   previewWindow()->raise();
 }
 
+std::shared_ptr<void> PreviewController::KeepWindowAlive() {
+  userRun_ = true;
+  timer1_.stop();
+  window_.EscapeFlag() = false;
+  // Input is held back only while waiting for the host, so that the run's
+  // own messages afterwards can be answered.
+  lib_->setWhileWaiting([this] {
+    FileCommander* commander = FileCommander::Of(window_);
+    const bool wasBusy = commander && commander->busy();
+    if (commander) commander->SetBusy(true);
+    QCoreApplication::processEvents();
+    if (commander) commander->SetBusy(wasBusy);
+  });
+  return std::shared_ptr<void>(nullptr, [this](void*) {
+    lib_->setWhileWaiting(nullptr);
+    userRun_ = false;
+  });
+}
+
 void PreviewController::cmd_About() {
+  if (userRun_) return;
+  const auto alive = KeepWindowAlive();
   QApplication::setOverrideCursor(Qt::WaitCursor);
   cmd_AboutDialog(*lib_, state_, shell(), SelectedFile());
   QApplication::restoreOverrideCursor();

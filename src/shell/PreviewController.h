@@ -102,6 +102,10 @@ class PreviewController : public QObject {
   void ShowPreviewImage(const QString& name, const QString& note = {});
   void CacheWriteFailed(const std::string& path);
   void CheckPictureEntry();
+  // For a plugin run the user started, which may show the plugin's own dialog
+  // for as long as the user likes: the window paints and hears Esc meanwhile,
+  // but starts nothing else. Returns the guard that ends it.
+  [[nodiscard]] std::shared_ptr<void> KeepWindowAlive();
 
   // Passes every message on to the current target.
   struct ForwardShell : ShellHooks {
@@ -126,6 +130,7 @@ class PreviewController : public QObject {
   std::string shownPlugin_;
   QTimer timer1_;
   int previewRuns_ = 0;
+  bool userRun_ = false;  // a run from KeepWindowAlive is under way
   bool cacheWarned_ = false;
   QPointer<PreviewWindow> preview_;
   QPointer<PicView> picView_;
