@@ -163,5 +163,17 @@ TEST_F(PluginDialogXvfb, AnEditorPluginRunsTheCodeTypedIntoItAndKeepsIt) {
   EXPECT_EQ(picture, edited);
 }
 
+TEST_F(PluginDialogXvfb, TheAboutBoxWaitsForTheUser) {
+  FFFilter f = test::SampleFilter("c");
+  f.title = "About Proof";
+  const std::string plugin = test::CompilePlugin(dir, f, Template64());
+  ASSERT_FALSE(plugin.empty());
+  auto driver = std::async(std::launch::async,
+                           [&] { return Drive("About " + f.title, {"Return"}, artifacts + "/about.png"); });
+  const HostAnswer a = host.About(plugin);
+  EXPECT_TRUE(driver.get()) << "no about box";
+  EXPECT_TRUE(a.ok()) << a.message;
+}
+
 }  // namespace
 }  // namespace trel

@@ -149,6 +149,7 @@ static int16_t RunDialog(PIFilterRecord* rec) {
   const unsigned char* layout = Resource("LAYOUT", 1, 20);
   d->previewWidth = layout ? layout[16] | layout[17] << 8 : 200;
   d->previewHeight = layout ? layout[18] | layout[19] << 8 : 150;
+  d->okDisabled = layout ? layout[6] & 1 : 0;
 
   /* The host fills the buffers for the rectangles asked for at once. */
   const int w = rec->inRect.right - rec->inRect.left, h = rec->inRect.bottom - rec->inRect.top;
@@ -181,6 +182,12 @@ static int16_t RunDialog(PIFilterRecord* rec) {
     g_chosenCode = d->editor;
   }
   return piNoErr;
+}
+
+static void About(const PIAboutRecord* about) {
+  const unsigned char* block = Resource("PARM", 16, kBlockSize);
+  const PIPlatformData* platform = about ? (const PIPlatformData*)about->platformData : NULL;
+  if (block) FFShowAbout(platform ? (HWND)platform->hwnd : NULL, block);
 }
 
 #endif
@@ -239,6 +246,10 @@ __declspec(dllexport) void PluginMain(int16_t selector, void* record, intptr_t* 
   *result = piNoErr;
   switch (selector) {
     case filterSelectorAbout:
+#ifdef TREL_FFMINI_DIALOG
+      About((const PIAboutRecord*)record);
+#endif
+      break;
     case filterSelectorPrepare:
       break;
     case filterSelectorParameters:

@@ -303,3 +303,27 @@ int FFRunDialog(HINSTANCE module, HWND owner, FFDialogFilter* f) {
   HeapFree(heap, 0, s);
   return result == 1 ? 1 : result == 0 ? 0 : -1;
 }
+
+/* Appends at most `room` - 1 bytes of a field that need not end in a 0. */
+static char* Append(char* out, const char* end, const unsigned char* field, int room) {
+  int n;
+  for (n = 0; n < room - 1 && field[n] && out < end; ++n) *out++ = (char)field[n];
+  return out;
+}
+
+void FFShowAbout(HWND owner, const unsigned char* block) {
+  static char text[3 * 256 + 8];
+  static char caption[6 + 256];
+  const char* end = text + sizeof text - 1;
+  char* out = Append(text, end, block + kFFBlockTitle, 256);
+  *out++ = '\n';
+  *out++ = '\n';
+  out = Append(out, end, block + kFFBlockCopyright, 256);
+  *out++ = '\n';
+  out = Append(out, end, block + kFFBlockAuthor, 256);
+  *out = 0;
+  out = Append(caption, caption + sizeof caption - 1, (const unsigned char*)"About ", 7);
+  out = Append(out, caption + sizeof caption - 1, block + kFFBlockTitle, 256);
+  *out = 0;
+  MessageBoxA(owner, text, caption, MB_OK | MB_ICONINFORMATION);
+}

@@ -47,6 +47,11 @@ typedef struct FFDialogFilter {
    written back into `f`), 0 for Cancel, -1 when it could not be shown. */
 int FFRunDialog(HINSTANCE module, HWND owner, FFDialogFilter* f);
 
+/* The about box: title, copyright and author from the parameter block
+   (resource PARM 16, its own size first), each a field of 256 bytes. */
+enum { kFFBlockTitle = 360, kFFBlockCopyright = 616, kFFBlockAuthor = 872 };
+void FFShowAbout(HWND owner, const unsigned char* block);
+
 #ifdef __cplusplus
 }
 #endif

@@ -334,6 +334,16 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID) {
   return TRUE;
 }
 
+namespace {
+
+void About(const PIAboutRecord* about) {
+  const unsigned char* block = Resource("PARM", 16, kBlockSize);
+  const auto* platform = about ? static_cast<const PIPlatformData*>(about->platformData) : nullptr;
+  if (block) FFShowAbout(platform ? reinterpret_cast<HWND>(platform->hwnd) : nullptr, block);
+}
+
+}  // namespace
+
 extern "C" __declspec(dllexport) void PluginMain(int16_t selector, void* record, intptr_t* data, int16_t* result) {
   (void)data;
   auto* rec = static_cast<PIFilterRecord*>(record);
@@ -347,6 +357,8 @@ extern "C" __declspec(dllexport) void PluginMain(int16_t selector, void* record,
         g_wantDialog = false;
         break;
       case filterSelectorAbout:
+        About(static_cast<const PIAboutRecord*>(record));
+        break;
       case filterSelectorPrepare:
         break;
       case filterSelectorStart:
