@@ -8,10 +8,13 @@
 #include <QLabel>
 #include <QListWidget>
 #include <QSignalSpy>
+#include <QElapsedTimer>
 #include <QTest>
+#include <QTimer>
 #include <filesystem>
 
 #include "../host/HostTestSupport.h"
+#include "host/PlugHostClient.h"
 #include "host/PreviewPipeline.h"
 #include "host/PreviewRender.h"
 #include "picture/PicView.h"
@@ -272,6 +275,27 @@ TEST_F(PreviewTest, InvokeAndAboutRefuseWhatTheyCannotRun) {
   preview->cmd_Invoke();
   ASSERT_EQ(shell.boxes.size(), 1u);
   EXPECT_EQ(shell.boxes[0].title, "Warning");
+}
+
+TEST_F(PreviewTest, EscEndsAWindowsPluginRunFromTheWindow) {
+  const std::string hang = std::string(TREL_PLUGHOST_TEST_DIR) + "/hang64.8bf";
+  if (!fs::exists(hang)) GTEST_SKIP() << "the test plugins were not built (no mingw-w64)";
+  if (FindWine(false).empty()) GTEST_SKIP() << "wine64 is not installed";
+  // A first run starts the host, so that the hanging plugin's own run is
+  // under way when Esc comes.
+  selected = std::string(TREL_PLUGHOST_TEST_DIR) + "/invert64.8bf";
+  preview->cmd_Invoke();
+  ASSERT_EQ(preview->library().ImgGetStatus(), IMG_OK) << preview->library().ImgErrString();
+  selected = hang;
+  // A run from the window may show the plugin's dialog and has no time limit;
+  // Esc reaches the window only while it keeps handling events during the run.
+  QTimer::singleShot(1500, window.get(), [this] { QTest::keyClick(window.get(), Qt::Key_Escape); });
+  QElapsedTimer clock;
+  clock.start();
+  preview->cmd_Invoke();
+  EXPECT_GE(clock.elapsed(), 1500);
+  EXPECT_LT(clock.elapsed(), 60000);
+  EXPECT_TRUE(shell.boxes.empty()) << "a run the user stopped is no error";
 }
 
 TEST_F(PreviewTest, RandomizeAndSavePreview) {
