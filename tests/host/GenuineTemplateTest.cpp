@@ -9,6 +9,7 @@
 #include <QImage>
 
 #include "HostTestSupport.h"
+#include "TemplateProof.h"
 #include "filter/CompiledReaders.h"
 #include "filter/DemoPlugin.h"
 #include "filter/TemplateLayout.h"
@@ -68,82 +69,7 @@ TEST_F(GenuineTemplateTest, ReadersReadBackWhatTheCompilerWrote) {
 
 TEST_F(GenuineTemplateTest, CompiledFiltersGiveTheEnginesPixels) {
   if (FindWine(false).empty()) GTEST_SKIP() << "wine64 is not installed";
-  const struct {
-    const char* code;  // for R, G and B
-    const char* alpha;
-    bool transparent;
-  } rows[] = {
-      {"255 - c", "a", false},
-      {"src(x + ctl(0) % 5, y - 3, z) ^ ctl(1)", "a", false},
-      {"rnd(0, c) + sin(x * 8 + y) / 64 + (x * y) % 7", "a", false},
-      {"scl(c, 0, 255, ctl(2), ctl(3)) + put(c, 0) * 0 + get(0) / 2", "a", false},
-      {"d * M / 1024 + r / 2", "255 - a", true},
-  };
-  ImageLibrary engine(shell), host(shell);
-  host.setOutOfProcess(true);
-  ASSERT_EQ(engine.ImgPlugInHostLoad(""), IMG_OK);
-  ASSERT_EQ(host.ImgPlugInHostLoad(""), IMG_OK);
-  int n = 0;
-  for (const auto& row : rows) {
-    FFFilter f = test::SampleFilter(row.code);
-    f.filename = "proof" + std::to_string(n++) + ".afs";
-    f.codeA = row.alpha;
-    const std::string plugin = test::CompilePlugin(dir, f, Template64());
-    ASSERT_FALSE(plugin.empty());
-    // 70 by 45: neither a power of two nor square.
-    const QImage picture = test::PatternPicture(70, 45, row.transparent);
-    const ImgHandle a = engine.Adopt(picture), b = host.Adopt(picture);
-    const ImgRect all{0, 0, 69, 44};
-    ASSERT_EQ(engine.ImgPlugInLoad(plugin), IMG_OK) << row.code;
-    ASSERT_EQ(engine.ImgPlugInInvoke(a, 0, all), IMG_OK) << row.code;
-    ASSERT_EQ(host.ImgPlugInLoad(plugin), IMG_OK) << row.code << ": " << host.ImgErrString();
-    ASSERT_EQ(host.ImgPlugInInvoke(b, 0, all), IMG_OK) << row.code << ": " << host.ImgErrString();
-    EXPECT_EQ(*engine.image(a), *host.image(b)) << row.code;
-    EXPECT_NE(*host.image(b), picture) << row.code;
-
-    // Other control values, the same in both paths.
-    const std::array<uint8_t, 8> controls{3, 250, 40, 90, 0, 0, 0, 1};
-    engine.setControls(controls);
-    host.setControls(controls);
-    const ImgHandle c = engine.Adopt(picture), d = host.Adopt(picture);
-    ASSERT_EQ(engine.ImgPlugInInvoke(c, 0, all), IMG_OK) << row.code;
-    ASSERT_EQ(host.ImgPlugInInvoke(d, 0, all), IMG_OK) << row.code << ": " << host.ImgErrString();
-    EXPECT_EQ(*engine.image(c), *host.image(d)) << row.code << " with other controls";
-    engine.setControls(std::nullopt);
-    host.setControls(std::nullopt);
-  }
-}
-
-TEST_F(GenuineTemplateTest, AProtectedPluginRunsItsScrambledCode) {
-  if (FindWine(false).empty()) GTEST_SKIP() << "wine64 is not installed";
-  FFFilter f = test::SampleFilter("src(x + 2, y, z) ^ ctl(1)");
-  CompileOptions demo;
-  demo.demoPlugin = true;
-  const std::string plugin = test::CompilePlugin(dir, f, Template64(), demo);
-  ASSERT_FALSE(plugin.empty());
-  // Our readers no longer take it for a Filter Factory plugin...
-  FFFilter back;
-  std::string folder, name;
-  SplitPath(plugin, folder, name);
-  FilterEnv env;
-  env.shell = &shell;
-  EXPECT_FALSE(Read8bf(back, folder, name, false, false, env));
-  // ...but it filters as its code says.
-  const QImage picture = test::PatternPicture(70, 45, false);
-  const ImgRect all{0, 0, 69, 44};
-  QImage expected = picture;
-  ff::Controls controls{};
-  for (size_t i = 0; i < 8; ++i) controls[i] = f.ctlValue[i + 1];
-  ASSERT_EQ(RunFilterOnPicture(ff::CompileFilter({f.codeR, f.codeG, f.codeB, f.codeA}, nullptr), controls, expected,
-                               all, {}),
-            IMG_OK);
-  ImageLibrary host(shell);
-  host.setOutOfProcess(true);
-  ASSERT_EQ(host.ImgPlugInHostLoad(""), IMG_OK);
-  const ImgHandle h = host.Adopt(picture);
-  ASSERT_EQ(host.ImgPlugInLoad(plugin), IMG_OK) << host.ImgErrString();
-  ASSERT_EQ(host.ImgPlugInInvoke(h, 0, all), IMG_OK) << host.ImgErrString();
-  EXPECT_EQ(*host.image(h), expected);
+  test::ExpectTheEnginesPixels(Template64(), dir, shell);
 }
 
 }  // namespace

@@ -11,7 +11,7 @@
 #include <QImage>
 
 #include "HostTestSupport.h"
-#include "filter/DemoPlugin.h"
+#include "TemplateProof.h"
 #include "filter/TemplateLayout.h"
 #include "host/ImageLibrary.h"
 #include "host/PlugHostClient.h"
@@ -112,68 +112,7 @@ class MiniPluginTest : public ::testing::Test {
 };
 
 TEST_F(MiniPluginTest, CompiledFiltersGiveTheEnginesPixels) {
-  const struct {
-    const char* code;  // for R, G and B
-    const char* alpha;
-    bool transparent;
-  } rows[] = {
-      {"255 - c", "a", false},
-      {"src(x + ctl(0) % 5, y - 3, z) ^ ctl(1)", "a", false},
-      {"rnd(0, c) + sin(x * 8 + y) / 64 + (x * y) % 7", "a", false},
-      {"scl(c, 0, 255, ctl(2), ctl(3)) + put(c, 0) * 0 + get(0) / 2", "a", false},
-      {"d * M / 1024 + r / 2", "255 - a", true},
-      {"cnv(1, 2, 1, 2, 4, 2, 1, 2, 1, ctl(7) + 15) + map(0, c) / 4", "a / 2 + i", true},
-      {"rad(d + ctl(0), m, z) + tan(x) / 100 + c2d(x - 9, y) - c2m(x, y) / 8", "mix(a, c, x, X)", true},
-  };
-  ImageLibrary engine(shell), host(shell);
-  host.setOutOfProcess(true);
-  ASSERT_EQ(engine.ImgPlugInHostLoad(""), IMG_OK);
-  ASSERT_EQ(host.ImgPlugInHostLoad(""), IMG_OK);
-  int n = 0;
-  for (const auto& row : rows) {
-    FFFilter f = test::SampleFilter(row.code);
-    f.filename = "mini" + std::to_string(n++) + ".afs";
-    f.codeA = row.alpha;
-    const std::string plugin = test::CompilePlugin(dir, f, Template());
-    ASSERT_FALSE(plugin.empty());
-    // 71 by 45: neither a power of two nor square, both odd.
-    const QImage picture = test::PatternPicture(71, 45, row.transparent);
-    const ImgRect all{0, 0, 70, 44};
-    ASSERT_EQ(engine.ImgPlugInLoad(plugin), IMG_OK) << row.code;
-    ASSERT_EQ(host.ImgPlugInLoad(plugin), IMG_OK) << row.code << ": " << host.ImgErrString();
-    for (const auto& controls : {std::optional<std::array<uint8_t, 8>>(),
-                                 std::optional<std::array<uint8_t, 8>>({3, 250, 40, 90, 0, 0, 0, 1})}) {
-      engine.setControls(controls);
-      host.setControls(controls);
-      const ImgHandle a = engine.Adopt(picture), b = host.Adopt(picture);
-      ASSERT_EQ(engine.ImgPlugInInvoke(a, 0, all), IMG_OK) << row.code;
-      ASSERT_EQ(host.ImgPlugInInvoke(b, 0, all), IMG_OK) << row.code << ": " << host.ImgErrString();
-      EXPECT_EQ(*engine.image(a), *host.image(b)) << row.code << (controls ? " with other controls" : "");
-      EXPECT_NE(*host.image(b), picture) << row.code;
-    }
-  }
-}
-
-TEST_F(MiniPluginTest, ScrambledCodeStillRuns) {
-  ImageLibrary engine(shell), host(shell);
-  host.setOutOfProcess(true);
-  ASSERT_EQ(engine.ImgPlugInHostLoad(""), IMG_OK);
-  ASSERT_EQ(host.ImgPlugInHostLoad(""), IMG_OK);
-  FFFilter f = test::SampleFilter("src(x + 2, y, z) ^ ctl(1)");
-  const std::string plugin = test::CompilePlugin(dir, f, Template());
-  ASSERT_FALSE(plugin.empty());
-  const QImage picture = test::PatternPicture(33, 21, false);
-  const ImgRect all{0, 0, 32, 20};
-  const ImgHandle a = engine.Adopt(picture), b = host.Adopt(picture);
-  ASSERT_EQ(engine.ImgPlugInLoad(plugin), IMG_OK);
-  ASSERT_EQ(engine.ImgPlugInInvoke(a, 0, all), IMG_OK);
-  // A demo or encrypted plugin hides its code from readers, not from itself.
-  TemplatePatch image(test::ReadFileBytes(plugin));
-  DemoPlugin(image, layout::kShift64, false, false, true);
-  test::WriteFileBytes(plugin, image.bytes());
-  ASSERT_EQ(host.ImgPlugInLoad(plugin), IMG_OK) << host.ImgErrString();
-  ASSERT_EQ(host.ImgPlugInInvoke(b, 0, all), IMG_OK) << host.ImgErrString();
-  EXPECT_EQ(*engine.image(a), *host.image(b));
+  test::ExpectTheEnginesPixels(Template(), dir, shell);
 }
 
 TEST_F(MiniPluginTest, FaultyCodeIsAnErrorNotACrash) {
