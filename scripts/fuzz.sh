@@ -31,10 +31,10 @@ while (($#)); do
 done
 
 launcher=()
-command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DCMAKE_C_COMPILER_LAUNCHER=ccache)
 # Optimised but with line tables and assertions, as the sanitizers like it.
-cmake -S . -B "$dir" -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-  -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O1 -g" -DTREL_FUZZ=ON -DTREL_FUZZ_PLANTED_FAULT=$planted \
+cmake -S . -B "$dir" -G Ninja -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+  -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O1 -g" -DCMAKE_C_FLAGS_RELWITHDEBINFO="-O1 -g" -DTREL_FUZZ=ON -DTREL_FUZZ_PLANTED_FAULT=$planted \
   -DTREL_BUILD_GUI=OFF -DTREL_BUILD_TESTS=OFF -DTREL_BUILD_BENCH=OFF "${launcher[@]}" >/dev/null
 cmake --build "$dir" -j "${TREL_FUZZ_JOBS:-$(nproc)}" --target trel_fuzzers
 
