@@ -140,7 +140,7 @@ static int16_t RunDialog(PIFilterRecord* rec) {
   d->editor = block[kStandAlone] == 0;
   for (int c = 0; c < 4; ++c) {
     int n = 0;
-    while (n < kFFCodeFieldSize - 1 && f.code[c][n]) {
+    while (n < kFFCodeFieldSize && f.code[c][n]) {
       d->code[c][n] = f.code[c][n];
       ++n;
     }

@@ -36,7 +36,7 @@ typedef struct State {
   unsigned char* small; /* the source scaled to pw x ph, R, G, B, A */
   unsigned char* bits;  /* the rendered preview, turned into B, G, R, x for GDI */
   int codeDirty;
-  char code[4][kFFCodeFieldSize];
+  char code[4][kFFCodeFieldSize + 1];
 } State;
 
 static HWND Add(State* s, HWND dlg, DWORD exStyle, const char* cls, const char* text, DWORD style, int id, int x,
@@ -70,15 +70,16 @@ static void Render(HWND dlg, State* s) {
 }
 
 /* The code as the user left it, without the carriage returns the edit
-   control needs for its line breaks. */
+   control needs for its line breaks, and no longer than a code field. */
 static void ReadCode(HWND dlg, State* s) {
+  static char raw[2 * kFFCodeFieldSize + 1];
   int c;
   for (c = 0; c < 4; ++c) {
     char* t = s->code[c];
     int from, to = 0;
-    GetDlgItemTextA(dlg, kIdCode + c, t, kFFCodeFieldSize);
-    for (from = 0; t[from]; ++from)
-      if (t[from] != '\r' || t[from + 1] != '\n') t[to++] = t[from];
+    GetDlgItemTextA(dlg, kIdCode + c, raw, sizeof raw);
+    for (from = 0; raw[from] && to < kFFCodeFieldSize; ++from)
+      if (raw[from] != '\r' || raw[from + 1] != '\n') t[to++] = raw[from];
     t[to] = 0;
   }
 }
@@ -135,7 +136,7 @@ static int ScaleSource(State* s) {
 static void Build(HWND dlg, State* s) {
   FFDialogFilter* f = s->f;
   static const char* const kCodeLabel[4] = {"&R:", "&G:", "&B:", "&A:"};
-  char text[2 * kFFCodeFieldSize];
+  char text[2 * kFFCodeFieldSize + 1]; /* every line break may become two characters */
   HWND first = NULL;
   RECT r;
   const int x0 = kMargin + s->boxW + 4 + kMargin;
@@ -184,7 +185,8 @@ static void Build(HWND dlg, State* s) {
       Add(s, dlg, 0, "STATIC", kCodeLabel[i], SS_LEFT, -1, kMargin, y + 3, 20, 16);
       Add(s, dlg, WS_EX_CLIENTEDGE, "EDIT", text, WS_TABSTOP | ES_MULTILINE | ES_AUTOVSCROLL,
           kIdCode + i, kMargin + 22, y, w - 2 * kMargin - 22, kCodeH);
-      SendDlgItemMessageA(dlg, kIdCode + i, EM_LIMITTEXT, kFFCodeFieldSize - 1, 0);
+      /* Room for a full field even when every line break takes two characters here. */
+      SendDlgItemMessageA(dlg, kIdCode + i, EM_LIMITTEXT, 2 * kFFCodeFieldSize, 0);
       if (!first) first = GetDlgItem(dlg, kIdCode + i);
       y += kCodeH + 6;
     }
@@ -286,7 +288,7 @@ int FFRunDialog(HINSTANCE module, HWND owner, FFDialogFilter* f) {
   s->boxH = f->previewHeight > 0 && f->previewHeight <= 1024 ? f->previewHeight : 180;
   for (i = 0; i < 8; ++i) s->ctl[i] = f->ctl[i];
   for (i = 0; i < 4; ++i)
-    for (k = 0; k < kFFCodeFieldSize - 1 && f->code[i][k]; ++k) s->code[i][k] = f->code[i][k];
+    for (k = 0; k < kFFCodeFieldSize && f->code[i][k]; ++k) s->code[i][k] = f->code[i][k];
   icc.dwSize = sizeof icc;
   icc.dwICC = ICC_BAR_CLASSES;
   InitCommonControlsEx(&icc);
@@ -296,7 +298,7 @@ int FFRunDialog(HINSTANCE module, HWND owner, FFDialogFilter* f) {
     for (i = 0; i < 8; ++i) f->ctl[i] = s->ctl[i];
     if (f->editor)
       for (i = 0; i < 4; ++i)
-        for (k = 0; k < kFFCodeFieldSize; ++k) f->code[i][k] = s->code[i][k];
+        for (k = 0; k <= kFFCodeFieldSize; ++k) f->code[i][k] = s->code[i][k];
   }
   if (s->small) HeapFree(heap, 0, s->small);
   if (s->bits) HeapFree(heap, 0, s->bits);

@@ -31,7 +31,8 @@ typedef struct FFDialogFilter {
   const char* mapName[4];   /* not empty: sliders 2m and 2m+1 shown under this name */
   unsigned char ctl[8];     /* in: starting values; out: the values chosen on OK */
   int editor;               /* 1: also show the four code fields (stand-alone byte 0) */
-  char code[4][kFFCodeFieldSize]; /* R, G, B, A; in and, when editor, out */
+  char code[4][kFFCodeFieldSize + 1]; /* R, G, B, A, each up to a full field and a 0;
+                                         in and, when editor, out */
   int previewWidth;         /* preview box in pixels (the template's layout block) */
   int previewHeight;
   /* The picture the preview shows, 4 bytes a pixel as for render; the dialog

@@ -263,7 +263,7 @@ int16_t ShowDialog(PIFilterRecord* rec) {
   // The code of a protected plugin is not for showing.
   d->editor = f.editor && !f.scrambled;
   for (size_t c = 0; c < 4; ++c)
-    std::memcpy(d->code[c], f.code[c].c_str(), std::min(f.code[c].size() + 1, size_t(kFFCodeFieldSize)));
+    std::memcpy(d->code[c], f.code[c].c_str(), std::min(f.code[c].size() + 1, size_t(kFFCodeFieldSize) + 1));
   ReadLayout(*d);
   int w = 0, h = 0;
   const std::vector<uint8_t> picture = PreviewPicture(rec, d->previewWidth, d->previewHeight, w, h);
