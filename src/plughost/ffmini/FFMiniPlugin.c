@@ -9,24 +9,11 @@
 
 #include "PiApi.h"
 #include "ffmini/FFMini.h"
+#include "ffplugin/FFBlock.h"
 #ifdef TREL_FFMINI_DIALOG
 #include "ffplugin/FFDialog.h"
 #endif
 
-/* Offsets inside the parameter block, which starts with its own size. */
-enum {
-  kBlockSize = 8296,
-  kStandAlone = 4,
-  kCtlValues = 8,
-  kMapFlags = 56,
-  kCtlFlags = 72,
-  kTitle = 360,
-  kMapNames = 1128,
-  kCtlNames = 2152,
-  kNameSize = 256,
-  kCode = 4200,
-  kScrambleTag = 40 /* "TRSC" and the key's seed when the code fields are scrambled */
-};
 static const char kOurParameters[4] = {'T', 'R', 'F', 'F'};
 
 static HMODULE g_module;
@@ -48,31 +35,13 @@ static const unsigned char* Resource(const char* type, int id, DWORD minSize) {
   return p && SizeofResource(g_module, res) >= minSize ? p : NULL;
 }
 
-/* A demo or encrypted plugin keeps its four code fields XORed with an
-   xorshift32 key stream; the seed stands behind the tag. */
-static const char* CodeFields(const unsigned char* p) {
-  static char plain[4 * kFFMiniCodeSize];
-  if (p[kScrambleTag] != 'T' || p[kScrambleTag + 1] != 'R' || p[kScrambleTag + 2] != 'S' ||
-      p[kScrambleTag + 3] != 'C')
-    return (const char*)p + kCode;
-  uint32_t state = (uint32_t)p[kScrambleTag + 4] | (uint32_t)p[kScrambleTag + 5] << 8 |
-                   (uint32_t)p[kScrambleTag + 6] << 16 | (uint32_t)p[kScrambleTag + 7] << 24;
-  if (!state) state = 1;
-  for (int i = 0; i < 4 * kFFMiniCodeSize; ++i) {
-    state ^= state << 13;
-    state ^= state >> 17;
-    state ^= state << 5;
-    plain[i] = (char)(p[kCode + i] ^ (state & 0xFF));
-  }
-  return plain;
-}
-
 static const unsigned char* ReadBlock(Filter* f) {
-  const unsigned char* p = Resource("PARM", 16, kBlockSize);
+  const unsigned char* p = Resource("PARM", 16, kFFBlockSize);
   if (!p) return NULL;
-  for (int i = 0; i < 8; ++i) f->ctl[i] = p[kCtlValues + 4 * i];
-  const char* code = CodeFields(p);
-  for (int c = 0; c < 4; ++c) f->code[c] = code + kFFMiniCodeSize * c;
+  for (int i = 0; i < 8; ++i) f->ctl[i] = p[kFFCtlValues + 4 * i];
+  static char code[4 * kFFCodeFieldSize];
+  FFReadCodeFields(p, code);
+  for (int c = 0; c < 4; ++c) f->code[c] = code + kFFCodeFieldSize * c;
   return p;
 }
 
@@ -102,14 +71,14 @@ static int Planes(const PIFilterRecord* rec) { return rec->planes > 4 ? 4 : rec-
 #ifdef TREL_FFMINI_DIALOG
 
 static FFDialogFilter g_dialog;
-static char g_names[13][kNameSize]; /* title, four maps, eight controls */
+static char g_names[13][kFFNameSize]; /* title, four maps, eight controls */
 static int g_chosenCode;
 
 /* A 0-terminated copy of a block field, or "" where its flag is off. */
 static const char* Name(int slot, const unsigned char* field, int shown) {
   char* out = g_names[slot];
   int n = 0;
-  while (shown && n < kNameSize - 1 && field[n]) {
+  while (shown && n < kFFNameSize - 1 && field[n]) {
     out[n] = (char)field[n];
     ++n;
   }
@@ -133,11 +102,11 @@ static int16_t RunDialog(PIFilterRecord* rec) {
   if (!block) return piFilterBadParameters;
   ControlsFromHost(rec, &f);
   FFDialogFilter* d = &g_dialog;
-  d->title = Name(0, block + kTitle, 1);
-  for (int i = 0; i < 4; ++i) d->mapName[i] = Name(1 + i, block + kMapNames + kNameSize * i, block[kMapFlags + 4 * i] == 1);
-  for (int i = 0; i < 8; ++i) d->ctlName[i] = Name(5 + i, block + kCtlNames + kNameSize * i, block[kCtlFlags + 4 * i] == 1);
+  d->title = Name(0, block + kFFBlockTitle, 1);
+  for (int i = 0; i < 4; ++i) d->mapName[i] = Name(1 + i, block + kFFMapNames + kFFNameSize * i, block[kFFMapFlags + 4 * i] == 1);
+  for (int i = 0; i < 8; ++i) d->ctlName[i] = Name(5 + i, block + kFFCtlNames + kFFNameSize * i, block[kFFCtlFlags + 4 * i] == 1);
   for (int i = 0; i < 8; ++i) d->ctl[i] = (unsigned char)f.ctl[i];
-  d->editor = block[kStandAlone] == 0;
+  d->editor = block[kFFStandAlone] == 0;
   for (int c = 0; c < 4; ++c) {
     int n = 0;
     while (n < kFFCodeFieldSize && f.code[c][n]) {
@@ -185,7 +154,7 @@ static int16_t RunDialog(PIFilterRecord* rec) {
 }
 
 static void About(const PIAboutRecord* about) {
-  const unsigned char* block = Resource("PARM", 16, kBlockSize);
+  const unsigned char* block = Resource("PARM", 16, kFFBlockSize);
   const PIPlatformData* platform = about ? (const PIPlatformData*)about->platformData : NULL;
   if (block) FFShowAbout(platform ? (HWND)platform->hwnd : NULL, block);
 }

@@ -317,15 +317,15 @@ void FFShowAbout(HWND owner, const unsigned char* block) {
   static char text[3 * 256 + 8];
   static char caption[6 + 256];
   const char* end = text + sizeof text - 1;
-  char* out = Append(text, end, block + kFFBlockTitle, 256);
+  char* out = Append(text, end, block + kFFBlockTitle, kFFNameSize);
   *out++ = '\n';
   *out++ = '\n';
-  out = Append(out, end, block + kFFBlockCopyright, 256);
+  out = Append(out, end, block + kFFBlockCopyright, kFFNameSize);
   *out++ = '\n';
-  out = Append(out, end, block + kFFBlockAuthor, 256);
+  out = Append(out, end, block + kFFBlockAuthor, kFFNameSize);
   *out = 0;
   out = Append(caption, caption + sizeof caption - 1, (const unsigned char*)"About ", 7);
-  out = Append(out, caption + sizeof caption - 1, block + kFFBlockTitle, 256);
+  out = Append(out, caption + sizeof caption - 1, block + kFFBlockTitle, kFFNameSize);
   *out = 0;
   MessageBoxA(owner, text, caption, MB_OK | MB_ICONINFORMATION);
 }

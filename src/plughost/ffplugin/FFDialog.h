@@ -13,11 +13,11 @@
 
 #include <windows.h>
 
+#include "FFBlock.h"
+
 #ifdef __cplusplus
 extern "C" {
 #endif
-
-enum { kFFCodeFieldSize = 1024 };
 
 /* Runs the filter on `src` (w x h pixels, 4 bytes each: R, G, B, A, rows
    packed) into `dst` (same shape) under the given control values and code.
@@ -48,9 +48,7 @@ typedef struct FFDialogFilter {
    written back into `f`), 0 for Cancel, -1 when it could not be shown. */
 int FFRunDialog(HINSTANCE module, HWND owner, FFDialogFilter* f);
 
-/* The about box: title, copyright and author from the parameter block
-   (resource PARM 16, its own size first), each a field of 256 bytes. */
-enum { kFFBlockTitle = 360, kFFBlockCopyright = 616, kFFBlockAuthor = 872 };
+/* The about box: title, copyright and author from the parameter block. */
 void FFShowAbout(HWND owner, const unsigned char* block);
 
 #ifdef __cplusplus

@@ -22,19 +22,7 @@
 
 namespace {
 
-// Offsets inside the parameter block, which starts with its own size.
-constexpr size_t kBlockSize = 8296;
-constexpr size_t kStandAlone = 4;  // 1: the slider dialog; 0: an editor plugin
-constexpr size_t kCtlValues = 8;
-constexpr size_t kScrambleTag = 40;  // "TRSC" and the seed when the code is scrambled
-constexpr size_t kMapFlags = 56;
-constexpr size_t kCtlFlags = 72;
-constexpr size_t kTitle = 360;
-constexpr size_t kMapNames = 1128;
-constexpr size_t kCtlNames = 2152;
-constexpr size_t kNameSize = 256;
-constexpr size_t kCode[4] = {4200, 5224, 6248, 7272};
-constexpr size_t kCodeSize = 1024;
+constexpr size_t kCodeSize = kFFCodeFieldSize;
 constexpr char kOurParameters[4] = {'T', 'R', 'F', 'F'};
 // Our parameters: the tag and eight values, then optionally the four codes
 // and a hash of the block's own code they replace.
@@ -71,45 +59,26 @@ std::string Text(const unsigned char* p, size_t room) {
 
 bool Flag(const unsigned char* p, size_t at, int i) { return p[at + 4 * size_t(i)] == 1; }
 
-// A protected plugin keeps its code XORed with an xorshift32 stream whose seed
-// follows the tag; applying the stream again gives the code back.
-void Unscramble(const unsigned char* block, std::array<std::string, 4>& code) {
-  uint32_t state = 0;
-  for (int i = 0; i < 4; ++i) state |= uint32_t(block[kScrambleTag + 4 + size_t(i)]) << (8 * i);
-  if (!state) state = 1;
-  for (size_t c = 0; c < 4; ++c) {
-    std::string bytes(reinterpret_cast<const char*>(block + kCode[c]), kCodeSize);
-    for (char& b : bytes) {
-      state ^= state << 13;
-      state ^= state >> 17;
-      state ^= state << 5;
-      b = static_cast<char>(static_cast<unsigned char>(b) ^ (state & 0xFF));
-    }
-    code[c] = bytes.substr(0, strnlen(bytes.c_str(), kCodeSize));
-  }
-}
-
 bool ReadBlock(Filter& f) {
-  const unsigned char* p = Resource("PARM", 16, kBlockSize);
+  const unsigned char* p = Resource("PARM", 16, kFFBlockSize);
   if (!p) return false;
-  for (size_t i = 0; i < 8; ++i) f.controls[i] = p[kCtlValues + 4 * i];
-  f.scrambled = std::memcmp(p + kScrambleTag, "TRSC", 4) == 0;
-  if (f.scrambled) Unscramble(p, f.code);
-  else
-    for (size_t c = 0; c < 4; ++c) f.code[c] = Text(p + kCode[c], kCodeSize);
-  f.editor = p[kStandAlone] == 0;
+  for (size_t i = 0; i < 8; ++i) f.controls[i] = p[kFFCtlValues + 4 * i];
+  char code[4 * kCodeSize];
+  f.scrambled = FFReadCodeFields(p, code) != 0;
+  for (size_t c = 0; c < 4; ++c) f.code[c].assign(code + c * kCodeSize, strnlen(code + c * kCodeSize, kCodeSize));
+  f.editor = p[kFFStandAlone] == 0;
   f.blockCode = 2166136261u;  // FNV-1a
   for (const std::string& c : f.code)
     for (unsigned char b : c + '\n') f.blockCode = (f.blockCode ^ b) * 16777619u;
-  f.title = Text(p + kTitle, kNameSize);
+  f.title = Text(p + kFFBlockTitle, kFFNameSize);
   for (int i = 0; i < 4; ++i)
-    if (Flag(p, kMapFlags, i)) {
-      f.mapName[size_t(i)] = Text(p + kMapNames + kNameSize * size_t(i), kNameSize);
+    if (Flag(p, kFFMapFlags, i)) {
+      f.mapName[size_t(i)] = Text(p + kFFMapNames + kFFNameSize * size_t(i), kFFNameSize);
       if (f.mapName[size_t(i)].empty()) f.mapName[size_t(i)] = "Map " + std::to_string(i);
     }
   for (int i = 0; i < 8; ++i)
-    if (Flag(p, kCtlFlags, i)) {
-      f.ctlName[size_t(i)] = Text(p + kCtlNames + kNameSize * size_t(i), kNameSize);
+    if (Flag(p, kFFCtlFlags, i)) {
+      f.ctlName[size_t(i)] = Text(p + kFFCtlNames + kFFNameSize * size_t(i), kFFNameSize);
       if (f.ctlName[size_t(i)].empty()) f.ctlName[size_t(i)] = "Control " + std::to_string(i);
     }
   return true;
@@ -263,7 +232,7 @@ int16_t ShowDialog(PIFilterRecord* rec) {
   // The code of a protected plugin is not for showing.
   d->editor = f.editor && !f.scrambled;
   for (size_t c = 0; c < 4; ++c)
-    std::memcpy(d->code[c], f.code[c].c_str(), std::min(f.code[c].size() + 1, size_t(kFFCodeFieldSize) + 1));
+    std::memcpy(d->code[c], f.code[c].c_str(), std::min(f.code[c].size() + 1, kCodeSize + 1));
   ReadLayout(*d);
   int w = 0, h = 0;
   const std::vector<uint8_t> picture = PreviewPicture(rec, d->previewWidth, d->previewHeight, w, h);
@@ -337,7 +306,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID) {
 namespace {
 
 void About(const PIAboutRecord* about) {
-  const unsigned char* block = Resource("PARM", 16, kBlockSize);
+  const unsigned char* block = Resource("PARM", 16, kFFBlockSize);
   const auto* platform = about ? static_cast<const PIPlatformData*>(about->platformData) : nullptr;
   if (block) FFShowAbout(platform ? reinterpret_cast<HWND>(platform->hwnd) : nullptr, block);
 }
