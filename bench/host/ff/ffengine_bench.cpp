@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "NoisePicture.h"
 #include "host/ff/FFEngine.h"
 #include "host/ff/FFMath.h"
 #include "host/ff/FFRandom.h"
@@ -20,15 +21,7 @@ using namespace trel::ff;
 constexpr int kSize = 2048;
 
 const ImageRGBA8& Source() {
-  static const ImageRGBA8 img = [] {
-    ImageRGBA8 i(kSize, kSize, false);
-    uint32_t s = 1;
-    for (uint8_t& b : i.pixels) {
-      s = s * 1664525u + 1013904223u;
-      b = uint8_t(s >> 24);
-    }
-    return i;
-  }();
+  static const ImageRGBA8 img = NoisePicture(kSize, kSize);
   return img;
 }
 

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "FFMini.h"
+#include "NoisePicture.h"
 #include "host/ff/FFEngine.h"
 
 namespace {
@@ -14,15 +15,7 @@ namespace {
 using namespace trel::ff;
 
 const ImageRGBA8& Source() {
-  static const ImageRGBA8 img = [] {
-    ImageRGBA8 i(640, 480, false);
-    uint32_t s = 1;
-    for (uint8_t& b : i.pixels) {
-      s = s * 1664525u + 1013904223u;
-      b = uint8_t(s >> 24);
-    }
-    return i;
-  }();
+  static const ImageRGBA8 img = NoisePicture(640, 480);
   return img;
 }
 
