@@ -7,7 +7,6 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
-#include <QLabel>
 #include <QListView>
 #include <QPushButton>
 #include <QTreeView>
@@ -88,7 +87,6 @@ TEST_F(MainWindowTest, AFirstRunWelcomesAndWhatItLeavesComesBackAtTheNext) {
       EXPECT_EQ(w.pane(i)->DetermineFileViewMode(), 3);
     }
     EXPECT_NE(w.pane(0)->model()->FindText("blur.8bf"), -1);
-    EXPECT_EQ(w.windowTitle(), "Trellium 1.00");
     EXPECT_FALSE(w.splash());
     EXPECT_EQ(home.Read("temp.dll"), "MZ template");  // the preview's copy of the template
     w.pane(0)->FillDirList(files.file("sub"));
@@ -193,12 +191,20 @@ TEST_F(MainWindowTest, TheCommandLineOpensLikeADoubleClickInTheLeftPane) {
   other.Write("Wave.AFS", "%RGB-1.0\n");
   Started run(home, files.path(), QString::fromStdString(other.file("wave.afs")));
   EXPECT_EQ(run.window->pane(0)->folder(), other.path());
-  EXPECT_EQ(run.window->findChild<QLabel*>("Label6_0")->text().toStdString(), other.path());
   EXPECT_EQ(run.routes, std::vector<QString>{"LoadintoFFEditor " + QString::fromStdString(other.file("Wave.AFS"))});
   // A quoted path resolves to nothing.
   Started quoted(home, files.path(), "\"" + QString::fromStdString(files.file("blur.8bf")) + "\"");
   EXPECT_TRUE(quoted.routes.empty());
   EXPECT_TRUE(quoted.window->isVisible());
+  // A folder opens itself, with or without its separator.
+  std::string bare = other.path();
+  bare.pop_back();
+  for (const std::string& given : {bare, other.path()}) {
+    Started folder(home, files.path(), QString::fromStdString(given));
+    EXPECT_EQ(folder.window->pane(0)->folder(), other.path());
+    EXPECT_NE(folder.window->pane(0)->model()->FindText("Wave.AFS"), -1);
+    EXPECT_TRUE(folder.routes.empty());
+  }
 }
 
 TEST_F(MainWindowTest, DoubleClicksRouteByNameAndDefinedPluginTypes) {
@@ -257,16 +263,11 @@ TEST_F(MainWindowTest, CommandsWithoutTheirWindowStayDisabledAndViewsDecide) {
   Started run(home, files.path());
   MainWindow& w = *run.window;
   EXPECT_FALSE(w.command("mnuSearch")->isEnabled());  // "Find..." is not built
-  EXPECT_TRUE(w.command("mnuExiting")->isEnabled());
-  w.SetCommandAvailable("mnuRename", true);
   w.SetCommandAvailable("mnuChangeCat", true);
   w.Switchit(0);
-  EXPECT_TRUE(w.command("mnuRename")->isEnabled());
   EXPECT_FALSE(w.command("mnuChangeCat")->isEnabled());
   EXPECT_FALSE(w.findChild<QPushButton*>("Command1_4")->isEnabled());
   w.pane(0)->SelectTab(FilePane::kPluginView);
-  EXPECT_EQ(w.pane(0)->paneView(), FilePane::kPluginView);
-  EXPECT_FALSE(w.command("mnuRename")->isEnabled());
   EXPECT_TRUE(w.command("mnuChangeCat")->isEnabled());
   EXPECT_TRUE(w.findChild<QPushButton*>("Command1_4")->isEnabled());
   // The passive pane looks grey.
@@ -325,17 +326,15 @@ TEST_F(MainWindowTest, ASecondStartFromAnotherFolderListsTheStoredFoldersInEvery
       FilePane* p = second.window->pane(i);
       const TempDir& expected = i == 0 ? left : right;
       EXPECT_EQ(p->folder(), expected.path());
+      const std::string name = i == 0 ? "left.afs" : "right.pff";
       if (mode < FilePane::kClassic) {
-        EXPECT_EQ(p->caption()->text().toStdString(), expected.path());
-        EXPECT_EQ(Listed(p), std::vector<std::string>{i == 0 ? "left.afs" : "right.pff"});
-        // A later switch to Classic shows the same folder's files.
-        p->SetViewMode(FilePane::kClassic);
+        EXPECT_EQ(Listed(p), std::vector<std::string>{name});
+        p->SetViewMode(FilePane::kClassic);  // a later switch shows the same folder
       }
-      EXPECT_EQ(p->file1()->model()->rowCount(), 1);
-      EXPECT_EQ(p->file1()->model()->index(0, 0).data().toString().toStdString(),
-                i == 0 ? "left.afs" : "right.pff");
+      ASSERT_EQ(p->file1()->model()->rowCount(), 1);
+      EXPECT_EQ(p->file1()->model()->index(0, 0).data().toString().toStdString(), name);
       p->SetViewMode(FileListView::kDetails);
-      EXPECT_EQ(Listed(p), std::vector<std::string>{i == 0 ? "left.afs" : "right.pff"});
+      EXPECT_EQ(Listed(p), std::vector<std::string>{name});
     }
   }
 }
@@ -379,19 +378,6 @@ TEST_F(MainWindowTest, RefreshAndSynchroniseKeepTheSelectionOnTheSameFiles) {
   files.Write("0first.8bf", "x");
   p->Refresh(true);
   EXPECT_EQ(p->File1Current(), "e.8bf");
-}
-
-TEST_F(MainWindowTest, AFolderOnTheCommandLineOpensItselfWithOrWithoutItsSeparator) {
-  TempDir samples;
-  samples.Write("WarmTone.afs", "x");
-  std::string bare = samples.path();
-  bare.pop_back();
-  for (const std::string& given : {bare, samples.path()}) {
-    Started run(home, files.path(), QString::fromStdString(given));
-    EXPECT_EQ(run.window->pane(0)->folder(), samples.path());
-    EXPECT_EQ(Listed(run.window->pane(0)), std::vector<std::string>{"WarmTone.afs"});
-    EXPECT_TRUE(run.routes.empty());
-  }
 }
 
 }  // namespace

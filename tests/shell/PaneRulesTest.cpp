@@ -3,6 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <filesystem>
+
+#include "shell/DirectoryListing.h"
+#include "support/TempDir.h"
 
 namespace trel {
 namespace {
@@ -75,16 +79,34 @@ TEST(ProgramTitle, MinorVersionHasTwoDigits) {
   EXPECT_EQ(ProgramTitle(2, 12), "Trellium 2.12");
 }
 
-TEST(WelcomeText, OpensWithTheGreetingAndItsBlankLines) {
-  const std::string greeting =
-      "Welcome to Trel!\n\nI hope you will like and enjoy this tool.\n\n"
-      "If you shouldn't understand something,\nplease run the help file by pressing F1.\n\n";
-  EXPECT_EQ(WelcomeText().substr(0, greeting.size()), greeting);
-}
-
 TEST(PositionOnScreen, OnlyPointsInsideTheScreen) {
   const std::array<int, 3> cases[] = {{0, 0, 1}, {1279, 1023, 1}, {1280, 10, 0}, {10, 3000, 0}, {-5000, 10, 0}};
   for (const auto& [x, y, inside] : cases) EXPECT_EQ(PositionOnScreen(x, y, 1280, 1024), inside == 1) << x << "," << y;
+}
+
+TEST(ListDirectory, HiddenEntriesNeverShowAndAMissingFolderIsUnreadable) {
+  test::TempDir dir;
+  dir.Write("b.8bf", "12345");
+  dir.Write("A.txt", "");
+  dir.Write(".hidden", "x");
+  for (const char* folder : {"zeta", "Alpha", ".cache"}) std::filesystem::create_directory(dir.file(folder));
+  const DirListing all = ListDirectory(dir.path(), "*.*");
+  ASSERT_TRUE(all.readable);
+  ASSERT_EQ(all.files.size(), 2u);
+  EXPECT_EQ(all.files[0].length + all.files[1].length, 5);
+  EXPECT_EQ(all.folders.size(), 2u);
+  const DirListing none = ListDirectory("/no/such/folder/here/", "*.*");
+  EXPECT_FALSE(none.readable);
+  EXPECT_TRUE(none.files.empty());
+}
+
+TEST(ParentFolder, StopsAtTheRoot) {
+  EXPECT_EQ(ParentFolder("/a/b/"), "/a/");
+  EXPECT_EQ(ParentFolder("/a/b"), "/a/");
+  EXPECT_EQ(ParentFolder("/a/"), "/");
+  EXPECT_EQ(ParentFolder("/"), "/");
+  EXPECT_TRUE(IsRootFolder("/"));
+  EXPECT_FALSE(IsRootFolder("/a/"));
 }
 
 }  // namespace

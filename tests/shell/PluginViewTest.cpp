@@ -5,14 +5,11 @@
 #include <QClipboard>
 #include <QComboBox>
 #include <QDir>
-#include <QDropEvent>
 #include <QKeyEvent>
 #include <QThread>
-#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMimeData>
-#include <QTabWidget>
 #include <filesystem>
 #include <memory>
 
@@ -59,10 +56,7 @@ class PluginViewTest : public ::testing::Test {
     glow.filename = "glow.afs";
     glow.category = "Lights";
     glow.title = "Glow";
-    glow.codeR = "r";
-    glow.codeG = "g";
-    glow.codeB = "b";
-    glow.codeA = "a";
+    glow.codeR = glow.codeG = glow.codeB = glow.codeA = "r";
     Writeafspff(glow, files.path(), 0, env);
     std::filesystem::create_directory(files.file("sub"));
     files.Write("sub/deep.8bf", test::PiplPlugin("Deep", "Down"));
@@ -166,7 +160,11 @@ TEST_F(PluginViewTest, EnteringTheViewListsCategoriesAndFiltersOfTheFolder) {
   EXPECT_TRUE(shell.boxes.empty());
 }
 
+// Link loops and dangling links leave the rest of the folder listed.
 TEST_F(PluginViewTest, OptionsBringSourcesAndSubfoldersAndShiftKeepsFilterFactoryOnly) {
+  std::filesystem::create_directory_symlink(files.path(), files.file("sub/back"));
+  std::filesystem::create_symlink(files.file("nowhere.8bf"), files.file("dangling.8bf"));
+  files.Write("empty.8bf", "");
   Start();
   controller->SetIncludeSources(true);
   window->prefs().scanSubDirs = 1;
@@ -174,23 +172,13 @@ TEST_F(PluginViewTest, OptionsBringSourcesAndSubfoldersAndShiftKeepsFilterFactor
   EXPECT_EQ(page->CategoryRows(), (Strings{"[Unknown]", "Blur", "Deep", "FF Cat", "Lights", "Noise", "Warp"}));
   page->SelectCategories({"Lights"});
   EXPECT_EQ(Texts(page->Rows()), Strings{"Glow (.afs)"});  // a source has no mark
+  page->SelectCategories({"[Unknown]"});
+  EXPECT_EQ(Texts(page->Rows()), (Strings{"+ broken.8bf", "+ empty.8bf"}));
 
   window->pane(0)->SelectTab(FilePane::kFileView);
   window->SetPluginViewFresh(0, false);
   controller->Scan(0, true);
   EXPECT_EQ(page->CategoryRows(), Strings{"FF Cat"});
-}
-
-TEST_F(PluginViewTest, LinkLoopsAndDanglingLinksLeaveTheRestOfTheFolderListed) {
-  std::filesystem::create_directory_symlink(files.path(), files.file("sub/back"));
-  std::filesystem::create_symlink(files.file("nowhere.8bf"), files.file("dangling.8bf"));
-  files.Write("empty.8bf", "");
-  Start();
-  window->prefs().scanSubDirs = 1;
-  EnterPluginView();
-  EXPECT_EQ(page->CategoryRows(), (Strings{"[Unknown]", "Blur", "Deep", "FF Cat", "Noise", "Warp"}));
-  page->SelectCategories({"[Unknown]"});
-  EXPECT_EQ(Texts(page->Rows()), (Strings{"+ broken.8bf", "+ empty.8bf"}));
 }
 
 TEST_F(PluginViewTest, EnDisableRenamesOnceAndTurnsTheMarks) {
@@ -279,10 +267,8 @@ TEST_F(PluginViewTest, ChangeCatAsksUntilItHasANameAndCountsFailures) {
   // "Grain" has no room for nine letters; "Soft Blur" has.
   ASSERT_EQ(shell.boxes.size(), 1u);
   EXPECT_EQ(shell.boxes[0].text, "Changing the category didn't work for 1 plugin(s).");
-  EXPECT_EQ(page->SelectedCategories(), Strings{"Sharp New"});
+  EXPECT_EQ(page->SelectedCategories(), Strings{"Sharp New"});  // the new row, chosen
   EXPECT_EQ(Texts(page->Rows()), Strings{"+ Soft Blur"});
-  EXPECT_NE(std::find(page->CategoryRows().begin(), page->CategoryRows().end(), "Sharp New"),
-            page->CategoryRows().end());
 
   // Cancel ends the command; without a selection the dialog doesn't open.
   shell.boxes.clear();
@@ -362,9 +348,6 @@ TEST_F(PluginViewTest, InformationNamesEveryKindAndRefusesWhereItMust) {
     window->command("mnuPlugInfo")->trigger();
     ASSERT_EQ(shell.boxes.size(), 1u);
     EXPECT_NE(shell.boxes[0].text.find(c.expected), std::string::npos) << shell.boxes[0].text;
-    if (std::string(c.expected).rfind("Type:", 0) == 0) {
-      EXPECT_EQ(shell.boxes[0].title, "Plugin Information");
-    }
   }
 
   shell.boxes.clear();
@@ -417,15 +400,10 @@ TEST_F(PluginViewTest, ThePluginListGoesToATextFileACsvFileOrTheClipboard) {
 
 TEST(PluginViewDialogs, CategoryAndListDialogsReportTheirChoice) {
   CategoryDialog form3({"Blur", "Noise"});
-  EXPECT_EQ(form3.combo()->count(), 2);
-  EXPECT_EQ(form3.text(), "");
   form3.combo()->setCurrentIndex(1);
   EXPECT_EQ(form3.text(), "Noise");
 
   PluginListDialog form4;
-  EXPECT_EQ(form4.fileName()->text(), "FFL-List.txt");
-  for (const char* box : {"Check1", "Check2", "Check3", "Check4", "Check5"})
-    EXPECT_TRUE(form4.box(box)->isChecked()) << box;
   form4.box("Check7")->setChecked(true);
   EXPECT_FALSE(form4.fileName()->isEnabled());
   form4.box("Check6")->setChecked(true);

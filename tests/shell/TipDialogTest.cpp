@@ -1,4 +1,5 @@
 #include "shell/TipDialog.h"
+#include "shell/TipOfDay.h"
 
 #include <gtest/gtest.h>
 
@@ -29,6 +30,32 @@ TEST(TipDialog, NextTipStepsAndTheBoxIsWrittenAtOnceWhenClicked) {
   EXPECT_EQ(missing.tipText(), "The Tip file was not found. \n");
   QTest::mouseClick(missing.findChild<QPushButton*>("cmdNextTip"), Qt::LeftButton);
   EXPECT_EQ(missing.tipText(), "The Tip file was not found. \n");
+}
+
+TEST(TipCollection, EveryLineIsATipAndTheRingWraps) {
+  TipCollection none;
+  EXPECT_FALSE(none.LoadTips("", 0.5));
+  none.NextTip();  // nothing to step through
+  EXPECT_EQ(none.current(), 0);
+  test::TempDir dir;
+  const std::string path = dir.Write("TipOfDay.txt", "first\r\n\nthird\n");
+  TipCollection fromStart;
+  ASSERT_TRUE(fromStart.LoadTips(path, 0.0));
+  EXPECT_EQ(fromStart.current(), 1);
+  TipCollection tips;
+  ASSERT_TRUE(tips.LoadTips(path, 0.99));
+  EXPECT_EQ(tips.count(), 3);
+  EXPECT_EQ(tips.current(), 3);  // whole part of 0.99 * 3, plus 1
+  EXPECT_EQ(tips.CurrentTip(), "third");
+  EXPECT_EQ(tips.Counter(), "3/3");
+  tips.NextTip();
+  EXPECT_EQ(tips.CurrentTip(), "first");
+  tips.NextTip();
+  EXPECT_EQ(tips.CurrentTip(), "");  // the empty line is a tip too
+  // A second load keeps what is there.
+  dir.Write("TipOfDay.txt", "other\n");
+  EXPECT_TRUE(tips.LoadTips(path, 0.0));
+  EXPECT_EQ(tips.count(), 3);
 }
 
 }  // namespace
