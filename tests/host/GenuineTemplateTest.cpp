@@ -1,8 +1,7 @@
-// Trel's 64-bit template is a real plugin: a filter compiled into it by
-// Write8bf and run in the Windows host gives exactly the engine's pixels, and
-// the readers read back what the compiler wrote. Skipped where the template
-// or Wine is missing.
+// Trel's 64-bit template: the readers read back what the compiler wrote, and
+// its filters give the engine's pixels in the Windows host.
 #include <filesystem>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -46,13 +45,10 @@ TEST_F(GenuineTemplateTest, ReadersReadBackWhatTheCompilerWrote) {
   FilterEnv env;
   env.shell = &shell;
   ASSERT_TRUE(Read8bf(back, folder, name, false, false, env));
-  EXPECT_EQ(back.title, f.title);
-  EXPECT_EQ(back.category, f.category);
-  EXPECT_EQ(back.author, f.author);
+  EXPECT_EQ(std::tie(back.title, back.category, back.author, back.codeR, back.ctlValue[8]),
+            std::tie(f.title, f.category, f.author, f.codeR, f.ctlValue[8]));
   EXPECT_EQ(back.mapName[1], "Waves");
   EXPECT_EQ(back.ctlName[1], "");  // the map of the pair wins
-  EXPECT_EQ(back.codeR, f.codeR);
-  EXPECT_EQ(back.ctlValue[8], f.ctlValue[8]);
   EXPECT_EQ(PluginMachineOf(plugin), PluginMachine::X64);
 
   // Scrambling hides the marker at this template's own place, and undoing it

@@ -1,7 +1,6 @@
-// photo30.dll and photo304.dll carry working 32-bit plugin code: the compact
-// interpreter of src/plughost/ffmini. The 32-bit Wine is not always at hand,
-// so the same code built for x86_64 into a test template (never shipped) runs
-// through the host under wine64 and must give the engine's pixels.
+// photo30.dll and photo304.dll carry the compact interpreter as 32-bit code.
+// The 32-bit Wine is not always at hand, so the same code built for x86_64
+// into a test template runs through the host under wine64.
 #include <filesystem>
 #include <fstream>
 #include <iterator>

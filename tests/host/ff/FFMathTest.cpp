@@ -101,10 +101,6 @@ TEST(FFMath, FastDivisionEqualsIntegerDivision) {
         EXPECT_EQ(cd.Rem(n), Mod(n, b)) << n << " % " << b;
       }
     }
-    for (int i = 0; i < 20000; ++i) {
-      int32_t a = int32_t(gen());
-      ASSERT_EQ(cd.Quot(a), Div(a, b)) << a << " / " << b;
-    }
   }
   for (int i = 0; i < 200000; ++i) {
     int32_t a = int32_t(gen()), b = int32_t(gen()) >> (gen() % 32);

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
 #include <string>
 
 #include "FFTestSupport.h"
@@ -108,27 +107,6 @@ TEST(FFParser, WideFormulasCompileOrFailCleanly) {
   EXPECT_FALSE(CompileFilter(code, &err).valid());
   EXPECT_EQ(err.channel, 2);
   EXPECT_NE(err.message.find("too large"), std::string::npos);
-}
-
-TEST(FFParser, RandomBytesNeverCrash) {
-  std::mt19937 gen(2024);
-  const std::string alphabet = "rgbaxyzXYZcdmiuv0123456789x()+-*/%<>=!&|^~?:, \tsrcadmnlt_\n";
-  int accepted = 0;
-  for (int round = 0; round < 3000; ++round) {
-    std::string code(gen() % 60, ' ');
-    for (char& ch : code) ch = round % 3 == 0 ? char(gen() & 0xFF) : alphabet[gen() % alphabet.size()];
-    CompileError err;
-    CompiledFilter f = CompileFilter({code, code, code, code}, &err);
-    if (f.valid()) {
-      ++accepted;
-      ImageRGBA8 img(3, 2, true), out(3, 2, true);
-      EXPECT_EQ(RenderFilter(f, {}, img.view(), out.view(), {}), RenderStatus::Done);
-    } else {
-      EXPECT_LE(err.position, code.size()) << code;
-      EXPECT_FALSE(err.message.empty());
-    }
-  }
-  EXPECT_GT(accepted, 0);
 }
 
 }  // namespace
