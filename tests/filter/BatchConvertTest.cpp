@@ -177,17 +177,6 @@ TEST_F(BatchConvert, AFailingWriterLeavesTheOldFileInPlace) {
   EXPECT_FALSE(shell.errors.empty());
 }
 
-TEST_F(BatchConvert, AfsOverALongerFileKeepsTheOldTail) {
-  dir.Write("out/a.afs", std::string(2000, 'x'));
-  Select({"A"});
-  OverwriteAllTargets all;
-  Run(all);
-  const std::string now = dir.Read("out/a.afs");
-  ASSERT_EQ(now.size(), 2000u);
-  EXPECT_EQ(now.rfind("%RGB-1.0\r", 0), 0u);
-  EXPECT_EQ(now.back(), 'x');
-}
-
 TEST_F(BatchConvert, AnUnusableTargetFolderAsksWhetherToGoOn) {
   request.targetFolder = dir.file("missing/deeper");
   Select({"A", "B"});
