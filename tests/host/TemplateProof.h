@@ -1,12 +1,15 @@
 // The proof that a template's code is a real Filter Factory plugin: filters
 // compiled into it and run through the Windows host give exactly the pixels
 // of our engine, with the stored control values and with others, and a
-// protected (scrambled) plugin still runs its hidden code. Shared by the
-// tests of both template codes: the engine built for Windows and the compact
-// interpreter of the 32-bit templates.
+// protected (scrambled) plugin still runs its hidden code. The shipped sample
+// filters are among those compiled. Shared by the tests of both template
+// codes: the engine built for Windows and the 32-bit templates' interpreter.
 #pragma once
 
 #include <array>
+#include <filesystem>
+#include <utility>
+#include <vector>
 #include <optional>
 #include <string>
 
@@ -14,6 +17,7 @@
 
 #include "HostTestSupport.h"
 #include "filter/CompiledReaders.h"
+#include "filter/Dispatch.h"
 #include "host/ImageLibrary.h"
 
 namespace trel::test {
@@ -32,6 +36,22 @@ inline void ExpectTheEnginesPixels(const std::string& templatePath, const TempDi
       {"cnv(1, 2, 1, 2, 4, 2, 1, 2, 1, ctl(7) + 15) + map(0, c) / 4", "a / 2 + i", true},
       {"rad(d + ctl(0), m, z) + tan(x) / 100 + c2d(x - 9, y) - c2m(x, y) / 8", "mix(a, c, x, X)", true},
   };
+  // The expressions above, then every shipped sample filter.
+  std::vector<std::pair<FFFilter, bool>> filters;  // and whether the picture is transparent
+  for (const auto& row : rows) {
+    FFFilter f = SampleFilter(row.code);
+    f.codeA = row.alpha;
+    filters.emplace_back(f, row.transparent);
+  }
+  FilterEnv env;
+  env.shell = &shell;
+  for (const auto& entry : std::filesystem::directory_iterator(TREL_SAMPLES_DIR)) {
+    FFFilter f;
+    const std::string name = entry.path().filename().string();
+    if (entry.path().extension() != ".ffl" && LoadItFile(f, std::string(TREL_SAMPLES_DIR) + "/", name, env))
+      filters.emplace_back(f, true);
+  }
+  ASSERT_GE(filters.size(), std::size(rows) + 3) << "the shipped samples did not load";
   ImageLibrary engine(shell), host(shell);
   host.setOutOfProcess(true);
   ASSERT_EQ(engine.ImgPlugInHostLoad(""), IMG_OK);
@@ -39,24 +59,23 @@ inline void ExpectTheEnginesPixels(const std::string& templatePath, const TempDi
   // 71 by 45: neither a power of two nor square, both odd.
   const ImgRect all{0, 0, 70, 44};
   int n = 0;
-  for (const auto& row : rows) {
-    FFFilter f = SampleFilter(row.code);
+  for (auto& [f, transparent] : filters) {
+    const std::string code = f.codeR;
     f.filename = "proof" + std::to_string(n++) + ".afs";
-    f.codeA = row.alpha;
     const std::string plugin = CompilePlugin(dir, f, templatePath);
     ASSERT_FALSE(plugin.empty());
-    const QImage picture = PatternPicture(71, 45, row.transparent);
-    ASSERT_EQ(engine.ImgPlugInLoad(plugin), IMG_OK) << row.code;
-    ASSERT_EQ(host.ImgPlugInLoad(plugin), IMG_OK) << row.code << ": " << host.ImgErrString();
+    const QImage picture = PatternPicture(71, 45, transparent);
+    ASSERT_EQ(engine.ImgPlugInLoad(plugin), IMG_OK) << code;
+    ASSERT_EQ(host.ImgPlugInLoad(plugin), IMG_OK) << code << ": " << host.ImgErrString();
     for (const auto& controls : {std::optional<std::array<uint8_t, 8>>(),
                                  std::optional<std::array<uint8_t, 8>>({3, 250, 40, 90, 0, 0, 0, 1})}) {
       engine.setControls(controls);
       host.setControls(controls);
       const ImgHandle a = engine.Adopt(picture), b = host.Adopt(picture);
-      ASSERT_EQ(engine.ImgPlugInInvoke(a, 0, all), IMG_OK) << row.code;
-      ASSERT_EQ(host.ImgPlugInInvoke(b, 0, all), IMG_OK) << row.code << ": " << host.ImgErrString();
-      EXPECT_EQ(*engine.image(a), *host.image(b)) << row.code << (controls ? " with other controls" : "");
-      EXPECT_NE(*host.image(b), picture) << row.code;
+      ASSERT_EQ(engine.ImgPlugInInvoke(a, 0, all), IMG_OK) << code;
+      ASSERT_EQ(host.ImgPlugInInvoke(b, 0, all), IMG_OK) << code << ": " << host.ImgErrString();
+      EXPECT_EQ(*engine.image(a), *host.image(b)) << code << (controls ? " with other controls" : "");
+      EXPECT_NE(*host.image(b), picture) << code;
     }
   }
   engine.setControls(std::nullopt);
@@ -73,8 +92,6 @@ inline void ExpectTheEnginesPixels(const std::string& templatePath, const TempDi
   FFFilter back;
   std::string folder, name;
   SplitPath(plugin, folder, name);
-  FilterEnv env;
-  env.shell = &shell;
   EXPECT_FALSE(Read8bf(back, folder, name, false, false, env));
   const QImage picture = PatternPicture(71, 45, false);
   f.filename = "open.afs";
