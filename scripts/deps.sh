@@ -9,7 +9,7 @@ packages=(
   zip unzip xvfb xauth xdotool python3
   wine64 mingw-w64
   xdg-utils shared-mime-info
-  clang libclang-rt-14-dev
+  clang libclang-rt-14-dev ccache
 )
 # 32-bit Windows plugins also need wine32, which needs the i386 architecture
 # (dpkg --add-architecture i386; apt-get update; apt-get install wine32:i386).
