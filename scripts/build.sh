@@ -4,6 +4,8 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 dir=build
 flags=(-DTREL_WERROR=ON)
+# CI sets TREL_BUILD_BENCH=OFF: the benchmarks are not run there, so not built.
+[[ -n "${TREL_BUILD_BENCH:-}" ]] && flags+=(-DTREL_BUILD_BENCH="$TREL_BUILD_BENCH")
 if [[ "${1:-}" == "--sanitize" ]]; then
   dir=build-asan
   flags+=(-DTREL_SANITIZE=ON -DTREL_BUILD_BENCH=OFF -DCMAKE_BUILD_TYPE=Debug)
