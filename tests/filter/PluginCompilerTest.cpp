@@ -11,6 +11,7 @@
 #include "filter/LabelShortening.h"
 #include "filter/Paths.h"
 #include "filter/TemplateLayout.h"
+#include "support/OrdinaryUser.h"
 
 namespace trel {
 namespace {
@@ -337,14 +338,14 @@ TEST_F(PluginCompiler, FailuresReportAndKeepTheOldTarget) {
   Compile(f);
   EXPECT_EQ(shell.errors.size(), 2u);
   EXPECT_EQ(ReadFileBytes(p), good);
-  if (::geteuid() != 0) {  // root writes into read-only folders anyway
+  test::RunAsOrdinaryUser({dir.path()}, [&] {
     ::chmod(out.c_str(), 0555);
     f.title = "Changed";
     Compile(f);
     ::chmod(out.c_str(), 0755);
     EXPECT_EQ(shell.errors.size(), 3u);
     EXPECT_EQ(ReadFileBytes(p), good);
-  }
+  });
   EXPECT_EQ(std::distance(fs::directory_iterator(out), fs::directory_iterator()), 1);  // no temporary left
 }
 

@@ -5,11 +5,13 @@
 #include <unistd.h>
 
 #include "settings/ListFiles.h"
+#include "support/OrdinaryUser.h"
 #include "support/TempDir.h"
 
 namespace trel {
 namespace {
 
+using test::RunAsOrdinaryUser;
 using test::TempDir;
 
 TEST(LinkListTest, LinesSplitAtTheFirstSemicolonAndAnEmptyNameTakesTheOneAbove) {
@@ -133,13 +135,14 @@ TEST(ListFiles, StateLinesFollowTheirRows) {
 }
 
 TEST(ListFiles, AFailedSaveKeepsTheOldFile) {
-  if (::geteuid() == 0) GTEST_SKIP() << "root writes into read-only folders";
   TempDir dir;
   const std::string path = dir.Write("FolderList.log", "/kept/\r\n");
-  ::chmod(dir.path().c_str(), 0500);
-  EXPECT_FALSE(SaveList(path, {{"/new/"}}, false));
-  ::chmod(dir.path().c_str(), 0700);
-  EXPECT_EQ(dir.Read("FolderList.log"), "/kept/\r\n");
+  RunAsOrdinaryUser({dir.path()}, [&] {
+    ::chmod(dir.path().c_str(), 0500);
+    EXPECT_FALSE(SaveList(path, {{"/new/"}}, false));
+    ::chmod(dir.path().c_str(), 0700);
+    EXPECT_EQ(dir.Read("FolderList.log"), "/kept/\r\n");
+  });
 }
 
 }  // namespace

@@ -7,11 +7,13 @@
 
 #include <filesystem>
 
+#include "support/OrdinaryUser.h"
 #include "support/TempDir.h"
 
 namespace trel {
 namespace {
 
+using test::RunAsOrdinaryUser;
 using test::TempDir;
 namespace fs = std::filesystem;
 
@@ -59,14 +61,17 @@ TEST(SafeCopy, AFailureLeavesTheSourceAndTheOldTargetAndNoTemporaryFile) {
 
   // A target folder that can't be written, and a source that can't be read.
   TempDir locked;
-  fs::permissions(locked.path(), fs::perms::owner_read | fs::perms::owner_exec);
   from.Write("small.txt", "x");
-  const FileOpResult refused = SafeCopyFile(from.file("small.txt"), locked.file("small.txt"));
-  fs::permissions(locked.path(), fs::perms::owner_all);
-  if (::geteuid() != 0) {
+  RunAsOrdinaryUser({from.path(), locked.path()}, [&] {
+    fs::permissions(locked.path(), fs::perms::owner_read | fs::perms::owner_exec);
+    const FileOpResult refused = SafeCopyFile(from.file("small.txt"), locked.file("small.txt"));
     EXPECT_FALSE(refused.ok);
-    EXPECT_NE(refused.error.find("can't be written to"), std::string::npos);
-  }
+    EXPECT_NE(refused.error.find("can't be written to"), std::string::npos) << refused.error;
+    fs::permissions(from.path(), fs::perms::none);
+    EXPECT_FALSE(SafeCopyFile(from.file("small.txt"), to.file("small.txt")).ok);
+    fs::permissions(from.path(), fs::perms::owner_all);
+    fs::permissions(locked.path(), fs::perms::owner_all);
+  });
   const FileOpResult missing = SafeCopyFile(from.file("gone.txt"), to.file("gone.txt"));
   EXPECT_FALSE(missing.ok);
   EXPECT_NE(missing.error.find("can't be read"), std::string::npos);
