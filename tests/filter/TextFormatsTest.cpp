@@ -4,6 +4,7 @@
 
 #include "FilterKit.h"
 #include "filter/Dispatch.h"
+#include "filter/SourceFiles.h"
 
 namespace trel {
 namespace {
@@ -325,8 +326,14 @@ TEST_F(TextFormats, ReadersSurviveGarbageTruncationAndHugeFiles) {
     for (auto& c : junk) c = static_cast<char>(random());
     readAll(junk);
   }
-  readAll(std::string(1024 * 1024, 'R'));        // one enormous line
-  readAll(std::string(17 * 1024 * 1024, '\r'));  // over the size any source can have
+  readAll(std::string(1024 * 1024, 'R'));  // one enormous line
+  // Over the size any source can have: every reader refuses it.
+  for (const char* name : {"x.afs", "x.pff", "x.txt", "x.ffx"}) {
+    dir.Write(name, std::string(kMaxSourceFileSize + 1, '\r'));
+    FFFilter r;
+    EXPECT_FALSE(LoadItFile(r, dir.path(), name, env)) << name;
+    EXPECT_FALSE(ReadFFfile(r, dir.file(name), env)) << name;
+  }
 }
 
 }  // namespace
