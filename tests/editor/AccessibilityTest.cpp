@@ -234,6 +234,15 @@ TEST(MainWindowAccess, EveryControlOnScreenIsNamedAndEachFileHeardOnce) {
       EXPECT_LE(walk.fileShown.value(f), 1) << "mode " << mode << ": " << f.toStdString();
     }
   }
+  // The other two views of the pane have their controls named too.
+  for (int view : {int(FilePane::kPluginView), int(FilePane::kFFLView)}) {
+    left->SelectTab(view);
+    QApplication::processEvents();
+    Walk walk;
+    WalkTree(Iface(&window), files, walk);
+    EXPECT_TRUE(walk.unnamed.isEmpty()) << "view " << view << ": " << walk.unnamed.join(", ").toStdString();
+  }
+  left->SelectTab(FilePane::kFileView);
   // The icon buttons say what their tool tip says, also after it changes.
   for (int pane = 0; pane < 2; ++pane)
     for (const char* stem : {"Image2", "Image4", "Image5", "Image6"}) {
