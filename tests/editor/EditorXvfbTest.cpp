@@ -170,6 +170,16 @@ TEST(EditorXvfb, RealClicksOpenEveryBoxAndKeysLandThere) {
   QTest::qWait(300);  // the window manager hands the focus over in steps
   EXPECT_TRUE(box(1)->isVisible());
   EXPECT_EQ(focusName(), "Text5_1");
+  // Held and moved on the body, the mouse drags the window; that is no click,
+  // so the open box stays.
+  const QPoint from = editor->mapToGlobal(body), placed = editor->frameGeometry().topLeft();
+  ASSERT_TRUE(Xdo({"mousemove", "--sync", QString::number(from.x()), QString::number(from.y()), "mousedown", "1"}));
+  for (int step = 1; step <= 6; ++step)
+    ASSERT_TRUE(Xdo({"mousemove", "--sync", QString::number(from.x() + 10 * step), QString::number(from.y() + 6 * step)}));
+  ASSERT_TRUE(Xdo({"mouseup", "1"}));
+  QTest::qWait(300);
+  EXPECT_NE(editor->frameGeometry().topLeft(), placed);
+  EXPECT_TRUE(box(1)->isVisible());
   const QString artifacts = qEnvironmentVariable("TREL_ARTIFACTS", QDir::tempPath());
   QDir().mkpath(artifacts);
   editor->screen()->grabWindow(0).save(artifacts + "/editor-clicked.png");
