@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds Trel and runs it on the shipped sample data:
-# trel-cli reads each sample filter, then the program opens the samples folder in
-# its left pane (in a window on your display, or without one under Xvfb, where a
-# screenshot of the window is saved as build/trel-samples.png).
+# Installs what is missing, builds Trel and runs it on the demo collection: trel-cli
+# reads each shipped sample filter, then the program opens the demo collection
+# (filters written for Trel, compiled into plugins at build time, two of them
+# disabled, and an FFL library) in Plugin View with a preview of the first
+# filter, in a window on your display, or without one under Xvfb, where a
+# screenshot of the window is saved as build/trel-demo.png.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/deps.sh
@@ -20,11 +22,14 @@ out=$(mktemp -d)
 "$cli" scan "$out"
 rm -rf "$out"
 
-echo "== trel $PWD/data/samples/"
+demo="$PWD/$dir/demo/"
+echo "== trel-cli scan $demo (two of the plugins are disabled)"
+"$cli" scan "$demo"
+echo "== trel $demo"
 if [[ -n "${DISPLAY:-}" ]]; then
-  "$dir/src/app/trel" "$PWD/data/samples/"
+  TREL_START_VIEW=plugin "$dir/src/app/trel" "$demo"
 else
-  TREL_AUTO_ACCEPT=1 TREL_QUIT_AFTER_MS=3000 TREL_SCREENSHOT="$PWD/build/trel-samples.png" \
-    xvfb-run -a "$dir/src/app/trel" "$PWD/data/samples/"
-  echo "Screenshot of the window: build/trel-samples.png"
+  TREL_START_VIEW=plugin TREL_AUTO_ACCEPT=1 TREL_QUIT_AFTER_MS=5000 TREL_SCREENSHOT="$PWD/build/trel-demo.png" \
+    xvfb-run -a "$dir/src/app/trel" "$demo"
+  echo "Screenshot of the window: build/trel-demo.png"
 fi

@@ -38,6 +38,7 @@
 
 #include "editor/ClickLabel.h"
 #include "editor/CodeHighlighter.h"
+#include "editor/EditorAccessible.h"
 #include "editor/EditorLayout.h"
 #include "editor/PreviewRunner.h"
 #include "editor/SkinArt.h"
@@ -225,7 +226,7 @@ void FFEditorType1::BuildControls() {
   for (int n = 0; n < 8; ++n) {
     auto* name = Named(new ClickLabel(QString("Slider %1").arg(n + 1), this), "Label7", n);
     name->setGeometry(SliderName(n));
-    name->setAccessibleName(QString("Slider %1").arg(n + 1));
+    name->setAccessibleName(QString("Name of slider %1").arg(n + 1));
     connect(name, &ClickLabel::clicked, this, [this, n] {
       if (!text10_->isHidden()) CommitLabelEdit();
       StartEdit(label7_[size_t(n)], 0);
@@ -237,7 +238,7 @@ void FFEditorType1::BuildControls() {
     label7_[size_t(n)] = name;
     auto* value = Named(new ClickLabel("0", this), "Label1", n);
     value->setGeometry(layout::SliderValue(n));
-    value->setAccessibleName(QString("Value %1").arg(n + 1));
+    value->setAccessibleName(QString("Value of slider %1").arg(n + 1));
     connect(value, &ClickLabel::clicked, this, [this, n] {
       if (!text10_->isHidden()) CommitLabelEdit();
       StartEdit(label1_[size_t(n)], 8);
@@ -259,11 +260,15 @@ void FFEditorType1::BuildControls() {
       if (isEnabled() && check2_->isChecked()) UpdatePreview();
     });
     hScroll1_[size_t(n)] = bar;
-    auto* track = Named(new QLabel(this), "Picture2", n);
+    auto* track = Named(new SliderPicture(this), "Picture2", n);
     track->setGeometry(SliderTrack(n));
     track->installEventFilter(this);
+    track->value = [this, n] { return SliderValue(n); };
+    track->setValue = [this, n](int v) { SetSliderValue(n, v); };
+    track->spokenName = [this, n] { return SliderSpokenName(n); };
     picture2_[size_t(n)] = track;
     auto* knob = Named(new QLabel(this), "Picture3", n);
+    knob->setAccessibleName(QString("Knob of slider %1").arg(n + 1));
     knob->setGeometry(PlaceKnob(0, SliderTrack(n).left(), SliderTrack(n).width(), kKnobWidth),
                       SliderTrack(n).top(), kKnobWidth, SliderTrack(n).height());
     knob->installEventFilter(this);
@@ -284,8 +289,14 @@ void FFEditorType1::BuildControls() {
     sw->setGeometry(CodeSwitch(i));
     sw->setToolTip(kCodeTip[i]);
     sw->setAccessibleName(kCodeTip[i]);
+    sw->SetCheckable(true);
     sw->setAlignment(Qt::AlignCenter);
-    connect(sw, &ClickLabel::clicked, this, [this, i] { Label2_Click(i); });
+    connect(sw, &ClickLabel::clicked, this, [this, i] {
+      if (!text10_->isHidden()) CommitLabelEdit();
+      Label2_Click(i);
+      // The box a switch opens is where the next keys go.
+      if (VisibleBox() == i) text5_[size_t(i)]->setFocus(Qt::MouseFocusReason);
+    });
     label2_[size_t(i)] = sw;
     auto* box = Named(new QPlainTextEdit(this), "Text5", i);
     box->setPlainText(kCodeDefault[i]);
@@ -437,6 +448,8 @@ void FFEditorType1::BuildControls() {
   codeError_->setWordWrap(true);
   codeError_->hide();
   text10_ = Named(new QLineEdit(this), "Text10");
+  text10_->setAccessibleName("Edit box");
+  text10_->installEventFilter(this);
   text10_->hide();
   connect(text10_, &QLineEdit::returnPressed, this, &FFEditorType1::CommitLabelEdit);
   connect(text10_, &QLineEdit::editingFinished, this, [this] {
@@ -444,6 +457,13 @@ void FFEditorType1::BuildControls() {
   });
   for (int n = 0; n < 8; ++n) ShowSlider(n, false);
   Label2_Click(1);
+  // The window buttons come last for Tab: the keys belong to the code and the fields.
+  QWidget* before = text10_;
+  for (const char* name : {"cmdHide", "cmdUnload", "cmdMinimize"}) {
+    QWidget* button = findChild<QWidget*>(name);
+    setTabOrder(before, button);
+    before = button;
+  }
 }
 
 void FFEditorType1::BuildMenus() {
@@ -631,6 +651,21 @@ void FFEditorType1::ShowSlider(int n, bool visible) {
   picture3_[size_t(n)]->setVisible(visible && graphSliders_);
   if (visible && graphSliders_) picture3_[size_t(n)]->raise();
   label1_[size_t(n)]->setVisible(visible);
+  hScroll1_[size_t(n)]->setAccessibleName(SliderSpokenName(n));
+}
+
+QString FFEditorType1::SliderSpokenName(int n) const {
+  const QString shown = !label7_[size_t(n)]->isHidden()
+                            ? label7_[size_t(n)]->text()
+                            : label7_[size_t(n & ~1)]->text();  // a map's second slider
+  return shown.isEmpty() ? QString("Slider %1").arg(n + 1) : shown;
+}
+
+void FFEditorType1::showEvent(QShowEvent* event) {
+  QWidget::showEvent(event);
+  // Typing starts in the code, not on a window button.
+  const int box = VisibleBox();
+  if (box >= 0 && text10_->isHidden()) text5_[size_t(box)]->setFocus(Qt::ActiveWindowFocusReason);
 }
 
 void FFEditorType1::PlaceSlider(int n, int value) {
@@ -760,11 +795,23 @@ void FFEditorType1::StartEdit(QLabel* label, int extraWidth) {
   text10_->setFocus();
 }
 
+void FFEditorType1::CancelLabelEdit() {
+  QLabel* label = editedLabel_;
+  editedLabel_ = nullptr;
+  const bool typing = text10_->hasFocus();
+  text10_->hide();
+  if (typing && label) label->setFocus(Qt::OtherFocusReason);
+}
+
 void FFEditorType1::CommitLabelEdit() {
   QLabel* label = editedLabel_;
   editedLabel_ = nullptr;
+  // Ended by Return: the keys go back to the field, never on to a button
+  // (ended by a click elsewhere, the focus is already where the user put it).
+  const bool typing = text10_->hasFocus();
   text10_->hide();
   if (!label) return;
+  if (typing) label->setFocus(Qt::OtherFocusReason);
   const QString typed = text10_->text();
   for (int n = 0; n < 8; ++n) {
     if (label == label1_[size_t(n)]) {
@@ -1215,6 +1262,10 @@ void FFEditorType1::KnobDrag(int n, int xInWindow) {
 
 bool FFEditorType1::eventFilter(QObject* watched, QEvent* event) {
   const auto type = event->type();
+  if (watched == text10_ && type == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
+    CancelLabelEdit();
+    return true;
+  }
   if (type != QEvent::MouseButtonPress && type != QEvent::MouseMove && type != QEvent::MouseButtonRelease)
     return QWidget::eventFilter(watched, event);
   auto* me = static_cast<QMouseEvent*>(event);
@@ -1258,28 +1309,39 @@ bool FFEditorType1::eventFilter(QObject* watched, QEvent* event) {
 
 // --- the window body ---------------------------------------------------------------------
 
+// Only a press on the body itself makes a body click: presses on controls stay
+// with them, and a release that ends elsewhere is no click. The window is
+// dragged once the mouse moves with the button held, so that a plain click
+// reaches the release below (a window manager's move would swallow it).
 void FFEditorType1::mousePressEvent(QMouseEvent* event) {
   if (event->button() == Qt::RightButton) {
     mnuFfeFunctions_->popup(event->globalPosition().toPoint());
     return;
   }
   if (event->button() == Qt::LeftButton) {
-    // The window system drags a frameless window when asked; otherwise we move it.
-    if (!(windowHandle() && windowHandle()->startSystemMove())) {
-      dragging_ = true;
-      dragOffset_ = event->globalPosition().toPoint() - frameGeometry().topLeft();
-    }
+    bodyPress_ = true;
+    pressAt_ = event->globalPosition().toPoint();
+    dragOffset_ = pressAt_ - frameGeometry().topLeft();
   }
 }
 
 void FFEditorType1::mouseMoveEvent(QMouseEvent* event) {
-  if (dragging_ && (event->buttons() & Qt::LeftButton))
-    move(event->globalPosition().toPoint() - dragOffset_);
+  if (!(event->buttons() & Qt::LeftButton)) return;
+  const QPoint at = event->globalPosition().toPoint();
+  if (bodyPress_ && !dragging_ && (at - pressAt_).manhattanLength() >= QApplication::startDragDistance()) {
+    bodyPress_ = false;
+    // The window system drags a frameless window when asked; otherwise we move it.
+    if (windowHandle() && windowHandle()->startSystemMove()) return;
+    dragging_ = true;
+  }
+  if (dragging_) move(at - dragOffset_);
 }
 
 void FFEditorType1::mouseReleaseEvent(QMouseEvent* event) {
+  const bool click = bodyPress_ && !dragging_;
   dragging_ = false;
-  if (event->button() != Qt::LeftButton) return;
+  bodyPress_ = false;
+  if (event->button() != Qt::LeftButton || !click) return;
   if (!text10_->isHidden()) CommitLabelEdit();
   // A click on the body closes the code boxes; a switch brings one back.
   for (int j = 0; j < 4; ++j) {

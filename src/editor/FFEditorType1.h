@@ -140,6 +140,7 @@ class FFEditorType1 : public QWidget {
   void mouseMoveEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
   void keyReleaseEvent(QKeyEvent* event) override;
+  void showEvent(QShowEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
   bool eventFilter(QObject* watched, QEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
@@ -153,6 +154,8 @@ class FFEditorType1 : public QWidget {
   void ShowSlider(int n, bool visible);
   void PlaceSlider(int n, int value);
   void StartEdit(QLabel* label, int extraWidth);
+  void CancelLabelEdit();
+  QString SliderSpokenName(int n) const;
   void ShowCodeError(int channel, size_t position, const std::string& message);
   void ClearCodeError();
   void PreviewDone(int job, QImage result, bool ok, QString message, bool alpha);
@@ -225,6 +228,8 @@ class FFEditorType1 : public QWidget {
   int jobShown_ = 0;
   int previewRuns_ = 0;
   bool dragging_ = false;
+  bool bodyPress_ = false;
+  QPoint pressAt_;
   QPoint dragOffset_;
   int knobGrab_ = -1;
   QPointer<PicView> picView_;

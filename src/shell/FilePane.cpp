@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDateTime>
+#include <QDir>
 #include <QHBoxLayout>
 #include <QHash>
 #include <QHeaderView>
@@ -35,6 +36,7 @@
 #include "shell/FileListModel.h"
 #include "shell/FileListView.h"
 #include "shell/PaneRules.h"
+#include "shell/ShellAccessible.h"
 
 namespace trel {
 
@@ -58,6 +60,22 @@ QString DateText(int64_t seconds) {
   return it.value();
 }
 
+// What the drive box says of a folder: its name and the mount it is on, with
+// the mount's file system and free room ("/" alone says nothing on Linux).
+QString MountText(const QString& folder) {
+  const QStorageInfo volume(folder);
+  QString root = volume.isValid() ? volume.rootPath() : QString("/");
+  QString detail = QString::fromUtf8(volume.fileSystemType());
+  if (volume.isValid() && volume.bytesAvailable() >= 0) {
+    const QString room = QLocale::system().formattedDataSize(volume.bytesAvailable(), 1);
+    detail += (detail.isEmpty() ? "" : ", ") + room + " free";
+  }
+  QString name = QDir(folder).dirName();
+  if (QDir::cleanPath(folder) == QDir::cleanPath(root) || name.isEmpty()) name.clear();
+  const QString mount = detail.isEmpty() ? root : root + "  (" + detail + ")";
+  return name.isEmpty() ? mount : name + "  on  " + mount;
+}
+
 class HourGlass {
  public:
   HourGlass() { QApplication::setOverrideCursor(Qt::WaitCursor); }
@@ -69,6 +87,7 @@ class HourGlass {
 FilePane::FilePane(int pane, PaneShared& shared, QWidget* parent)
     : QWidget(parent), pane_(pane), shared_(shared) {
   setObjectName(Named("Pane", pane));
+  InstallShellAccessibility();
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
   tabs_ = new QTabWidget(this);
@@ -97,12 +116,15 @@ void FilePane::BuildFileView(QWidget* page) {
   auto* top = new QHBoxLayout;
   drive1_ = new QComboBox(page);
   drive1_->setObjectName(Named("Drive1", pane_));
+  drive1_->setAccessibleName(pane_ == 0 ? "Left pane mount" : "Right pane mount");
   for (const QStorageInfo& volume : QStorageInfo::mountedVolumes()) {
     if (!volume.isValid() || !volume.isReady()) continue;
     const QString root = volume.rootPath();
     if (drive1_->findData(root) < 0) drive1_->addItem(root, root);
   }
   drive1_->model()->sort(0);
+  drive1_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+  drive1_->setMinimumContentsLength(12);
   connect(drive1_, &QComboBox::activated, this, &FilePane::Drive1_Change);
   top->addWidget(drive1_, 1);
 
@@ -111,6 +133,7 @@ void FilePane::BuildFileView(QWidget* page) {
     b->setObjectName(Named(name, pane_));
     b->setIcon(style()->standardIcon(icon));
     b->setToolTip(tip);
+    b->setAccessibleName(tip);
     b->setAutoRaise(true);  // the frame shows on hover
     top->addWidget(b);
     return b;
@@ -133,6 +156,7 @@ void FilePane::BuildFileView(QWidget* page) {
   label6_ = new QLabel(page);
   label6_->setObjectName(Named("Label6", pane_));
   label6_->setToolTip("Right click to display Folders context menu");
+  label6_->setAccessibleName(pane_ == 0 ? "Left pane folder" : "Right pane folder");
   label6_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
   label6_->setFrameShape(QFrame::StyledPanel);
   label6_->installEventFilter(this);
@@ -140,6 +164,7 @@ void FilePane::BuildFileView(QWidget* page) {
 
   auto* body = new QHBoxLayout;
   dir1_ = new DirListBox(Named("Dir1", pane_), page);
+  dir1_->setAccessibleName(pane_ == 0 ? "Left pane folders" : "Right pane folders");
   dir1_->hide();
   dir1_->viewport()->setAcceptDrops(true);
   dir1_->viewport()->installEventFilter(this);
@@ -151,6 +176,9 @@ void FilePane::BuildFileView(QWidget* page) {
 
   model_ = new FileListModel(this);
   listView_ = new FileListView(model_, Named("ListView1", pane_), page);
+  listView_->setAccessibleName(pane_ == 0 ? "Left pane files" : "Right pane files");
+  listView_->details()->setAccessibleName(listView_->accessibleName());
+  listView_->icons()->setAccessibleName(listView_->accessibleName());
   connect(listView_, &FileListView::rowActivated, this, &FilePane::ListView1_DblClick);
   connect(listView_, &FileListView::keyPressed, this, &FilePane::ListView1_KeyDown);
   connect(listView_, &FileListView::gotFocus, this, [this] { emit activated(pane_); });
@@ -172,6 +200,7 @@ void FilePane::BuildFileView(QWidget* page) {
 
   file1_ = new QListView(page);
   file1_->setObjectName(Named("File1", pane_));
+  file1_->setAccessibleName(listView_->accessibleName());
   file1Model_ = new QStringListModel(this);
   file1_->setModel(file1Model_);
   file1_->setSelectionMode(QAbstractItemView::ExtendedSelection);
@@ -196,6 +225,8 @@ void FilePane::BuildFileView(QWidget* page) {
   combo1_->setEditable(true);
   combo1_->setInsertPolicy(QComboBox::NoInsert);
   combo1_->setToolTip("Select or enter the displayed file types");
+  combo1_->setAccessibleName("Displayed file types");
+  combo1_->lineEdit()->setAccessibleName(combo1_->accessibleName());
   for (const char* entry : kMaskEntries) combo1_->addItem(entry);
   combo1_->setCurrentIndex(0);
   connect(combo1_, &QComboBox::activated, this, [this](int index) {
@@ -267,6 +298,8 @@ void FilePane::SetDriveFor(const std::string& folder) {
   }
   if (best >= 0) {
     const QSignalBlocker quiet(drive1_);
+    for (int i = 0; i < drive1_->count(); ++i) drive1_->setItemText(i, drive1_->itemData(i).toString());
+    drive1_->setItemText(best, MountText(path));
     drive1_->setCurrentIndex(best);
   }
 }
@@ -470,12 +503,14 @@ void FilePane::Image5_Click() {
     dir1_->show();
     folderBoxShown_ = true;
     image5_->setToolTip("Hide folder box");
+    image5_->setAccessibleName(image5_->toolTip());
     if (shared_.prefs && shared_.prefs->AutoColumnWidth() && listView_->view() == FileListView::kDetails)
       listView_->OptimalWidth();
   } else {
     dir1_->hide();
     folderBoxShown_ = false;
     image5_->setToolTip("Display folder box");
+    image5_->setAccessibleName(image5_->toolTip());
     FillDirList(folder(), true);
   }
 }

@@ -19,6 +19,9 @@
 #include "settings/SettingsStore.h"
 #include "shell/FileListModel.h"
 #include "shell/MainWindow.h"
+#include "shell/FilePane.h"
+#include "shell/PluginViewController.h"
+#include "shell/PluginViewPage.h"
 #include "shell/Splash.h"
 #include "shell/TipDialog.h"
 
@@ -67,6 +70,30 @@ void MainWindow::Form_Initialize() {
   pane(0)->ChangeFolder(here);
   pane(1)->ChangeFolder(here);
 }
+
+namespace {
+
+// TREL_START_VIEW=plugin (the run script on the demo collection): the left pane
+// starts in Plugin View and, once its scan is done, the first filter is
+// selected with the preview on, as a collector would look at a folder.
+void StartInPluginView(MainWindow& window) {
+  FilePane* left = window.pane(0);
+  PluginViewPage* page = left->findChild<PluginViewPage*>();
+  if (auto* controller = window.findChild<PluginViewController*>(); controller && page) {
+    QObject::connect(
+        controller, &PluginViewController::scanFinished, &window,
+        [&window, page](int pane, int) {
+          if (pane != 0 || page->filterList()->count() == 0) return;
+          page->filterList()->setCurrentRow(0);
+          QAction* preview = window.command("mnuPluginPreview");
+          if (preview && !preview->isChecked()) preview->trigger();
+        },
+        Qt::SingleShotConnection);
+  }
+  left->SelectTab(FilePane::kPluginView);
+}
+
+}  // namespace
 
 void MainWindow::Form_Load(const QString& commandLine) {
   setEnabled(false);
@@ -183,6 +210,7 @@ void MainWindow::Form_Load(const QString& commandLine) {
 
   if (CheckValue(store_.Get(kSectionOptions, "Show Tips at Startup", "1")).value_or(0) == 1) mnuTip_Click();
   if (!commandLine.isEmpty()) StartWithFile(commandLine);
+  if (qEnvironmentVariable("TREL_START_VIEW") == "plugin") StartInPluginView(*this);
   for (FilePane* p : panes_) p->SelectTab(p->paneView());
   pane(0)->FocusList();
 }
