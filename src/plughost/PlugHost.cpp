@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <atomic>
 #include <map>
 #include <memory>
 #include <string>
@@ -15,6 +16,7 @@
 
 #include "HostProtocol.h"
 #include "PiApi.h"
+#include "PiApiLayout.h"
 
 namespace {
 
@@ -108,16 +110,55 @@ PIOSErr NotSupported(const char* what) {
 }
 PIOSErr ColorServices(void*) { return NotSupported("colour services"); }
 PIOSErr DisplayPixels(const void*, const void*, int32_t, int32_t, void*) { return NotSupported("display services"); }
-PIOSErr GetProperty(PIOSType, PIOSType, int32_t, intptr_t* simple, PIHandle* complex) {
+
+// The few properties a filter commonly asks for; the rest are undefined.
+int16_t g_planes = 3;
+PIOSErr GetProperty(PIOSType signature, PIOSType key, int32_t, intptr_t* simple, PIHandle* complex) {
   if (simple) *simple = 0;
   if (complex) *complex = nullptr;
+  if (signature != PI_CODE('8', 'B', 'I', 'M')) return piErrPlugInPropertyUndefined;
+  if (key == PI_CODE('n', 'u', 'c', 'h')) {  // number of channels
+    if (simple) *simple = g_planes;
+    return piNoErr;
+  }
+  if (key == PI_CODE('m', 'o', 'd', 'e')) {  // image mode
+    if (simple) *simple = piModeRGBColor;
+    return piNoErr;
+  }
   return piErrPlugInPropertyUndefined;
 }
 PIOSErr SetProperty(PIOSType, PIOSType, int32_t, intptr_t, PIHandle) { return piErrPlugInPropertyUndefined; }
-int16_t CountResources(PIOSType) { return 0; }
-PIHandle GetResource(PIOSType, int16_t) { return nullptr; }
-void DeleteResource(PIOSType, int16_t) {}
-PIOSErr AddResource(PIOSType, PIHandle) { return NotSupported("resources"); }
+
+// Resources a plugin keeps with the document: held for the host's lifetime.
+std::vector<std::pair<PIOSType, std::vector<char>>> g_resources;
+std::vector<std::pair<PIOSType, std::vector<char>>>::iterator FindKept(PIOSType type, int16_t index) {
+  int16_t seen = 0;
+  for (auto it = g_resources.begin(); it != g_resources.end(); ++it)
+    if (it->first == type && ++seen == index) return it;
+  return g_resources.end();
+}
+int16_t CountResources(PIOSType type) {
+  int16_t n = 0;
+  for (const auto& r : g_resources) n = int16_t(n + (r.first == type));
+  return n;
+}
+PIHandle GetResource(PIOSType type, int16_t index) {
+  auto it = FindKept(type, index);
+  if (it == g_resources.end()) return nullptr;
+  PIHandle h = NewHandle(int32_t(it->second.size()));
+  if (h && !it->second.empty()) std::memcpy(*h, it->second.data(), it->second.size());
+  return h;
+}
+void DeleteResource(PIOSType type, int16_t index) {
+  auto it = FindKept(type, index);
+  if (it != g_resources.end()) g_resources.erase(it);
+}
+PIOSErr AddResource(PIOSType type, PIHandle data) {
+  if (!g_handles.count(data)) return piFilterBadParameters;
+  g_resources.emplace_back(type, std::vector<char>(*data, *data + GetHandleSize(data)));
+  return piNoErr;
+}
+
 PIBoolean TestAbort() { return 0; }
 void Progress(int32_t, int32_t) {}
 void HostProc(int16_t, intptr_t*) {}
@@ -126,7 +167,7 @@ int32_t AcquireSuite(const char*, int32_t, const void** suite) {
   if (suite) *suite = nullptr;
   g_askedUnsupported = true;
   g_unsupportedWhat = "plugin suites";
-  return 0x53214664;  // "suite not found"
+  return PI_SUITE_NOT_FOUND;
 }
 int32_t ReleaseSuite(const char*, int32_t) { return 0; }
 PIBoolean IsEqual(const char* a, const char* b) { return a && b && std::strcmp(a, b) == 0; }
@@ -144,13 +185,68 @@ int32_t ReallocateBlock(void* block, size_t size, void** out) {
 }
 int32_t Undefined() { return -1; }
 
+// Image services and channel ports: offered as suites so that a plugin finds
+// them where it looks, answering that the host cannot do the work.
+PIOSErr Interpolate(PIImagePlane*, PIImagePlane*, PIRect16*, PIFixed*, int16_t) {
+  return NotSupported("image services");
+}
+PIOSErr ReadPixels(void*, const void*, const void*, const void*, void*) { return NotSupported("channel ports"); }
+PIOSErr WriteBasePixels(void*, const void*, const void*) { return NotSupported("channel ports"); }
+PIOSErr ReadPortForWritePort(void** readPort, void*) {
+  if (readPort) *readPort = nullptr;
+  return NotSupported("channel ports");
+}
+
+// Scripting: a plugin reads an empty descriptor (no keys) and may write one;
+// what it writes is not kept, only a handle is given back.
+int g_descriptorToken = 0;
+PIReadDescriptor OpenReadDescriptor(PIHandle, PIOSType*) { return &g_descriptorToken; }
+PIOSErr CloseReadDescriptor(PIReadDescriptor) { return piNoErr; }
+PIBoolean GetKey(PIReadDescriptor, PIOSType* key, PIOSType* type, int32_t* flags) {
+  if (key) *key = 0;
+  if (type) *type = 0;
+  if (flags) *flags = 0;
+  return 0;
+}
+PIOSErr DescriptorNoValue() { return -30181; }  // nothing to read
+PIOSErr DescriptorPut() { return piNoErr; }
+PIWriteDescriptor OpenWriteDescriptor() { return &g_descriptorToken; }
+PIOSErr CloseWriteDescriptor(PIWriteDescriptor, PIHandle* descriptor) {
+  if (descriptor) *descriptor = NewHandle(0);
+  return piNoErr;
+}
+
 PIBufferProcs g_bufferProcs{2, 5, AllocateBuffer, LockBuffer, UnlockBuffer, FreeBuffer, BufferSpace};
 PIHandleProcs g_handleProcs{1,           8,           NewHandle,    DisposeHandle, GetHandleSize,
                             SetHandleSize, LockHandle, UnlockHandle, RecoverSpace,  DisposeHandle};
 PIResourceProcs g_resourceProcs{3, 4, CountResources, GetResource, DeleteResource, AddResource};
 PIPropertyProcs g_propertyProcs{1, 2, GetProperty, SetProperty};
+PIImageServicesProcs g_imageServices{1, 2, Interpolate, Interpolate};
+PIChannelPortProcs g_channelPorts{1, 3, ReadPixels, WriteBasePixels, ReadPortForWritePort};
 PISPBasicSuite g_basicSuite{AcquireSuite, ReleaseSuite, IsEqual, AllocateBlock, FreeBlock, ReallocateBlock,
                             Undefined};
+
+PIReadDescriptorProcs MakeReadDescriptorProcs() {
+  PIReadDescriptorProcs r{};
+  r.readDescriptorProcsVersion = 0;
+  r.numReadDescriptorProcs = 18;
+  r.openReadDescriptorProc = OpenReadDescriptor;
+  r.closeReadDescriptorProc = CloseReadDescriptor;
+  r.getKeyProc = GetKey;
+  for (auto& proc : r.getProcs) proc = DescriptorNoValue;
+  return r;
+}
+PIWriteDescriptorProcs MakeWriteDescriptorProcs() {
+  PIWriteDescriptorProcs w{};
+  w.writeDescriptorProcsVersion = 0;
+  w.numWriteDescriptorProcs = 16;
+  w.openWriteDescriptorProc = OpenWriteDescriptor;
+  w.closeWriteDescriptorProc = CloseWriteDescriptor;
+  for (auto& proc : w.putProcs) proc = DescriptorPut;
+  return w;
+}
+PIReadDescriptorProcs g_readDescriptor = MakeReadDescriptorProcs();
+PIWriteDescriptorProcs g_writeDescriptor = MakeWriteDescriptorProcs();
 
 // --- pictures ----------------------------------------------------------------------
 struct Picture {
@@ -320,6 +416,8 @@ struct LoadedPlugin {
   PIFilterEntry entry = nullptr;
   intptr_t data = 0;               // the plugin's own globals between calls
   PIHandle parameters = nullptr;   // kept for the next run without a dialog
+  PIHandle descriptor = nullptr;   // what the plugin recorded for scripting
+  bool parametersAsked = false;    // the parameters selector has run once
 };
 std::map<std::string, LoadedPlugin> g_plugins;
 
@@ -358,6 +456,69 @@ std::string EntryFromPiPL(HMODULE module) {
   return name;
 }
 
+// --- why a DLL does not load ---------------------------------------------------------
+// The names of the DLLs a PE file imports, read from the file's bytes; empty
+// when the file is no PE file or its import table lies outside it.
+std::vector<std::string> ImportedDlls(const std::string& path) {
+  std::vector<std::string> names;
+  FILE* f = Open(path, L"rb");
+  if (!f) return names;
+  std::vector<unsigned char> b;
+  unsigned char chunk[65536];
+  size_t n;
+  while ((n = std::fread(chunk, 1, sizeof chunk, f)) > 0 && b.size() < (size_t(64) << 20))
+    b.insert(b.end(), chunk, chunk + n);
+  std::fclose(f);
+  auto u16 = [&](size_t at) -> uint32_t { return at + 2 <= b.size() ? uint32_t(b[at] | b[at + 1] << 8) : 0; };
+  auto u32 = [&](size_t at) -> uint32_t { return at + 4 <= b.size() ? Le32(&b[at]) : 0; };
+  if (b.size() < 64 || b[0] != 'M' || b[1] != 'Z') return names;
+  const size_t pe = u32(60);
+  if (pe > b.size() || u32(pe) != 0x00004550) return names;
+  const size_t sections = u16(pe + 6), optSize = u16(pe + 20), opt = pe + 24;
+  const uint32_t magic = u16(opt);
+  const size_t dirAt = opt + (magic == 0x20B ? 112 : 96) + 8;  // data directory 1: imports
+  const uint32_t importRva = u32(dirAt);
+  // Section table: file offset of a relative virtual address.
+  auto fileAt = [&](uint32_t rva) -> size_t {
+    const size_t table = opt + optSize;
+    for (size_t i = 0; i < sections && i < 96; ++i) {
+      const size_t sec = table + 40 * i;
+      const uint32_t va = u32(sec + 12), vsize = std::max(u32(sec + 8), u32(sec + 16)), raw = u32(sec + 20);
+      if (rva >= va && rva - va < vsize) return size_t(raw) + (rva - va);
+    }
+    return size_t(-1);
+  };
+  size_t desc = importRva ? fileAt(importRva) : size_t(-1);
+  for (int i = 0; i < 256 && desc != size_t(-1) && desc + 20 <= b.size(); ++i, desc += 20) {
+    const uint32_t nameRva = u32(desc + 12);
+    if (nameRva == 0) break;
+    const size_t at = fileAt(nameRva);
+    if (at >= b.size()) continue;
+    std::string name;
+    for (size_t k = at; k < b.size() && b[k] && name.size() < 260; ++k) name += char(b[k]);
+    if (!name.empty()) names.push_back(name);
+  }
+  return names;
+}
+
+std::string FolderOf(const std::string& path) {
+  const size_t slash = path.find_last_of("\\/");
+  return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
+}
+
+// The first DLL the plugin imports that cannot be loaded, looked for the way
+// the loader looks for it (the plugin's folder first); "" if all load.
+std::string MissingDll(const std::string& plugin) {
+  const std::string folder = FolderOf(plugin);
+  for (const std::string& dll : ImportedDlls(plugin)) {
+    HMODULE m = LoadLibraryExW(Wide(folder + dll).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    if (!m) m = LoadLibraryW(Wide(dll).c_str());
+    if (!m) return dll;
+    FreeLibrary(m);
+  }
+  return {};
+}
+
 Failure Load(const std::string& path, LoadedPlugin*& out) {
   auto it = g_plugins.find(path);
   if (it != g_plugins.end()) {
@@ -365,9 +526,16 @@ Failure Load(const std::string& path, LoadedPlugin*& out) {
     return {};
   }
   HMODULE module = LoadLibraryExW(Wide(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-  if (!module)
-    return {HostError::LoadFailed, "the plugin could not be loaded (Windows error " +
-                                       std::to_string(GetLastError()) + ")"};
+  if (!module) {
+    const DWORD error = GetLastError();
+    if (error == ERROR_MOD_NOT_FOUND || error == ERROR_PROC_NOT_FOUND || error == ERROR_DLL_INIT_FAILED) {
+      const std::string dll = MissingDll(path);
+      if (!dll.empty()) return {HostError::MissingDll, "the plugin needs " + dll + ", which is not installed"};
+    }
+    if (error == ERROR_BAD_EXE_FORMAT)
+      return {HostError::LoadFailed, "the plugin is no Windows DLL for this architecture"};
+    return {HostError::LoadFailed, "the plugin could not be loaded (Windows error " + std::to_string(error) + ")"};
+  }
   const std::string entryName = EntryFromPiPL(module);
   if (entryName.empty()) {
     FreeLibrary(module);
@@ -385,15 +553,78 @@ Failure Load(const std::string& path, LoadedPlugin*& out) {
   return {};
 }
 
-Failure FromResult(int16_t result, const char* stage) {
+// The message of a plugin that cannot run without its dialog.
+constexpr const char* kNeedsDialog = "This plugin runs only with its dialog: use Invoke";
+
+// A plugin's own words for its error (errReportString): a Pascal string.
+unsigned char g_errorString[256];
+
+Failure FromResult(int16_t result, const char* stage, bool dialog) {
   if (result == piNoErr) return {};
-  if (result == piUserCanceledErr) return {HostError::Cancelled, "cancelled"};
+  if (result == piUserCanceledErr) {
+    // Without a dialog there is nothing the user could have cancelled: the
+    // plugin wants its dialog.
+    if (!dialog) return {HostError::NeedsDialog, kNeedsDialog};
+    return {HostError::Cancelled, "cancelled"};
+  }
+  if (result == piErrReportString && g_errorString[0] > 0) {
+    std::string text(reinterpret_cast<const char*>(g_errorString + 1), g_errorString[0]);
+    for (char& c : text)
+      if (c == '\n' || c == '\r' || c == '\t') c = ' ';
+    return {HostError::PluginError, "the plugin reports: " + text};
+  }
   if (g_askedUnsupported)
     return {HostError::Unsupported, std::string("the plugin needs ") + g_unsupportedWhat +
                                         ", which this host does not offer (error " + std::to_string(result) + ")"};
   return {HostError::PluginError,
           std::string("the plugin returned error ") + std::to_string(result) + " at " + stage};
 }
+
+// --- no windows in a run without the dialog ---------------------------------------------
+// A run without the dialog (a preview, an apply from the command line) must
+// not wait for a user: a window the plugin opens anyway is cancelled, and
+// one that does not go is answered for and the host ends.
+std::atomic<bool> g_watching{false};
+std::atomic<bool> g_windowSeen{false};
+HANDLE g_watchWake = nullptr;
+
+BOOL CALLBACK CancelOwnWindow(HWND hwnd, LPARAM pass) {
+  DWORD pid = 0;
+  GetWindowThreadProcessId(hwnd, &pid);
+  if (pid != GetCurrentProcessId() || !IsWindowVisible(hwnd)) return TRUE;
+  g_windowSeen = true;
+  if (pass == 0) PostMessageW(hwnd, WM_COMMAND, IDCANCEL, 0);
+  else PostMessageW(hwnd, WM_CLOSE, 0, 0);
+  return TRUE;
+}
+
+DWORD WINAPI WatchWindows(LPVOID) {
+  int sinceSeen = 0;
+  for (;;) {
+    WaitForSingleObject(g_watchWake, 50);
+    if (!g_watching) {
+      sinceSeen = 0;
+      continue;
+    }
+    const bool before = g_windowSeen;
+    EnumWindows(CancelOwnWindow, sinceSeen > 20 ? 1 : 0);
+    if (g_windowSeen && before) ++sinceSeen;
+    if (sinceSeen > 60) {  // about three seconds of cancelling did not close it
+      Answer({HostError::DialogInPreview,
+              std::string("the plugin opened a window that could not be closed in a run without its dialog. ") +
+                  kNeedsDialog});
+      ExitProcess(71);
+    }
+  }
+}
+
+struct WatchScope {
+  explicit WatchScope(bool on) {
+    g_windowSeen = false;
+    g_watching = on;
+  }
+  ~WatchScope() { g_watching = false; }
+};
 
 void LoadParameters(LoadedPlugin& p, const std::string& file) {
   if (file == "-") return;
@@ -456,8 +687,13 @@ void PrepareRecord(PIFilterRecord& rec, const Picture& pic) {
   rec.inLayerPlanes = rec.outLayerPlanes = rec.absLayerPlanes = layer;
   rec.inTransparencyMask = rec.outTransparencyMask = rec.absTransparencyMask = transparency;
   rec.propertyProcs = &g_propertyProcs;
+  rec.imageServicesProcs = &g_imageServices;
+  rec.channelPortProcs = &g_channelPorts;
+  g_errorString[0] = 0;
+  rec.errorString = g_errorString;
   rec.sSPBasic = &g_basicSuite;
   rec.depth = 8;
+  g_planes = int16_t(pic.planes);
 }
 
 Failure RunPlugin(const std::string& plugin, const std::string& inPath, const std::string& outPath,
@@ -479,6 +715,16 @@ Failure RunPlugin(const std::string& plugin, const std::string& inPath, const st
   run.result = &result;
   g_run = &run;
   int16_t r = 0;
+  // The scripting signals: with the dialog the plugin shows it; without, it
+  // plays what it has and shows nothing.
+  PIDescriptorParameters descriptor{};
+  descriptor.descriptorParametersVersion = 0;
+  descriptor.playInfo = dialog ? plugInDialogDisplay : plugInDialogDontDisplay;
+  descriptor.recordInfo = plugInDialogOptional;
+  descriptor.descriptor = p->descriptor;
+  descriptor.writeDescriptorProcs = &g_writeDescriptor;
+  descriptor.readDescriptorProcs = &g_readDescriptor;
+  rec->descriptorParameters = &descriptor;
   auto call = [&](int16_t selector) {
     r = 0;
     p->entry(selector, rec.get(), &p->data, &r);
@@ -487,20 +733,35 @@ Failure RunPlugin(const std::string& plugin, const std::string& inPath, const st
   struct Reset {
     ~Reset() { g_run = nullptr; }
   } reset;
-  // Only a run from the window asks for the dialog; a preview runs with the
-  // last or stored parameters, or none, and the plugin's defaults.
-  if (dialog) {
+  const WatchScope watch(!dialog);
+  auto windowFailure = [] {
+    return Failure{HostError::DialogInPreview,
+                   std::string("the plugin opened its dialog in a run without one. ") + kNeedsDialog};
+  };
+  // As a real host does: the parameters selector on the plugin's first run
+  // (many plugins set up their tables there) and whenever the user is asked;
+  // the next runs without the dialog go straight to prepare with what the
+  // plugin kept.
+  if (dialog || !p->parametersAsked) {
     call(filterSelectorParameters);
-    if (r != piNoErr) return FromResult(r, "parameters");
+    if (g_windowSeen) return windowFailure();
+    if (r != piNoErr) return FromResult(r, "parameters", dialog);
+    p->parametersAsked = true;
+    if (descriptor.descriptor != p->descriptor) {
+      if (g_handles.count(p->descriptor)) DisposeHandle(p->descriptor);
+      p->descriptor = descriptor.descriptor;
+    }
   }
   call(filterSelectorPrepare);
-  if (r != piNoErr) return FromResult(r, "prepare");
+  if (g_windowSeen) return windowFailure();
+  if (r != piNoErr) return FromResult(r, "prepare", dialog);
   call(filterSelectorStart);
-  if (r != piNoErr || run.overrun) {
+  if (r != piNoErr || run.overrun || g_windowSeen) {
     const int16_t failed = r;
     call(filterSelectorFinish);
+    if (g_windowSeen) return windowFailure();
     return run.overrun ? Failure{HostError::OutsideBuffers, "the plugin wrote outside its buffers"}
-                       : FromResult(failed, "start");
+                       : FromResult(failed, "start", dialog);
   }
   for (int guard = 0; guard < 1 << 24; ++guard) {
     if (Advance() != piNoErr) break;
@@ -513,8 +774,9 @@ Failure RunPlugin(const std::string& plugin, const std::string& inPath, const st
   const int16_t stopped = r;
   call(filterSelectorFinish);
   if (run.overrun) return {HostError::OutsideBuffers, "the plugin wrote outside its buffers"};
-  if (stopped != piNoErr) return FromResult(stopped, "continue");
-  if (r != piNoErr) return FromResult(r, "finish");
+  if (g_windowSeen) return windowFailure();
+  if (stopped != piNoErr) return FromResult(stopped, "continue", dialog);
+  if (r != piNoErr) return FromResult(r, "finish", dialog);
   if (!WritePicture(outPath, result)) return {HostError::BadPicture, "the result could not be written"};
   SaveParameters(*p, paramsFile);
   return {};
@@ -529,7 +791,7 @@ Failure About(const std::string& plugin) {
   about.sSPBasic = &g_basicSuite;
   int16_t r = 0;
   p->entry(filterSelectorAbout, &about, &p->data, &r);
-  return FromResult(r, "about");
+  return FromResult(r, "about", true);
 }
 
 LONG WINAPI OnCrash(EXCEPTION_POINTERS* info) {
@@ -559,6 +821,23 @@ std::vector<std::string> Split(const std::string& line) {
 int main() {
   SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
   SetUnhandledExceptionFilter(OnCrash);
+  // Our stand-ins for runtime DLLs that Wine lacks (MSVCRT10.dll) lie in a
+  // folder beside the host, one per architecture; the loader looks there after
+  // the plugin's own folder.
+  wchar_t self[MAX_PATH];
+  const DWORD len = GetModuleFileNameW(nullptr, self, MAX_PATH);
+  if (len > 0 && len < MAX_PATH) {
+    std::wstring folder(self, len);
+    folder.erase(folder.find_last_of(L"\\/") + 1);
+#ifdef _WIN64
+    folder += L"runtime64";
+#else
+    folder += L"runtime32";
+#endif
+    SetDllDirectoryW(folder.c_str());
+  }
+  g_watchWake = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+  CreateThread(nullptr, 0, WatchWindows, nullptr, 0, nullptr);
   std::string line;
   int c;
   for (;;) {

@@ -1,10 +1,19 @@
 /* The filters the host's tests run, one source built once per behaviour
    (TEST_FILTER) and architecture: a well-behaved invert that works in strips,
    and filters that crash, hang, write outside their buffers, return an error
-   code or ask for a service the host does not offer. */
+   code or ask for a service the host does not offer. Some behave like real
+   plugins of the 1990s: one fills its tables in the parameters selector (and
+   computes nonsense if a host skips it), one refuses to run unless the
+   parameters selector came first, one answers "cancelled" unless it may show
+   its dialog, one opens a window whatever the host says, one imports the old
+   C runtime MSVCRT10.dll and one a DLL that is installed nowhere. */
 #include <stddef.h>
 #include <stdint.h>
+#include <stdlib.h>
 #include <string.h>
+#if TEST_FILTER == 10
+#include <windows.h>
+#endif
 
 #include "PiApi.h"
 
@@ -14,6 +23,17 @@
 #define OUTSIDE 4
 #define ERRCODE 5
 #define UNSUPPORTED 6
+#define TABLES 7
+#define NEEDPARAMS 8
+#define DIALOGONLY 9
+#define SHOWSDIALOG 10
+#define OLDRUNTIME 11
+#define MISSINGDLL 12
+
+#if TEST_FILTER == MISSINGDLL
+/* From TrelAbsent.dll, which exists nowhere: the plugin cannot load. */
+__declspec(dllimport) int TrelAbsentFunction(void);
+#endif
 
 #ifndef TEST_FILTER
 #define TEST_FILTER INVERT
@@ -36,12 +56,35 @@ static void NextStrip(PIFilterRecord* rec, int top) {
   rec->inHiPlane = rec->outHiPlane = 2;
 }
 
+static int g_parametersSeen;
+
+#if TEST_FILTER == TABLES || TEST_FILTER == OLDRUNTIME
+/* The inverse of each byte value, made in the parameters selector. */
+static unsigned char g_table[256];
+
+static void FillTable(void) {
+#if TEST_FILTER == OLDRUNTIME
+  /* Through the old runtime's functions: "255" by _itoa, back by atol. */
+  char text[16];
+  _itoa(255, text, 10);
+  const long top = atol(text);
+#else
+  const long top = 255;
+#endif
+  for (int i = 0; i < 256; ++i) g_table[i] = (unsigned char)(top - i);
+}
+#endif
+
 static void InvertStrip(PIFilterRecord* rec) {
   const int w = rec->outRect.right - rec->outRect.left, h = rec->outRect.bottom - rec->outRect.top;
   for (int y = 0; y < h; ++y) {
     const unsigned char* in = (const unsigned char*)rec->inData + (ptrdiff_t)y * rec->inRowBytes;
     unsigned char* out = (unsigned char*)rec->outData + (ptrdiff_t)y * rec->outRowBytes;
+#if TEST_FILTER == TABLES || TEST_FILTER == OLDRUNTIME
+    for (int x = 0; x < 3 * w; ++x) out[x] = g_table[in[x]];
+#else
     for (int x = 0; x < 3 * w; ++x) out[x] = (unsigned char)(255 - in[x]);
+#endif
 #if TEST_FILTER == OUTSIDE
     if (y == h - 1) out[3 * w + 200] = 1;
 #endif
@@ -52,12 +95,32 @@ __declspec(dllexport) void PluginMain(int16_t selector, void* record, intptr_t* 
   PIFilterRecord* rec = (PIFilterRecord*)record;
   *result = piNoErr;
   switch (selector) {
-    case filterSelectorAbout:
     case filterSelectorParameters:
+      g_parametersSeen = 1;
+#if TEST_FILTER == TABLES || TEST_FILTER == OLDRUNTIME
+      FillTable();
+#elif TEST_FILTER == DIALOGONLY
+      /* Like a plugin whose settings come only from its dialog. */
+      if (!rec->descriptorParameters || rec->descriptorParameters->playInfo != plugInDialogDisplay)
+        *result = piUserCanceledErr;
+#elif TEST_FILTER == MISSINGDLL
+      *result = (int16_t)TrelAbsentFunction();
+#elif TEST_FILTER == SHOWSDIALOG
+      /* Like a plugin that shows its dialog whatever the host says. */
+      MessageBoxA(NULL, "Settings of the test filter", "Test Filter", MB_OKCANCEL);
+#endif
+      break;
+    case filterSelectorAbout:
     case filterSelectorPrepare:
     case filterSelectorFinish:
       break;
     case filterSelectorStart:
+#if TEST_FILTER == NEEDPARAMS
+      if (!g_parametersSeen) {
+        *result = piUserCanceledErr;
+        return;
+      }
+#endif
 #if TEST_FILTER == CRASH
     {
       volatile uintptr_t nowhere = 8;
