@@ -22,9 +22,12 @@ struct HostState {
 // Runs `pluginFile` on the whole preview picture (which it changes) and, when
 // `draw`, draws the result onto `target`. parentWindow 0 takes the main window
 // and is written back. The host is loaded for the run and always unloaded.
+// `failure`, if given, receives why the plugin did not load or run, on one
+// line ("" after a good run), for the caller to show where it shows the result.
 void PluginInvoke(ImageLibrary& lib, HostState& state, ShellHooks& shell,
                   const std::string& hostFolder, const std::string& pluginFile,
-                  QPaintDevice* target, bool draw, WindowHandle& parentWindow, bool& result);
+                  QPaintDevice* target, bool draw, WindowHandle& parentWindow, bool& result,
+                  std::string* failure = nullptr);
 
 // The about box of the selected plugin; `selectedFile` is the full path of the
 // active pane's single selected file, empty when there is none.

@@ -588,28 +588,36 @@ std::atomic<bool> g_watching{false};
 std::atomic<bool> g_windowSeen{false};
 HANDLE g_watchWake = nullptr;
 
-BOOL CALLBACK CancelOwnWindow(HWND hwnd, LPARAM pass) {
+struct WindowSweep {
+  bool forceful = false;  // WM_CLOSE rather than Cancel
+  bool found = false;
+};
+
+BOOL CALLBACK CancelOwnWindow(HWND hwnd, LPARAM param) {
+  auto* sweep = reinterpret_cast<WindowSweep*>(param);
   DWORD pid = 0;
   GetWindowThreadProcessId(hwnd, &pid);
   if (pid != GetCurrentProcessId() || !IsWindowVisible(hwnd)) return TRUE;
+  sweep->found = true;
   g_windowSeen = true;
-  if (pass == 0) PostMessageW(hwnd, WM_COMMAND, IDCANCEL, 0);
-  else PostMessageW(hwnd, WM_CLOSE, 0, 0);
+  if (sweep->forceful) PostMessageW(hwnd, WM_CLOSE, 0, 0);
+  else PostMessageW(hwnd, WM_COMMAND, IDCANCEL, 0);
   return TRUE;
 }
 
 DWORD WINAPI WatchWindows(LPVOID) {
-  int sinceSeen = 0;
+  int standing = 0;  // sweeps in a row that found a window
   for (;;) {
     WaitForSingleObject(g_watchWake, 50);
     if (!g_watching) {
-      sinceSeen = 0;
+      standing = 0;
       continue;
     }
-    const bool before = g_windowSeen;
-    EnumWindows(CancelOwnWindow, sinceSeen > 20 ? 1 : 0);
-    if (g_windowSeen && before) ++sinceSeen;
-    if (sinceSeen > 60) {  // about three seconds of cancelling did not close it
+    WindowSweep sweep;
+    sweep.forceful = standing > 20;
+    EnumWindows(CancelOwnWindow, reinterpret_cast<LPARAM>(&sweep));
+    standing = sweep.found ? standing + 1 : 0;
+    if (standing > 60) {  // about three seconds of cancelling did not close it
       Answer({HostError::DialogInPreview,
               std::string("the plugin opened a window that could not be closed in a run without its dialog. ") +
                   kNeedsDialog});
@@ -794,12 +802,25 @@ Failure About(const std::string& plugin) {
   return FromResult(r, "about", true);
 }
 
+const char* ExceptionName(DWORD code) {
+  switch (code) {
+    case EXCEPTION_ACCESS_VIOLATION: return "access violation";
+    case EXCEPTION_ILLEGAL_INSTRUCTION: return "illegal instruction";
+    case EXCEPTION_PRIV_INSTRUCTION: return "privileged instruction";
+    case EXCEPTION_INT_DIVIDE_BY_ZERO: return "division by zero";
+    case EXCEPTION_STACK_OVERFLOW: return "stack overflow";
+    case EXCEPTION_DATATYPE_MISALIGNMENT: return "misaligned data";
+    case EXCEPTION_IN_PAGE_ERROR: return "page fault";
+    default: return "exception";
+  }
+}
+
 LONG WINAPI OnCrash(EXCEPTION_POINTERS* info) {
-  char code[32];
-  std::snprintf(code, sizeof code, "0x%08lX", info && info->ExceptionRecord
-                                                   ? static_cast<unsigned long>(info->ExceptionRecord->ExceptionCode)
-                                                   : 0ul);
-  Answer({HostError::Crashed, std::string("the plugin crashed (exception ") + code + ")"});
+  const DWORD code = info && info->ExceptionRecord ? info->ExceptionRecord->ExceptionCode : 0;
+  char text[96];
+  std::snprintf(text, sizeof text, "%s in the plugin's code (exception 0x%08lX)", ExceptionName(code),
+                static_cast<unsigned long>(code));
+  Answer({HostError::Crashed, text});
   ExitProcess(70);
   return EXCEPTION_EXECUTE_HANDLER;
 }

@@ -188,7 +188,9 @@ void PreviewController::mnuBrowser_Click() {
   auto* dialog = new BrowseDialog(std::move(plugins), *thumb, options, &window_);
   dialog->setAttribute(Qt::WA_DeleteOnClose);
   // What the engine can't run is tried through the host, on this thread.
-  dialog->SetFallback([this, image = *thumb](const std::string& plugin) { return RunThroughHost(plugin, image); });
+  dialog->SetFallback([this, image = *thumb](const std::string& plugin, std::string& why) {
+    return RunThroughHost(plugin, image, nullptr, &why);
+  });
   connect(dialog, &BrowseDialog::pluginActivated, this, [this](const QString& path) {
     PreviewPlugin(path.toLocal8Bit().toStdString());
     previewWindow()->show();
@@ -245,8 +247,10 @@ BatchResult PreviewController::RunBatch(const std::string& plugin, const std::ve
     QImage probe(1, 1, QImage::Format_RGB888);
     probe.fill(Qt::gray);
     int32_t status = IMG_OK;
-    if (RunThroughHost(plugin, probe, &status).isNull()) {
-      shell().MsgBox(ImgStatusText(status), MsgButtons::Ok, MsgIcon::Exclamation, "Image Library");
+    std::string why;
+    if (RunThroughHost(plugin, probe, &status, &why).isNull()) {
+      shell().MsgBox(why.empty() ? ImgStatusText(status) : why, MsgButtons::Ok, MsgIcon::Exclamation,
+                     "Image Library");
       return {};
     }
   }

@@ -285,11 +285,13 @@ bool PreviewController::PreviewPlugin(const std::string& pluginPath) {
   bool result = false;
   ++previewRuns_;
   QApplication::setOverrideCursor(Qt::WaitCursor);
+  std::string why;
   PluginInvoke(*lib_, state_, shell(), window_.programFolder(), pluginPath, nullptr, false, parent,
-               result);
+               result, &why);
   QApplication::restoreOverrideCursor();
   if (!result) {
-    previewWindow()->ShowMessage("No preview of " + name);
+    // The cause, in the words Browse and Batch use too.
+    previewWindow()->ShowMessage("No preview of " + name + (why.empty() ? QString() : "\n" + QString::fromStdString(why)));
     return false;
   }
   ShowPreviewImage(name);
@@ -488,7 +490,8 @@ void PreviewController::LoadintoPicView(const QString& path) {
   view->raise();
 }
 
-QImage PreviewController::RunThroughHost(const std::string& plugin, const QImage& picture, int32_t* status) {
+QImage PreviewController::RunThroughHost(const std::string& plugin, const QImage& picture, int32_t* status,
+                                         std::string* why) {
   ImgHandle h = lib_->Adopt(picture);
   if (h == 0) return {};
   QImage result;
@@ -497,6 +500,11 @@ QImage PreviewController::RunThroughHost(const std::string& plugin, const QImage
   if (st == IMG_OK) st = lib_->ImgPlugInLoad(plugin);
   if (st == IMG_OK) st = lib_->ImgPlugInInvoke(h, state_.mainWindow, {0, 0, picture.width() - 1, picture.height() - 1});
   if (st == IMG_OK) result = *lib_->image(h);
+  if (why) {
+    *why = st == IMG_OK ? std::string() : lib_->ImgErrString();
+    for (char& c : *why)
+      if (c == '\n') c = ' ';
+  }
   lib_->ImgPlugInHostUnload();
   lib_->ImgClose(h);
   if (status) *status = st;

@@ -107,7 +107,8 @@ __declspec(dllexport) void PluginMain(int16_t selector, void* record, intptr_t* 
       *result = (int16_t)TrelAbsentFunction();
 #elif TEST_FILTER == SHOWSDIALOG
       /* Like a plugin that shows its dialog whatever the host says. */
-      MessageBoxA(NULL, "Settings of the test filter", "Test Filter", MB_OKCANCEL);
+      /* Without a display Wine opens no window: error -1 says so. */
+      if (MessageBoxA(NULL, "Settings of the test filter", "Test Filter", MB_OKCANCEL) == 0) *result = -1;
 #endif
       break;
     case filterSelectorAbout:
