@@ -704,14 +704,10 @@ void PrepareRecord(PIFilterRecord& rec, const Picture& pic) {
   g_planes = int16_t(pic.planes);
 }
 
-Failure RunPlugin(const std::string& plugin, const std::string& inPath, const std::string& outPath,
-                  const std::string& paramsFile, bool dialog) {
-  LoadedPlugin* p = nullptr;
-  Failure f = Load(plugin, p);
-  if (f.code != HostError::None) return f;
-  Picture source, result;
-  if (!ReadPicture(inPath, source)) return {HostError::BadPicture, "the picture could not be read"};
-  result = source;
+// One pass of the selectors over `source` into `result`; the parameters
+// selector only when `askParameters`.
+Failure RunSelectors(LoadedPlugin* p, Picture& source, Picture& result, const std::string& paramsFile, bool dialog,
+                     bool askParameters) {
   auto rec = std::make_unique<PIFilterRecord>();
   PrepareRecord(*rec, source);
   LoadParameters(*p, paramsFile);
@@ -750,7 +746,7 @@ Failure RunPlugin(const std::string& plugin, const std::string& inPath, const st
   // (many plugins set up their tables there) and whenever the user is asked;
   // the next runs without the dialog go straight to prepare with what the
   // plugin kept.
-  if (dialog || !p->parametersAsked) {
+  if (askParameters) {
     call(filterSelectorParameters);
     if (g_windowSeen) return windowFailure();
     if (r != piNoErr) return FromResult(r, "parameters", dialog);
@@ -785,6 +781,29 @@ Failure RunPlugin(const std::string& plugin, const std::string& inPath, const st
   if (g_windowSeen) return windowFailure();
   if (stopped != piNoErr) return FromResult(stopped, "continue", dialog);
   if (r != piNoErr) return FromResult(r, "finish", dialog);
+  return {};
+}
+
+Failure RunPlugin(const std::string& plugin, const std::string& inPath, const std::string& outPath,
+                  const std::string& paramsFile, bool dialog) {
+  LoadedPlugin* p = nullptr;
+  Failure f = Load(plugin, p);
+  if (f.code != HostError::None) return f;
+  Picture source, result;
+  if (!ReadPicture(inPath, source)) return {HostError::BadPicture, "the picture could not be read"};
+  result = source;
+  const bool askParameters = dialog || !p->parametersAsked;
+  f = RunSelectors(p, source, result, paramsFile, dialog, askParameters);
+  if (!dialog && askParameters && p->parametersAsked &&
+      (f.code == HostError::NeedsDialog || f.code == HostError::DialogInPreview)) {
+    // Plugins older than the scripting signals take the parameters selector
+    // as the user's call for their dialog and open it at start. Having set
+    // themselves up in that selector, they run without the dialog when the
+    // next pass leaves it out, as a host's "last filter" does.
+    result = source;
+    f = RunSelectors(p, source, result, paramsFile, dialog, false);
+  }
+  if (f.code != HostError::None) return f;
   if (!WritePicture(outPath, result)) return {HostError::BadPicture, "the result could not be written"};
   SaveParameters(*p, paramsFile);
   return {};

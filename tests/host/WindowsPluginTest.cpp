@@ -197,13 +197,15 @@ TEST_F(WindowsPluginTest, PluginInvokeShowsTheLoadBoxAndAboutRunsInTheHost) {
 // only through its own table of offsets (a wrong layout of our header shows
 // there as a report or a crash), one that fills its tables in the parameters
 // selector, one that will not start unless that selector came first, and one
-// that imports the old runtime MSVCRT10.dll (found through our stand-in).
+// that imports the old runtime MSVCRT10.dll (found through our stand-in),
+// and one that, like Filter Factory's plugins, wants its dialog at start once
+// the parameters selector has run.
 // Each runs as a preview runs it (no dialog, twice: the second run skips the
 // parameters selector), as Invoke runs it (with its dialog) and through
 // PluginInvoke.
 std::vector<std::string> RealLikePlugins(const std::string& bits) {
   return {"layout" + bits + ".8bf", "tables" + bits + ".8bf", "needparams" + bits + ".8bf",
-          "oldruntime" + bits + ".8bf"};
+          "oldruntime" + bits + ".8bf", "olddialog" + bits + ".8bf"};
 }
 
 void RunsEveryWay(ImageLibrary& lib, test::RecordingShell& shell, const std::string& folder,

@@ -5,7 +5,8 @@
    plugins of the 1990s: one fills its tables in the parameters selector (and
    computes nonsense if a host skips it), one refuses to run unless the
    parameters selector came first, one answers "cancelled" unless it may show
-   its dialog, one opens a window whatever the host says, one imports the old
+   its dialog, one wants its dialog at start once the parameters selector ran
+   (as Filter Factory's plugins do), one opens a window whatever the host says, one imports the old
    C runtime MSVCRT10.dll and one a DLL that is installed nowhere. */
 #include <stddef.h>
 #include <stdint.h>
@@ -29,6 +30,7 @@
 #define SHOWSDIALOG 10
 #define OLDRUNTIME 11
 #define MISSINGDLL 12
+#define OLDDIALOG 13
 
 #if TEST_FILTER == MISSINGDLL
 /* From TrelAbsent.dll, which exists nowhere: the plugin cannot load. */
@@ -57,8 +59,11 @@ static void NextStrip(PIFilterRecord* rec, int top) {
 }
 
 static int g_parametersSeen;
+#if TEST_FILTER == OLDDIALOG
+static int g_wantDialog;
+#endif
 
-#if TEST_FILTER == TABLES || TEST_FILTER == OLDRUNTIME
+#if TEST_FILTER == TABLES || TEST_FILTER == OLDRUNTIME || TEST_FILTER == OLDDIALOG
 /* The inverse of each byte value, made in the parameters selector. */
 static unsigned char g_table[256];
 
@@ -80,7 +85,7 @@ static void InvertStrip(PIFilterRecord* rec) {
   for (int y = 0; y < h; ++y) {
     const unsigned char* in = (const unsigned char*)rec->inData + (ptrdiff_t)y * rec->inRowBytes;
     unsigned char* out = (unsigned char*)rec->outData + (ptrdiff_t)y * rec->outRowBytes;
-#if TEST_FILTER == TABLES || TEST_FILTER == OLDRUNTIME
+#if TEST_FILTER == TABLES || TEST_FILTER == OLDRUNTIME || TEST_FILTER == OLDDIALOG
     for (int x = 0; x < 3 * w; ++x) out[x] = g_table[in[x]];
 #else
     for (int x = 0; x < 3 * w; ++x) out[x] = (unsigned char)(255 - in[x]);
@@ -99,6 +104,11 @@ __declspec(dllexport) void PluginMain(int16_t selector, void* record, intptr_t* 
       g_parametersSeen = 1;
 #if TEST_FILTER == TABLES || TEST_FILTER == OLDRUNTIME
       FillTable();
+#elif TEST_FILTER == OLDDIALOG
+      /* Like Filter Factory's own plugins: the tables here, and the dialog
+         wanted at start, whatever the scripting signals say. */
+      FillTable();
+      g_wantDialog = 1;
 #elif TEST_FILTER == DIALOGONLY
       /* Like a plugin whose settings come only from its dialog. */
       if (!rec->descriptorParameters || rec->descriptorParameters->playInfo != plugInDialogDisplay)
@@ -116,6 +126,17 @@ __declspec(dllexport) void PluginMain(int16_t selector, void* record, intptr_t* 
     case filterSelectorFinish:
       break;
     case filterSelectorStart:
+#if TEST_FILTER == OLDDIALOG
+      /* The dialog would stand here: OK in a run with the dialog, and in one
+         without it the host's cancelling of the window, which this stands for. */
+      if (g_wantDialog) {
+        g_wantDialog = 0;
+        if (!rec->descriptorParameters || rec->descriptorParameters->playInfo != plugInDialogDisplay) {
+          *result = piUserCanceledErr;
+          return;
+        }
+      }
+#endif
 #if TEST_FILTER == NEEDPARAMS
       if (!g_parametersSeen) {
         *result = piUserCanceledErr;
