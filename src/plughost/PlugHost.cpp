@@ -457,12 +457,18 @@ std::string EntryFromPiPL(HMODULE module) {
 }
 
 // --- why a DLL does not load ---------------------------------------------------------
-// The names of the DLLs a PE file imports, read from the file's bytes; empty
-// when the file is no PE file or its import table lies outside it.
-std::vector<std::string> ImportedDlls(const std::string& path) {
-  std::vector<std::string> names;
+// What a PE file imports, read from the file's bytes: each DLL with the
+// functions taken from it by name ("#n" for one taken by number). Empty when
+// the file is no PE file; whatever lies outside the file is passed over.
+struct Import {
+  std::string dll;
+  std::vector<std::string> functions;
+};
+
+std::vector<Import> ImportsOf(const std::string& path) {
+  std::vector<Import> imports;
   FILE* f = Open(path, L"rb");
-  if (!f) return names;
+  if (!f) return imports;
   std::vector<unsigned char> b;
   unsigned char chunk[65536];
   size_t n;
@@ -471,14 +477,18 @@ std::vector<std::string> ImportedDlls(const std::string& path) {
   std::fclose(f);
   auto u16 = [&](size_t at) -> uint32_t { return at + 2 <= b.size() ? uint32_t(b[at] | b[at + 1] << 8) : 0; };
   auto u32 = [&](size_t at) -> uint32_t { return at + 4 <= b.size() ? Le32(&b[at]) : 0; };
-  if (b.size() < 64 || b[0] != 'M' || b[1] != 'Z') return names;
+  auto text = [&](size_t at) {
+    std::string t;
+    for (size_t k = at; k < b.size() && b[k] && t.size() < 260; ++k) t += char(b[k]);
+    return t;
+  };
+  if (b.size() < 64 || b[0] != 'M' || b[1] != 'Z') return imports;
   const size_t pe = u32(60);
-  if (pe > b.size() || u32(pe) != 0x00004550) return names;
+  if (pe > b.size() || u32(pe) != 0x00004550) return imports;
   const size_t sections = u16(pe + 6), optSize = u16(pe + 20), opt = pe + 24;
-  const uint32_t magic = u16(opt);
-  const size_t dirAt = opt + (magic == 0x20B ? 112 : 96) + 8;  // data directory 1: imports
-  const uint32_t importRva = u32(dirAt);
-  // Section table: file offset of a relative virtual address.
+  const bool wide = u16(opt) == 0x20B;  // PE32+: 8-byte thunks
+  const uint32_t importRva = u32(opt + (wide ? 112 : 96) + 8);  // data directory 1
+  // The file offset of a relative virtual address, through the section table.
   auto fileAt = [&](uint32_t rva) -> size_t {
     const size_t table = opt + optSize;
     for (size_t i = 0; i < sections && i < 96; ++i) {
@@ -492,13 +502,27 @@ std::vector<std::string> ImportedDlls(const std::string& path) {
   for (int i = 0; i < 256 && desc != size_t(-1) && desc + 20 <= b.size(); ++i, desc += 20) {
     const uint32_t nameRva = u32(desc + 12);
     if (nameRva == 0) break;
+    Import imp;
     const size_t at = fileAt(nameRva);
-    if (at >= b.size()) continue;
-    std::string name;
-    for (size_t k = at; k < b.size() && b[k] && name.size() < 260; ++k) name += char(b[k]);
-    if (!name.empty()) names.push_back(name);
+    if (at < b.size()) imp.dll = text(at);
+    if (imp.dll.empty()) continue;
+    const uint32_t thunkRva = u32(desc) ? u32(desc) : u32(desc + 16);
+    size_t thunk = thunkRva ? fileAt(thunkRva) : size_t(-1);
+    const size_t step = wide ? 8 : 4;
+    for (int k = 0; k < 4096 && thunk != size_t(-1) && thunk + step <= b.size(); ++k, thunk += step) {
+      const uint32_t lo = u32(thunk), hi = wide ? u32(thunk + 4) : 0;
+      if (lo == 0 && hi == 0) break;
+      const bool byNumber = wide ? (hi & 0x80000000u) != 0 : (lo & 0x80000000u) != 0;
+      if (byNumber) {
+        imp.functions.push_back("#" + std::to_string(lo & 0xFFFF));
+      } else {
+        const size_t hint = fileAt(lo & 0x7FFFFFFFu);
+        if (hint != size_t(-1) && hint + 2 < b.size()) imp.functions.push_back(text(hint + 2));
+      }
+    }
+    imports.push_back(std::move(imp));
   }
-  return names;
+  return imports;
 }
 
 std::string FolderOf(const std::string& path) {
@@ -506,14 +530,49 @@ std::string FolderOf(const std::string& path) {
   return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
 }
 
-// The first DLL the plugin imports that cannot be loaded, looked for the way
-// the loader looks for it (the plugin's folder first); "" if all load.
-std::string MissingDll(const std::string& plugin) {
-  const std::string folder = FolderOf(plugin);
-  for (const std::string& dll : ImportedDlls(plugin)) {
-    HMODULE m = LoadLibraryExW(Wide(folder + dll).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-    if (!m) m = LoadLibraryW(Wide(dll).c_str());
-    if (!m) return dll;
+// Where the loader would find `dll` for a module in `folder`: that folder,
+// then the search path (our stand-ins' folder, the system folders). "" if
+// nowhere.
+std::string Locate(const std::string& dll, const std::string& folder) {
+  const std::wstring inFolder = Wide(folder + dll);
+  if (GetFileAttributesW(inFolder.c_str()) != INVALID_FILE_ATTRIBUTES) return folder + dll;
+  wchar_t found[MAX_PATH];
+  const DWORD n = SearchPathW(nullptr, Wide(dll).c_str(), nullptr, MAX_PATH, found, nullptr);
+  if (n == 0 || n >= MAX_PATH) return {};
+  const int len = WideCharToMultiByte(CP_UTF8, 0, found, int(n), nullptr, 0, nullptr, nullptr);
+  std::string utf8(size_t(len > 0 ? len : 0), '\0');
+  if (len > 0) WideCharToMultiByte(CP_UTF8, 0, found, int(n), &utf8[0], len, nullptr, nullptr);
+  return utf8;
+}
+
+// Why the module at `path` does not load, as the rest of a sentence that
+// starts with its name ("needs MSVCRT10.dll, which is not installed"); "" if
+// each DLL it imports loads and has each function it takes. A DLL that is
+// there but does not load is looked into in turn.
+std::string WhyNotLoaded(const std::string& path, int depth) {
+  const std::string folder = FolderOf(path);
+  for (const Import& imp : ImportsOf(path)) {
+    const std::string file = Locate(imp.dll, folder);
+    HMODULE m = file.empty() ? nullptr
+                             : LoadLibraryExW(Wide(file).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    if (!m) m = LoadLibraryW(Wide(imp.dll).c_str());
+    if (!m) {
+      if (file.empty()) return "needs " + imp.dll + ", which is not installed";
+      if (depth < 4) {
+        const std::string deeper = WhyNotLoaded(file, depth + 1);
+        if (!deeper.empty()) return "needs " + imp.dll + ", which " + deeper;
+      }
+      return "needs " + imp.dll + ", which does not load here";
+    }
+    for (const std::string& fn : imp.functions) {
+      const bool byNumber = !fn.empty() && fn[0] == '#';
+      FARPROC proc = byNumber ? GetProcAddress(m, MAKEINTRESOURCEA(std::atoi(fn.c_str() + 1)))
+                              : GetProcAddress(m, fn.c_str());
+      if (!proc) {
+        FreeLibrary(m);
+        return "needs " + fn + " from " + imp.dll + ", which the installed " + imp.dll + " does not have";
+      }
+    }
     FreeLibrary(m);
   }
   return {};
@@ -529,12 +588,19 @@ Failure Load(const std::string& path, LoadedPlugin*& out) {
   if (!module) {
     const DWORD error = GetLastError();
     if (error == ERROR_MOD_NOT_FOUND || error == ERROR_PROC_NOT_FOUND || error == ERROR_DLL_INIT_FAILED) {
-      const std::string dll = MissingDll(path);
-      if (!dll.empty()) return {HostError::MissingDll, "the plugin needs " + dll + ", which is not installed"};
+      const std::string why = WhyNotLoaded(path, 0);
+      if (!why.empty()) return {HostError::MissingDll, "the plugin " + why};
     }
     if (error == ERROR_BAD_EXE_FORMAT)
       return {HostError::LoadFailed, "the plugin is no Windows DLL for this architecture"};
     return {HostError::LoadFailed, "the plugin could not be loaded (Windows error " + std::to_string(error) + ")"};
+  }
+  // Wine loads a DLL whose import names a function its DLL lacks, and only
+  // the call fails; Windows refuses it at once. Refused here as Windows does,
+  // with the name of what is missing.
+  if (const std::string why = WhyNotLoaded(path, 0); !why.empty()) {
+    FreeLibrary(module);
+    return {HostError::MissingDll, "the plugin " + why};
   }
   const std::string entryName = EntryFromPiPL(module);
   if (entryName.empty()) {
@@ -834,8 +900,21 @@ const char* ExceptionName(DWORD code) {
   }
 }
 
+// Wine's exception for a call into a function it does not implement: the
+// DLL's and the function's names come with it.
+constexpr DWORD kWineStub = 0x80000100;
+
 LONG WINAPI OnCrash(EXCEPTION_POINTERS* info) {
-  const DWORD code = info && info->ExceptionRecord ? info->ExceptionRecord->ExceptionCode : 0;
+  const EXCEPTION_RECORD* er = info ? info->ExceptionRecord : nullptr;
+  const DWORD code = er ? er->ExceptionCode : 0;
+  if (code == kWineStub && er->NumberParameters >= 2 && er->ExceptionInformation[0] > 0xFFFF) {
+    const char* dll = reinterpret_cast<const char*>(er->ExceptionInformation[0]);
+    const ULONG_PTR fn = er->ExceptionInformation[1];
+    const std::string name = fn > 0xFFFF ? std::string(reinterpret_cast<const char*>(fn))
+                                         : "function #" + std::to_string(fn);
+    Answer({HostError::Crashed, "the plugin called " + name + " of " + dll + ", which Wine does not implement"});
+    ExitProcess(70);
+  }
   char text[96];
   std::snprintf(text, sizeof text, "%s in the plugin's code (exception 0x%08lX)", ExceptionName(code),
                 static_cast<unsigned long>(code));

@@ -265,6 +265,12 @@ TEST_F(WindowsPluginTest, MissingDllsAndDialogOnlyPluginsSayWhy) {
   EXPECT_NE(lib.ImgErrString().find("needs TrelAbsent.dll, which is not installed"), std::string::npos)
       << lib.ImgErrString();
   EXPECT_EQ(lib.ImgErrString().find("error 126"), std::string::npos) << lib.ImgErrString();
+  // A runtime DLL that is there but lacks a function the plugin takes.
+  EXPECT_EQ(lib.ImgPlugInLoad(TestPlugin("runtimegap64.8bf")), IMG_ERR_NOT_SUPPORTED);
+  EXPECT_NE(lib.ImgErrString().find(
+                "needs TrelNotInTheRuntime from MSVCRT10.dll, which the installed MSVCRT10.dll does not have"),
+            std::string::npos)
+      << lib.ImgErrString();
 
   // Cancelled in a preview without any dialog: it wants its dialog. The
   // preview's path hands the same words back.

@@ -33,8 +33,12 @@
 #define OLDDIALOG 13
 
 #if TEST_FILTER == MISSINGDLL
-/* From TrelAbsent.dll, which exists nowhere: the plugin cannot load. */
-__declspec(dllimport) int TrelAbsentFunction(void);
+/* From TrelAbsent.dll, which exists nowhere, or a function our MSVCRT10.dll
+   stand-in does not have (ABSENT_FUNCTION): the plugin cannot load. */
+#ifndef ABSENT_FUNCTION
+#define ABSENT_FUNCTION TrelAbsentFunction
+#endif
+__declspec(dllimport) int ABSENT_FUNCTION(void);
 #endif
 
 #ifndef TEST_FILTER
@@ -114,7 +118,7 @@ __declspec(dllexport) void PluginMain(int16_t selector, void* record, intptr_t* 
       if (!rec->descriptorParameters || rec->descriptorParameters->playInfo != plugInDialogDisplay)
         *result = piUserCanceledErr;
 #elif TEST_FILTER == MISSINGDLL
-      *result = (int16_t)TrelAbsentFunction();
+      *result = (int16_t)ABSENT_FUNCTION();
 #elif TEST_FILTER == SHOWSDIALOG
       /* Like a plugin that shows its dialog whatever the host says. */
       /* Without a display Wine opens no window: error -1 says so. */
