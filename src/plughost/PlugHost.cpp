@@ -5,10 +5,10 @@
 // one that hangs is killed by Trel.
 #include <windows.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <atomic>
 #include <map>
 #include <memory>
 #include <string>
@@ -652,7 +652,6 @@ Failure FromResult(int16_t result, const char* stage, bool dialog) {
 // one that does not go is answered for and the host ends.
 std::atomic<bool> g_watching{false};
 std::atomic<bool> g_windowSeen{false};
-HANDLE g_watchWake = nullptr;
 
 struct WindowSweep {
   bool forceful = false;  // WM_CLOSE rather than Cancel
@@ -674,7 +673,7 @@ BOOL CALLBACK CancelOwnWindow(HWND hwnd, LPARAM param) {
 DWORD WINAPI WatchWindows(LPVOID) {
   int standing = 0;  // sweeps in a row that found a window
   for (;;) {
-    WaitForSingleObject(g_watchWake, 50);
+    Sleep(50);
     if (!g_watching) {
       standing = 0;
       continue;
@@ -955,7 +954,6 @@ int main() {
 #endif
     SetDllDirectoryW(folder.c_str());
   }
-  g_watchWake = CreateEventW(nullptr, FALSE, FALSE, nullptr);
   CreateThread(nullptr, 0, WatchWindows, nullptr, 0, nullptr);
   std::string line;
   int c;
