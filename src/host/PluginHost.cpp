@@ -19,14 +19,15 @@ const char* const kProgramTitle = "Trel";
 void PluginInvoke(ImageLibrary& lib, HostState& state, ShellHooks& shell,
                   const std::string& hostFolder, const std::string& pluginFile,
                   QPaintDevice* target, bool draw, WindowHandle& parentWindow, bool& result,
-                  std::string* failure) {
+                  PluginFailure* failure) {
   result = false;
-  if (failure) failure->clear();
+  if (failure) *failure = {};
   // The library's own words, taken before the unload resets its status.
   auto why = [&] {
     if (!failure) return;
-    *failure = lib.ImgErrString();
-    for (char& c : *failure)
+    failure->status = lib.ImgGetStatus();
+    failure->text = lib.ImgErrString();
+    for (char& c : failure->text)
       if (c == '\n') c = ' ';
   };
   if (parentWindow == 0) parentWindow = state.mainWindow;

@@ -285,13 +285,14 @@ bool PreviewController::PreviewPlugin(const std::string& pluginPath) {
   bool result = false;
   ++previewRuns_;
   QApplication::setOverrideCursor(Qt::WaitCursor);
-  std::string why;
+  PluginFailure why;
   PluginInvoke(*lib_, state_, shell(), window_.programFolder(), pluginPath, nullptr, false, parent,
                result, &why);
   QApplication::restoreOverrideCursor();
   if (!result) {
     // The cause, in the words Browse and Batch use too.
-    previewWindow()->ShowMessage("No preview of " + name + (why.empty() ? QString() : "\n" + QString::fromStdString(why)));
+    previewWindow()->ShowMessage("No preview of " + name +
+                                 (why.text.empty() ? QString() : "\n" + QString::fromStdString(why.text)));
     return false;
   }
   ShowPreviewImage(name);
@@ -413,9 +414,15 @@ void PreviewController::cmd_Invoke() {
   WindowHandle parent = 0;
   bool result = false;
   QApplication::setOverrideCursor(Qt::WaitCursor);
-  PluginInvoke(*lib_, state_, shell(), window_.programFolder(), path, nullptr, false, parent, result);
+  PluginFailure why;
+  PluginInvoke(*lib_, state_, shell(), window_.programFolder(), path, nullptr, false, parent, result, &why);
   QApplication::restoreOverrideCursor();
-  if (!result) return;
+  if (!result) {
+    // A cancelled dialog is the user's choice; anything else says its cause.
+    if (why.status != IMG_OK && why.status != IMG_ERR_CANCELLED && !why.text.empty())
+      shell().MsgBox(why.text, MsgButtons::Ok, MsgIcon::Exclamation, "Trel");
+    return;
+  }
   shownPlugin_ = path;
   ShowPreviewImage(NameOf(path));
   previewWindow()->show();

@@ -284,15 +284,17 @@ TEST_F(WindowsPluginTest, MissingDllsAndDialogOnlyPluginsSayWhy) {
   state.PreviewImage = lib.Adopt(original);
   WindowHandle parent = 0;
   bool result = true;
-  std::string why;
-  PluginInvoke(lib, state, shell, dir.path(), TestPlugin("dialogonly64.8bf"), nullptr, false, parent, result, &why);
+  PluginFailure failure;
+  const std::string& why = failure.text;
+  PluginInvoke(lib, state, shell, dir.path(), TestPlugin("dialogonly64.8bf"), nullptr, false, parent, result, &failure);
   EXPECT_FALSE(result);
   EXPECT_NE(why.find("This plugin runs only with its dialog: use Invoke"), std::string::npos) << why;
-  PluginInvoke(lib, state, shell, dir.path(), TestPlugin("crash64.8bf"), nullptr, false, parent, result, &why);
+  PluginInvoke(lib, state, shell, dir.path(), TestPlugin("crash64.8bf"), nullptr, false, parent, result, &failure);
   EXPECT_FALSE(result);
+  EXPECT_EQ(failure.status, IMG_ERR_PLUGIN_CRASHED);
   EXPECT_NE(why.find("The plugin crashed"), std::string::npos) << why;
   EXPECT_NE(why.find("Access violation in the plugin's code"), std::string::npos) << why;
-  PluginInvoke(lib, state, shell, dir.path(), TestPlugin("missingdll64.8bf"), nullptr, false, parent, result, &why);
+  PluginInvoke(lib, state, shell, dir.path(), TestPlugin("missingdll64.8bf"), nullptr, false, parent, result, &failure);
   EXPECT_FALSE(result);
   EXPECT_NE(why.find("needs TrelAbsent.dll"), std::string::npos) << why;
 
@@ -304,7 +306,7 @@ TEST_F(WindowsPluginTest, MissingDllsAndDialogOnlyPluginsSayWhy) {
   EXPECT_EQ(lib.ImgPlugInInvoke(h, 1, {0, 0, 15, 11}), IMG_OK) << lib.ImgErrString();
   lib.setPluginDialogs(false);
   EXPECT_TRUE(IsInverse(original, *lib.image(h)));
-  PluginInvoke(lib, state, shell, dir.path(), TestPlugin("dialogonly64.8bf"), nullptr, false, parent, result, &why);
+  PluginInvoke(lib, state, shell, dir.path(), TestPlugin("dialogonly64.8bf"), nullptr, false, parent, result, &failure);
   EXPECT_TRUE(result) << why;
   EXPECT_TRUE(why.empty()) << why;
 }

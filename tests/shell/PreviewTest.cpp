@@ -228,20 +228,26 @@ TEST_F(PreviewTest, InvokeAndAboutRefuseWhatTheyCannotRun) {
   const struct {
     std::string file;
     std::string message;
+    std::string cause;  // the second box, naming what the host found
   } rows[] = {
-      {"", "Please select a plugin or other supported file."},
-      {plugins.Write("x.prm", "prm"), "Please select a Photoshop-compatible plugin to execute this function."},
-      {plugins.Write("other.8bf", "MZ not ours"), "An error occured while loading the plugin!\n"
-                                                   "The plugin may be invalid or\n"
-                                                   "you may need msvcrt10.dll or plugin.dll\n"
-                                                   "in your Windows System folder."},
+      {"", "Please select a plugin or other supported file.", ""},
+      {plugins.Write("x.prm", "prm"), "Please select a Photoshop-compatible plugin to execute this function.", ""},
+      {plugins.Write("other.8bf", "MZ not ours"),
+       "An error occured while loading the plugin!\n"
+       "The plugin may be invalid or\n"
+       "you may need msvcrt10.dll or plugin.dll\n"
+       "in your Windows System folder.",
+       "no Windows DLL"},
   };
   for (const auto& row : rows) {
     selected = row.file;
     shell.boxes.clear();
     preview->cmd_Invoke();
-    ASSERT_EQ(shell.boxes.size(), 1u) << row.file;
+    ASSERT_EQ(shell.boxes.size(), row.cause.empty() ? 1u : 2u) << row.file;
     EXPECT_EQ(shell.boxes[0].text, row.message);
+    if (!row.cause.empty()) {
+      EXPECT_NE(shell.boxes[1].text.find(row.cause), std::string::npos) << shell.boxes[1].text;
+    }
   }
   // About shows our plugin's title, copyright and author.
   selected = Plugin("r", "about");
