@@ -197,6 +197,7 @@ void PreviewController::mnuBrowser_Click() {
     previewWindow()->raise();
   });
   dialog->show();
+  window_.EscapeFlag() = false;  // an earlier Esc must not stop the host runs
   dialog->Start();
 }
 
@@ -237,6 +238,7 @@ BatchResult PreviewController::RunBatch(const std::string& plugin, const std::ve
   // Our own filters run straight on the engine; any other plugin goes
   // through the host, which says what it can't run.
   const PreparedFilter filter = PrepareFilter(plugin);
+  window_.EscapeFlag() = false;  // an earlier Esc must not stop the probe
   PictureRunner run;
   if (filter.ok()) {
     run = [this, &filter](const QImage& in) {

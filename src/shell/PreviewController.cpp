@@ -284,6 +284,8 @@ bool PreviewController::PreviewPlugin(const std::string& pluginPath) {
   WindowHandle parent = 0;
   bool result = false;
   ++previewRuns_;
+  // An Esc pressed before (to close a box) must not stop this run.
+  window_.EscapeFlag() = false;
   QApplication::setOverrideCursor(Qt::WaitCursor);
   PluginFailure why;
   PluginInvoke(*lib_, state_, shell(), window_.programFolder(), pluginPath, nullptr, false, parent,
