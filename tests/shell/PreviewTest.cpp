@@ -287,6 +287,38 @@ TEST_F(PreviewTest, EscEndsAWindowsPluginRunFromTheWindow) {
   EXPECT_TRUE(shell.boxes.empty()) << "a run the user stopped is no error";
 }
 
+// A Windows plugin in the preview and in Batch: an Esc pressed before (to
+// close a box) does not stop the run, and a plugin that fails says why, in
+// the same words in both.
+TEST_F(PreviewTest, WindowsPluginsPreviewAfterAnEarlierEscAndFailuresNameTheCause) {
+  const std::string invert = std::string(TREL_PLUGHOST_TEST_DIR) + "/invert64.8bf";
+  const std::string crash = std::string(TREL_PLUGHOST_TEST_DIR) + "/crash64.8bf";
+  if (!fs::exists(crash)) GTEST_SKIP() << "the test plugins were not built (no mingw-w64)";
+  if (FindWine(false).empty()) GTEST_SKIP() << "wine64 is not installed";
+  window->prefs().previewCache = 0;
+  preview->PreparePreviewPic();
+  window->EscapeFlag() = true;
+  ASSERT_TRUE(preview->PreviewPlugin(invert));
+  EXPECT_EQ(qRed(Shown().pixel(1, 1)), 255 - qRed(Thumb().pixel(1, 1)));
+
+  EXPECT_FALSE(preview->PreviewPlugin(crash));
+  const QLabel* label = preview->previewWindow()->findChild<QLabel*>("Picture1");
+  ASSERT_NE(label, nullptr);
+  EXPECT_TRUE(label->text().contains("The plugin crashed")) << label->text().toStdString();
+  EXPECT_TRUE(label->text().contains("Access violation")) << label->text().toStdString();
+
+  test::TempDir in, out;
+  const std::vector<std::string> pictures{in.file("p.png")};
+  ASSERT_TRUE(test::PatternPicture(5, 5, false).save(QString::fromStdString(pictures[0])));
+  shell.boxes.clear();
+  window->EscapeFlag() = true;
+  EXPECT_EQ(preview->RunBatch(invert, pictures, out.path()).written, 1);
+  shell.boxes.clear();
+  EXPECT_EQ(preview->RunBatch(crash, pictures, out.path()).written, 0);
+  ASSERT_EQ(shell.boxes.size(), 1u);
+  EXPECT_NE(shell.boxes[0].text.find("Access violation"), std::string::npos) << shell.boxes[0].text;
+}
+
 TEST_F(PreviewTest, RandomizeAndSavePreview) {
   preview->mnuRandomize_Click();  // no filter in hand: nothing happens
   EXPECT_TRUE(Shown().isNull());
