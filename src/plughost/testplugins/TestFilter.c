@@ -17,6 +17,7 @@
 #endif
 
 #include "PiApi.h"
+#include "PiApiLayout.h" /* the header's offsets, checked by a C compiler too */
 
 #define INVERT 1
 #define CRASH 2
