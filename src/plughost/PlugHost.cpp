@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <cwchar>
 #include <map>
 #include <memory>
 #include <string>
@@ -646,9 +647,9 @@ Failure FromResult(int16_t result, const char* stage, bool dialog) {
           std::string("the plugin returned error ") + std::to_string(result) + " at " + stage};
 }
 
-// --- no windows in a run without the dialog ---------------------------------------------
+// --- no dialogs in a run without the dialog ---------------------------------------------
 // A run without the dialog (a preview, an apply from the command line) must
-// not wait for a user: a window the plugin opens anyway is cancelled, and
+// not wait for a user: a dialog the plugin opens anyway is cancelled, and
 // one that does not go is answered for and the host ends.
 std::atomic<bool> g_watching{false};
 std::atomic<bool> g_windowSeen{false};
@@ -663,6 +664,11 @@ BOOL CALLBACK CancelOwnWindow(HWND hwnd, LPARAM param) {
   DWORD pid = 0;
   GetWindowThreadProcessId(hwnd, &pid);
   if (pid != GetCurrentProcessId() || !IsWindowVisible(hwnd)) return TRUE;
+  // Only dialogs and message boxes wait for the user; a plugin's own
+  // progress window is left to it.
+  wchar_t cls[16] = L"";
+  GetClassNameW(hwnd, cls, 16);
+  if (std::wcscmp(cls, L"#32770") != 0) return TRUE;
   sweep->found = true;
   g_windowSeen = true;
   if (sweep->forceful) PostMessageW(hwnd, WM_CLOSE, 0, 0);
