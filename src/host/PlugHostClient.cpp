@@ -248,7 +248,7 @@ HostAnswer PlugHostClient::Request(const std::string& line, int timeoutMs) {
       const int exitCode = process_->exitCode();
       Stop();
       return {HostAnswer::Kind::Crashed, static_cast<int>(P::HostError::Crashed),
-              "the plugin ended the plugin host (exit code " + std::to_string(exitCode) + ")"};
+              "the plugin host ended while running the plugin (exit code " + std::to_string(exitCode) + ")"};
     }
     if (cancel_ && cancel_()) {
       // A plugin cannot be interrupted from outside but by ending its process.

@@ -39,7 +39,7 @@ enum class HostError : int {
   Unsupported = 9,     // the plugin needs a service the host does not offer
   MissingDll = 10,     // a DLL the plugin imports is not installed; the text names it
   NeedsDialog = 11,    // cancelled in a run without the dialog: it runs only with it
-  DialogInPreview = 12,  // opened a window in a run without the dialog
+  DialogInPreview = 12,  // opened a dialog in a run without one
 };
 
 }  // namespace trel::plughost
