@@ -125,6 +125,7 @@ TEST_F(WindowsPluginTest, FaultyPluginsGiveTheLibrarysErrorAndTheHostRecovers) {
     bool atLoad;
   } rows[] = {
       {TestPlugin("crash64.8bf"), IMG_ERR_PLUGIN_CRASHED, "exception 0xC0000005", false},
+      {TestPlugin("exits64.8bf"), IMG_ERR_PLUGIN_CRASHED, "ended while running the plugin (exit code 3)", false},
       {TestPlugin("errcode64.8bf"), IMG_ERR_PLUGIN_FAILED, "error -30100", false},
       {TestPlugin("unsupported64.8bf"), IMG_ERR_HOST_SERVICE, "colour services", false},
       {TestPlugin("outside64.8bf"), IMG_ERR_PLUGIN_OVERRUN, "outside its buffers", false},

@@ -1,7 +1,7 @@
 /* The filters the host's tests run, one source built once per behaviour
    (TEST_FILTER) and architecture: a well-behaved invert that works in strips,
-   and filters that crash, hang, write outside their buffers, return an error
-   code or ask for a service the host does not offer. Some behave like real
+   and filters that crash, end the process, hang, write outside their buffers,
+   return an error code or ask for a service the host does not offer. Some behave like real
    plugins of the 1990s: one fills its tables in the parameters selector (and
    computes nonsense if a host skips it), one refuses to run unless the
    parameters selector came first, one answers "cancelled" unless it may show
@@ -12,7 +12,7 @@
 #include <stdint.h>
 #include <stdlib.h>
 #include <string.h>
-#if TEST_FILTER == 10
+#if TEST_FILTER == 10 || TEST_FILTER == 14
 #include <windows.h>
 #endif
 
@@ -32,6 +32,7 @@
 #define OLDRUNTIME 11
 #define MISSINGDLL 12
 #define OLDDIALOG 13
+#define EXITS 14
 
 #if TEST_FILTER == MISSINGDLL
 /* From TrelAbsent.dll, which exists nowhere, or a function our MSVCRT10.dll
@@ -153,6 +154,8 @@ __declspec(dllexport) void PluginMain(int16_t selector, void* record, intptr_t* 
       volatile uintptr_t nowhere = 8;
       *(volatile int*)nowhere = 1;
     }
+#elif TEST_FILTER == EXITS
+      ExitProcess(3); /* past any crash handler */
 #elif TEST_FILTER == HANG
       for (volatile int spin = 0;; spin = spin + 1) {
       }
