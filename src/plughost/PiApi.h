@@ -210,6 +210,48 @@ typedef struct PISPBasicSuite {
   int32_t (*Undefined)(void);
 } PISPBasicSuite;
 
+/* Suites a plugin acquires by name through the basic suite. */
+#define PI_HANDLE_SUITE "Photoshop Handle Suite for Plug-ins"
+#define PI_BUFFER_SUITE "Photoshop Buffer Suite for Plug-ins"
+#define PI_UIHOOKS_SUITE "Photoshop UIHooks Suite for Plug-ins"
+
+typedef struct PIHandleSuite1 {
+  PIHandle (*New)(int32_t size);
+  void (*Dispose)(PIHandle h);
+  void (*SetLock)(PIHandle h, PIBoolean lock, char** address, PIBoolean* oldLock);
+  int32_t (*GetSize)(PIHandle h);
+  PIOSErr (*SetSize)(PIHandle h, int32_t newSize);
+  void (*RecoverSpace)(int32_t size);
+} PIHandleSuite1;
+
+typedef struct PIHandleSuite2 {
+  PIHandle (*New)(int32_t size);
+  void (*Dispose)(PIHandle h);
+  void (*DisposeRegularHandle)(PIHandle h);
+  void (*SetLock)(PIHandle h, PIBoolean lock, char** address, PIBoolean* oldLock);
+  int32_t (*GetSize)(PIHandle h);
+  PIOSErr (*SetSize)(PIHandle h, int32_t newSize);
+  void (*RecoverSpace)(int32_t size);
+} PIHandleSuite2;
+
+typedef struct PIBufferSuite1 {
+  char* (*New)(uint32_t* requestedSize, uint32_t minimumSize);
+  void (*Dispose)(char** buffer);
+  uint32_t (*GetSize)(char* buffer);
+  uint32_t (*GetSpace)(void);
+} PIBufferSuite1;
+
+typedef struct PIUIHooksSuite1 {
+  PIProcessEventProc processEvent;
+  PIDisplayPixelsProc displayPixels;
+  PIProgressProc progressBar;
+  PITestAbortProc testAbort;
+  intptr_t (*MainAppWindow)(void);
+  int32_t (*SetCursor)(void* cursor);
+  uint32_t (*TickCount)(void);
+  int32_t (*GetPluginName)(void* plugin, void** name);
+} PIUIHooksSuite1;
+
 typedef struct PIAboutRecord {
   void* platformData;
   PISPBasicSuite* sSPBasic;

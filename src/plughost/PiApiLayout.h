@@ -185,6 +185,18 @@ PI_PIN(PISPBasicSuite, ReallocateBlock, 20, 40);
 PI_PIN(PISPBasicSuite, Undefined, 24, 48);
 PI_SIZE(PISPBasicSuite, 28, 56);
 
+/* The suites acquired by name: pointers only. */
+PI_PIN(PIHandleSuite1, SetLock, 8, 16);
+PI_SIZE(PIHandleSuite1, 24, 48);
+PI_PIN(PIHandleSuite2, DisposeRegularHandle, 8, 16);
+PI_PIN(PIHandleSuite2, RecoverSpace, 24, 48);
+PI_SIZE(PIHandleSuite2, 28, 56);
+PI_PIN(PIBufferSuite1, GetSpace, 12, 24);
+PI_SIZE(PIBufferSuite1, 16, 32);
+PI_PIN(PIUIHooksSuite1, MainAppWindow, 16, 32);
+PI_PIN(PIUIHooksSuite1, GetPluginName, 28, 56);
+PI_SIZE(PIUIHooksSuite1, 32, 64);
+
 PI_PIN(PIPlatformData, hwnd, 0, 0);
 PI_SIZE(PIPlatformData, 4, 8);
 

@@ -164,10 +164,67 @@ PIBoolean TestAbort() { return 0; }
 void Progress(int32_t, int32_t) {}
 void HostProc(int16_t, intptr_t*) {}
 void ProcessEvent(void*) {}
-int32_t AcquireSuite(const char*, int32_t, const void** suite) {
+// --- suites acquired by name ---------------------------------------------------------
+void SetHandleLock(PIHandle h, PIBoolean lock, char** address, PIBoolean* oldLock) {
+  if (address) *address = lock && g_handles.count(h) ? *h : nullptr;
+  if (oldLock) *oldLock = 0;
+}
+
+// Buffers of the buffer suite are plain pointers; their sizes are kept here.
+std::map<char*, uint32_t> g_suiteBuffers;
+char* NewSuiteBuffer(uint32_t* requested, uint32_t minimum) {
+  uint32_t size = requested && *requested > minimum ? *requested : minimum;
+  char* p = static_cast<char*>(std::calloc(size_t(size) + 1, 1));
+  if (!p && size > minimum) p = static_cast<char*>(std::calloc(size_t(size = minimum) + 1, 1));
+  if (!p) return nullptr;
+  if (requested) *requested = size;
+  g_suiteBuffers[p] = size;
+  return p;
+}
+void DisposeSuiteBuffer(char** buffer) {
+  if (!buffer || !g_suiteBuffers.erase(*buffer)) return;
+  std::free(*buffer);
+  *buffer = nullptr;
+}
+uint32_t SuiteBufferSize(char* buffer) {
+  auto it = g_suiteBuffers.find(buffer);
+  return it == g_suiteBuffers.end() ? 0 : it->second;
+}
+uint32_t SuiteBufferSpace() { return 256u << 20; }
+
+intptr_t MainAppWindow() { return 0; }
+int32_t SetCursor(void*) { return 0; }
+uint32_t TickCount() { return GetTickCount() * 60u / 1000u; }
+int32_t GetPluginName(void*, void** name) {
+  if (name) *name = nullptr;
+  return PI_SUITE_NOT_FOUND;
+}
+
+PIHandleSuite1 g_handleSuite1{NewHandle, DisposeHandle, SetHandleLock, GetHandleSize, SetHandleSize, RecoverSpace};
+PIHandleSuite2 g_handleSuite2{NewHandle,     DisposeHandle, DisposeHandle, SetHandleLock,
+                              GetHandleSize, SetHandleSize, RecoverSpace};
+PIBufferSuite1 g_bufferSuite1{NewSuiteBuffer, DisposeSuiteBuffer, SuiteBufferSize, SuiteBufferSpace};
+PIUIHooksSuite1 g_uiHooks1{ProcessEvent, DisplayPixels, Progress, TestAbort,
+                           MainAppWindow, SetCursor,    TickCount, GetPluginName};
+
+// The name of the last suite asked for that this host does not have.
+std::string g_missingSuite;
+
+int32_t AcquireSuite(const char* name, int32_t version, const void** suite) {
   if (suite) *suite = nullptr;
+  const std::string n = name ? name : "";
+  const void* found = nullptr;
+  if (n == PI_HANDLE_SUITE) found = version == 1 ? static_cast<const void*>(&g_handleSuite1)
+                                   : version == 2 ? static_cast<const void*>(&g_handleSuite2) : nullptr;
+  else if (n == PI_BUFFER_SUITE && version == 1) found = &g_bufferSuite1;
+  else if (n == PI_UIHOOKS_SUITE && version == 1) found = &g_uiHooks1;
+  if (found) {
+    if (suite) *suite = found;
+    return 0;
+  }
   g_askedUnsupported = true;
-  g_unsupportedWhat = "plugin suites";
+  g_missingSuite = "the suite \"" + n.substr(0, 100) + "\" version " + std::to_string(version);
+  g_unsupportedWhat = g_missingSuite.c_str();
   return PI_SUITE_NOT_FOUND;
 }
 int32_t ReleaseSuite(const char*, int32_t) { return 0; }

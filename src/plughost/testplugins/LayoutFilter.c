@@ -312,6 +312,83 @@ static void CheckBasicSuite(const void* s) {
   EXPECT(freeBlock(grown ? grown : block) == 0, "sSPBasic.FreeBlock");
 }
 
+/* The suites acquired by name: pointers from offset 0. Handle suite 1: New,
+   Dispose, SetLock, GetSize, SetSize, RecoverSpace; 2 puts DisposeRegularHandle
+   after Dispose. Buffer suite 1: New, Dispose, GetSize, GetSpace. UIHooks 1:
+   processEvent, displayPixels, progressBar, testAbort, MainAppWindow,
+   SetCursor, TickCount, GetPluginName. */
+static void CheckNamedSuites(const void* basic) {
+  int32_t (*acquire)(const char*, int32_t, const void**);
+  int32_t (*release)(const char*, int32_t);
+  PROC(acquire, basic, 0 * PTR);
+  PROC(release, basic, 1 * PTR);
+  for (int version = 1; version <= 2; ++version) {
+    const void* hs = NULL;
+    EXPECT(acquire("Photoshop Handle Suite for Plug-ins", version, &hs) == 0 && hs, "handle suite");
+    if (!hs) continue;
+    const size_t shift = version == 2 ? PTR : 0; /* DisposeRegularHandle */
+    Handle (*newProc)(int32_t);
+    void (*disposeProc)(Handle);
+    void (*setLock)(Handle, uint8_t, char**, uint8_t*);
+    int32_t (*getSize)(Handle);
+    int16_t (*setSize)(Handle, int32_t);
+    void (*recoverSpace)(int32_t);
+    PROC(newProc, hs, 0 * PTR);
+    PROC(disposeProc, hs, 1 * PTR);
+    PROC(setLock, hs, 2 * PTR + shift);
+    PROC(getSize, hs, 3 * PTR + shift);
+    PROC(setSize, hs, 4 * PTR + shift);
+    PROC(recoverSpace, hs, 5 * PTR + shift);
+    Handle h = newProc(8);
+    EXPECT(h != NULL && getSize(h) == 8, "handle suite New, GetSize");
+    if (!h) continue;
+    char* address = NULL;
+    uint8_t old = 1;
+    setLock(h, 1, &address, &old);
+    EXPECT(address == *h, "handle suite SetLock");
+    EXPECT(setSize(h, 20) == 0 && getSize(h) == 20, "handle suite SetSize");
+    recoverSpace(0);
+    disposeProc(h);
+    if (version == 2) {
+      void (*disposeRegular)(Handle);
+      PROC(disposeRegular, hs, 2 * PTR);
+      Handle other = newProc(2);
+      if (other) disposeRegular(other);
+    }
+    release("Photoshop Handle Suite for Plug-ins", version);
+  }
+  const void* bs = NULL;
+  EXPECT(acquire("Photoshop Buffer Suite for Plug-ins", 1, &bs) == 0 && bs, "buffer suite");
+  if (bs) {
+    char* (*newBuffer)(uint32_t*, uint32_t);
+    void (*disposeBuffer)(char**);
+    uint32_t (*getSize)(char*);
+    uint32_t (*getSpace)(void);
+    PROC(newBuffer, bs, 0 * PTR);
+    PROC(disposeBuffer, bs, 1 * PTR);
+    PROC(getSize, bs, 2 * PTR);
+    PROC(getSpace, bs, 3 * PTR);
+    uint32_t size = 100;
+    char* b = newBuffer(&size, 10);
+    EXPECT(b != NULL && size >= 10 && getSize(b) == size, "buffer suite New, GetSize");
+    if (b) memset(b, 5, size);
+    disposeBuffer(&b);
+    EXPECT(b == NULL, "buffer suite Dispose");
+    EXPECT(getSpace() > 0, "buffer suite GetSpace");
+  }
+  const void* ui = NULL;
+  EXPECT(acquire("Photoshop UIHooks Suite for Plug-ins", 1, &ui) == 0 && ui, "UIHooks suite");
+  if (ui) {
+    uint8_t (*testAbort)(void);
+    intptr_t (*mainWindow)(void);
+    PROC(testAbort, ui, 3 * PTR);
+    PROC(mainWindow, ui, 4 * PTR);
+    EXPECT(testAbort() == 0, "UIHooks testAbort");
+    (void)mainWindow();
+    EXPECT(Ptr(ui, 5 * PTR) && Ptr(ui, 6 * PTR) && Ptr(ui, 7 * PTR), "UIHooks procs");
+  }
+}
+
 static void CheckDescriptor(void* d, int16_t wantPlay) {
   EXPECT(I16(d, 0) == 0, "descriptorParameters.descriptorParametersVersion");
   EXPECT(I16(d, D_playInfo) == wantPlay, "descriptorParameters.playInfo");
@@ -439,6 +516,7 @@ static void CheckRecord(void* r, int16_t wantPlay) {
   const void* basic = Ptr(r, R_sSPBasic);
   EXPECT(basic != NULL, "sSPBasic");
   if (basic) CheckBasicSuite(basic);
+  if (basic) CheckNamedSuites(basic);
   void* descriptor = Ptr(r, R_descriptorParameters);
   EXPECT(descriptor != NULL, "descriptorParameters");
   if (descriptor) CheckDescriptor(descriptor, wantPlay);
