@@ -128,6 +128,7 @@ TEST_F(WindowsPluginTest, FaultyPluginsGiveTheLibrarysErrorAndTheHostRecovers) {
       {TestPlugin("exits64.8bf"), IMG_ERR_PLUGIN_CRASHED, "ended while running the plugin (exit code 3)", false},
       {TestPlugin("errcode64.8bf"), IMG_ERR_PLUGIN_FAILED, "error -30100", false},
       {TestPlugin("unsupported64.8bf"), IMG_ERR_HOST_SERVICE, "colour services", false},
+      {TestPlugin("needsuite64.8bf"), IMG_ERR_HOST_SERVICE, "the suite \"Trel Missing Suite\" version 3", false},
       {TestPlugin("outside64.8bf"), IMG_ERR_PLUGIN_OVERRUN, "outside its buffers", false},
       {TestPlugin("noentry64.8bf"), IMG_ERR_NO_ENTRY, "NotThere", true},
       {notDll, IMG_ERR_NOT_SUPPORTED, "no Windows DLL", true},

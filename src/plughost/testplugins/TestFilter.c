@@ -1,7 +1,8 @@
 /* The filters the host's tests run, one source built once per behaviour
    (TEST_FILTER) and architecture: a well-behaved invert that works in strips,
    and filters that crash, end the process, hang, write outside their buffers,
-   return an error code or ask for a service the host does not offer. Some behave like real
+   return an error code or ask for a service or a suite the host does not
+   offer. Some behave like real
    plugins of the 1990s: one fills its tables in the parameters selector (and
    computes nonsense if a host skips it), one refuses to run unless the
    parameters selector came first, one answers "cancelled" unless it may show
@@ -33,6 +34,7 @@
 #define MISSINGDLL 12
 #define OLDDIALOG 13
 #define EXITS 14
+#define NEEDSUITE 15
 
 #if TEST_FILTER == MISSINGDLL
 /* From TrelAbsent.dll, which exists nowhere, or a function our MSVCRT10.dll
@@ -165,6 +167,14 @@ __declspec(dllexport) void PluginMain(int16_t selector, void* record, intptr_t* 
 #elif TEST_FILTER == UNSUPPORTED
       *result = rec->colorServices(NULL);
       return;
+#elif TEST_FILTER == NEEDSUITE
+    {
+      const void* suite = NULL;
+      if (rec->sSPBasic->AcquireSuite("Trel Missing Suite", 3, &suite) != 0) {
+        *result = piErrPlugInHostInsufficient;
+        return;
+      }
+    }
 #endif
       *data = 0;
       NextStrip(rec, rec->filterRect.top);
