@@ -862,9 +862,19 @@ Failure RunSelectors(LoadedPlugin* p, Picture& source, Picture& result, const st
     p->entry(selector, rec.get(), &p->data, &r);
     p->parameters = rec->parameters;
   };
+  // What the plugin recorded for scripting, whenever it wrote it, is handed
+  // back on its next run.
   struct Reset {
-    ~Reset() { g_run = nullptr; }
-  } reset;
+    LoadedPlugin* plugin;
+    PIDescriptorParameters* recorded;
+    ~Reset() {
+      g_run = nullptr;
+      if (recorded->descriptor != plugin->descriptor) {
+        if (g_handles.count(plugin->descriptor)) DisposeHandle(plugin->descriptor);
+        plugin->descriptor = recorded->descriptor;
+      }
+    }
+  } reset{p, &descriptor};
   const WatchScope watch(!dialog);
   auto windowFailure = [] {
     return Failure{HostError::DialogInPreview,
@@ -879,10 +889,6 @@ Failure RunSelectors(LoadedPlugin* p, Picture& source, Picture& result, const st
     if (g_windowSeen) return windowFailure();
     if (r != piNoErr) return FromResult(r, "parameters", dialog);
     p->parametersAsked = true;
-    if (descriptor.descriptor != p->descriptor) {
-      if (g_handles.count(p->descriptor)) DisposeHandle(p->descriptor);
-      p->descriptor = descriptor.descriptor;
-    }
   }
   call(filterSelectorPrepare);
   if (g_windowSeen) return windowFailure();
