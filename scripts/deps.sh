@@ -27,7 +27,13 @@ fi
 # index most often), and then wine32 cannot be installed next to wine64: the
 # set-up goes on without it, the 32-bit tests skip saying so, and those
 # plugins get a message naming the package.
-if ! dpkg-query -W -f='${Status}' wine32:i386 2>/dev/null | grep -q 'install ok installed'; then
+# A failed try is remembered for a day, so that each test run does not
+# fetch the indexes again.
+stamp="${XDG_CACHE_HOME:-$HOME/.cache}/trel/wine32-unavailable"
+if [[ -n "$(find "$stamp" -mmin -1440 2>/dev/null)" ]]; then
+  echo "wine32 (i386) could not be installed at $(date -r "$stamp" '+%F %R'); not tried again today" \
+       "(remove $stamp to try now). 32-bit plugins will say that the 32-bit Wine is missing." >&2
+elif ! dpkg-query -W -f='${Status}' wine32:i386 2>/dev/null | grep -q 'install ok installed'; then
   added=0
   if ! dpkg --print-foreign-architectures | grep -qx i386; then
     dpkg --add-architecture i386 && added=1
@@ -42,5 +48,6 @@ if ! dpkg-query -W -f='${Status}' wine32:i386 2>/dev/null | grep -q 'install ok 
     # broken i386 index does not fail later updates.
     if ((added)) && ! dpkg -l | grep -q ':i386'; then dpkg --remove-architecture i386 || true; fi
     apt-get update -qq || true
+    mkdir -p "$(dirname "$stamp")" && touch "$stamp" || true
   fi
 fi
