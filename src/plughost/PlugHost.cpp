@@ -243,16 +243,13 @@ int32_t ReallocateBlock(void* block, size_t size, void** out) {
 }
 int32_t Undefined() { return -1; }
 
-// Image services and channel ports: offered as suites so that a plugin finds
-// them where it looks, answering that the host cannot do the work.
+// Image services: offered so that a plugin finds the suite where it looks,
+// answering that the host cannot do the work. Channel ports are not handed
+// out: their ports come from the document description (documentInfo), which
+// this host does not give, and a plugin that saw the procs alone would read
+// through that empty pointer.
 PIOSErr Interpolate(PIImagePlane*, PIImagePlane*, PIRect16*, PIFixed*, int16_t) {
   return NotSupported("image services");
-}
-PIOSErr ReadPixels(void*, const void*, const void*, const void*, void*) { return NotSupported("channel ports"); }
-PIOSErr WriteBasePixels(void*, const void*, const void*) { return NotSupported("channel ports"); }
-PIOSErr ReadPortForWritePort(void** readPort, void*) {
-  if (readPort) *readPort = nullptr;
-  return NotSupported("channel ports");
 }
 
 // Scripting: a plugin reads an empty descriptor (no keys) and may write one;
@@ -280,7 +277,6 @@ PIHandleProcs g_handleProcs{1,           8,           NewHandle,    DisposeHandl
 PIResourceProcs g_resourceProcs{3, 4, CountResources, GetResource, DeleteResource, AddResource};
 PIPropertyProcs g_propertyProcs{1, 2, GetProperty, SetProperty};
 PIImageServicesProcs g_imageServices{1, 2, Interpolate, Interpolate};
-PIChannelPortProcs g_channelPorts{1, 3, ReadPixels, WriteBasePixels, ReadPortForWritePort};
 PISPBasicSuite g_basicSuite{AcquireSuite, ReleaseSuite, IsEqual, AllocateBlock, FreeBlock, ReallocateBlock,
                             Undefined};
 
@@ -824,7 +820,6 @@ void PrepareRecord(PIFilterRecord& rec, const Picture& pic) {
   rec.inTransparencyMask = rec.outTransparencyMask = rec.absTransparencyMask = transparency;
   rec.propertyProcs = &g_propertyProcs;
   rec.imageServicesProcs = &g_imageServices;
-  rec.channelPortProcs = &g_channelPorts;
   g_errorString[0] = 0;
   rec.errorString = g_errorString;
   rec.sSPBasic = &g_basicSuite;
