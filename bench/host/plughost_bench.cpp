@@ -72,6 +72,11 @@ void RepeatedCall(benchmark::State& state, const std::string& plugin, bool outOf
 void BM_RepeatedCall(benchmark::State& state) { RepeatedCall(state, Plugin("invert64.8bf"), false); }
 BENCHMARK(BM_RepeatedCall)->Unit(benchmark::kMillisecond)->Iterations(20);
 
+// The filter that reads the interface through its own offsets and calls
+// every suite on each selector: the host's callbacks in the repeated preview.
+void BM_RepeatedCallLayout(benchmark::State& state) { RepeatedCall(state, Plugin("layout64.8bf"), false); }
+BENCHMARK(BM_RepeatedCallLayout)->Unit(benchmark::kMillisecond)->Iterations(20);
+
 // A filter compiled into the 64-bit template (the host compiles and runs it
 // with the engine) against the same filter in the engine in process.
 void BM_Template64(benchmark::State& state) {

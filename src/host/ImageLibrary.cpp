@@ -294,7 +294,8 @@ int32_t StatusOf(const HostAnswer& a) {
     case HostAnswer::Kind::Failed: break;
   }
   switch (static_cast<HostError>(a.code)) {
-    case HostError::LoadFailed: return IMG_ERR_NOT_SUPPORTED;
+    case HostError::LoadFailed:
+    case HostError::MissingDll: return IMG_ERR_NOT_SUPPORTED;
     case HostError::NoEntryPoint: return IMG_ERR_NO_ENTRY;
     case HostError::Cancelled: return IMG_ERR_CANCELLED;
     case HostError::OutsideBuffers: return IMG_ERR_PLUGIN_OVERRUN;

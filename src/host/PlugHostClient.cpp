@@ -243,9 +243,12 @@ HostAnswer PlugHostClient::Request(const std::string& line, int timeoutMs) {
       return answer;
     }
     if (process_->state() == QProcess::NotRunning) {
+      // A plugin that breaks the host beyond its own crash handler (a ruined
+      // stack, a call to exit): the same cause as a crash, in the same words.
+      const int exitCode = process_->exitCode();
       Stop();
       return {HostAnswer::Kind::Crashed, static_cast<int>(P::HostError::Crashed),
-              "the plugin host ended unexpectedly"};
+              "the plugin host ended while running the plugin (exit code " + std::to_string(exitCode) + ")"};
     }
     if (cancel_ && cancel_()) {
       // A plugin cannot be interrupted from outside but by ending its process.

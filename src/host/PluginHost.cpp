@@ -18,8 +18,18 @@ const char* const kProgramTitle = "Trel";
 
 void PluginInvoke(ImageLibrary& lib, HostState& state, ShellHooks& shell,
                   const std::string& hostFolder, const std::string& pluginFile,
-                  QPaintDevice* target, bool draw, WindowHandle& parentWindow, bool& result) {
+                  QPaintDevice* target, bool draw, WindowHandle& parentWindow, bool& result,
+                  PluginFailure* failure) {
   result = false;
+  if (failure) *failure = {};
+  // The library's own words, taken before the unload resets its status.
+  auto why = [&] {
+    if (!failure) return;
+    failure->status = lib.ImgGetStatus();
+    failure->text = lib.ImgErrString();
+    for (char& c : failure->text)
+      if (c == '\n') c = ' ';
+  };
   if (parentWindow == 0) parentWindow = state.mainWindow;
   if (state.PreviewImage == 0) return;
   try {
@@ -32,6 +42,7 @@ void PluginInvoke(ImageLibrary& lib, HostState& state, ShellHooks& shell,
     } else {
       // 5 - plugin load
       if (lib.ImgPlugInLoad(pluginFile) != IMG_OK) {
+        why();
         shell.MsgBox(
             "An error occured while loading the plugin!\n"
             "The plugin may be invalid or\n"
@@ -42,6 +53,8 @@ void PluginInvoke(ImageLibrary& lib, HostState& state, ShellHooks& shell,
         // 6 - Plugin Invoke went through (a cancelled run is no error); 7 - Drawing
         if (draw && target) lib.ImgDrawImage(state.PreviewImage, target, rect, rect);
         result = true;
+      } else {
+        why();
       }
     }
   } catch (const std::exception& e) {

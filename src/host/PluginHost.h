@@ -22,9 +22,16 @@ struct HostState {
 // Runs `pluginFile` on the whole preview picture (which it changes) and, when
 // `draw`, draws the result onto `target`. parentWindow 0 takes the main window
 // and is written back. The host is loaded for the run and always unloaded.
+// `failure`, if given, receives why the plugin did not load or run, for the
+// caller to show where it shows the result.
+struct PluginFailure {
+  int32_t status = IMG_OK;  // the library's status; IMG_ERR_CANCELLED is the user's choice
+  std::string text;         // the library's sentence and the cause, on one line
+};
 void PluginInvoke(ImageLibrary& lib, HostState& state, ShellHooks& shell,
                   const std::string& hostFolder, const std::string& pluginFile,
-                  QPaintDevice* target, bool draw, WindowHandle& parentWindow, bool& result);
+                  QPaintDevice* target, bool draw, WindowHandle& parentWindow, bool& result,
+                  PluginFailure* failure = nullptr);
 
 // The about box of the selected plugin; `selectedFile` is the full path of the
 // active pane's single selected file, empty when there is none.

@@ -29,7 +29,7 @@ inline constexpr int kPictureHeader = 16;
 enum class HostError : int {
   None = 0,
   Usage = 1,           // a request the host does not understand
-  LoadFailed = 2,      // not a DLL, or one whose imports are missing
+  LoadFailed = 2,      // not a DLL for this architecture, or one that does not load
   NoEntryPoint = 3,    // no PiPL entry point for this architecture, or no such export
   PluginError = 4,     // the plugin returned an error code
   Cancelled = 5,       // the user cancelled the plugin's dialog
@@ -37,6 +37,9 @@ enum class HostError : int {
   Crashed = 7,         // the plugin raised an exception
   BadPicture = 8,      // the picture file could not be read or written
   Unsupported = 9,     // the plugin needs a service the host does not offer
+  MissingDll = 10,     // a DLL the plugin imports is not installed; the text names it
+  NeedsDialog = 11,    // cancelled in a run without the dialog: it runs only with it
+  DialogInPreview = 12,  // opened a dialog in a run without one
 };
 
 }  // namespace trel::plughost

@@ -4,9 +4,15 @@
    the protocol; only what our host and our own plugins touch is named, the
    rest of the record is kept as reserved room of the documented size.
 
-   Windows plugins are built with 4-byte packing, on 32 and 64 bits alike, so
-   the record is declared the same way. Plain C, so that the test plugins and
-   the template code can include it too. */
+   Layout on Windows: the filter record alone is declared under 4-byte packing,
+   on 32 and 64 bits alike (so on 64 bits its pointers sit on 4-byte offsets:
+   handleProcs at 0x100). Everything else the host hands out - the callback
+   suites, the platform data, the descriptor parameters, the basic suite and
+   the about record - has the compiler's natural alignment, so a suite's
+   pointers follow its two 16-bit counts at offset 8 on 64 bits, at 4 on 32.
+   PlugHost.cpp pins every offset for both architectures, and the layout test
+   plugin checks them from a table of its own. Plain C, so that the test
+   plugins and the template code can include it too. */
 #ifndef TREL_PIAPI_H
 #define TREL_PIAPI_H
 
@@ -15,8 +21,6 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
-
-#pragma pack(push, 4)
 
 typedef unsigned char PIBoolean;
 typedef int16_t PIOSErr;
@@ -49,6 +53,13 @@ enum {
   piErrPlugInPropertyUndefined = -30901,
   piErrReportString = -30904
 };
+
+/* What the descriptor parameters say about the plugin's dialog. */
+enum { plugInDialogDontDisplay = 0, plugInDialogDisplay = 1, plugInDialogSilent = 2 };
+enum { plugInDialogOptional = 0, plugInDialogRequired = 1, plugInDialogNone = 2 };
+
+/* The basic suite's answer for a suite it does not have ('S!Fd'). */
+#define PI_SUITE_NOT_FOUND 0x53214664L
 
 enum { piModeRGBColor = 3 };
 enum { piFilterCaseFlatImageNoSelection = 1, piFilterCaseEditableTransparencyNoSelection = 4 };
@@ -125,6 +136,69 @@ typedef struct PIPropertyProcs {
   PISetPropertyProc setPropertyProc;
 } PIPropertyProcs;
 
+typedef struct PIImagePlane {
+  void* data;
+  PIRect16 bounds;
+  int32_t rowBytes;
+  int32_t colBytes;
+} PIImagePlane;
+
+typedef PIOSErr (*PIResampleProc)(PIImagePlane* source, PIImagePlane* destination, PIRect16* area,
+                                  PIFixed* coords, int16_t method);
+
+typedef struct PIImageServicesProcs {
+  int16_t imageServicesProcsVersion;
+  int16_t numImageServicesProcs;
+  PIResampleProc interpolate1DProc;
+  PIResampleProc interpolate2DProc;
+} PIImageServicesProcs;
+
+typedef struct PIChannelPortProcs {
+  int16_t channelPortProcsVersion;
+  int16_t numChannelPortProcs;
+  PIOSErr (*readPixelsProc)(void* port, const void* scaling, const void* writeRect, const void* destination,
+                            void* wroteRect);
+  PIOSErr (*writeBasePixelsProc)(void* port, const void* writeRect, const void* source);
+  PIOSErr (*readPortForWritePortProc)(void** readPort, void* writePort);
+} PIChannelPortProcs;
+
+/* Scripting: the host reads and writes a plugin's settings through these.
+   Only opening, closing and walking an empty descriptor are spelled out; the
+   rest keep their places. */
+typedef void* PIReadDescriptor;
+typedef void* PIWriteDescriptor;
+typedef PIOSErr (*PIDescriptorAnyProc)(void);
+
+typedef struct PIReadDescriptorProcs {
+  int16_t readDescriptorProcsVersion;
+  int16_t numReadDescriptorProcs;
+  PIReadDescriptor (*openReadDescriptorProc)(PIHandle descriptor, PIOSType* keys);
+  PIOSErr (*closeReadDescriptorProc)(PIReadDescriptor token);
+  PIBoolean (*getKeyProc)(PIReadDescriptor token, PIOSType* key, PIOSType* type, int32_t* flags);
+  PIDescriptorAnyProc getProcs[15]; /* integer, float, unit float, boolean, text, alias, enumerated,
+                                       class, simple reference, object, count, string, pinned
+                                       integer, pinned float, pinned unit float */
+} PIReadDescriptorProcs;
+
+typedef struct PIWriteDescriptorProcs {
+  int16_t writeDescriptorProcsVersion;
+  int16_t numWriteDescriptorProcs;
+  PIWriteDescriptor (*openWriteDescriptorProc)(void);
+  PIOSErr (*closeWriteDescriptorProc)(PIWriteDescriptor token, PIHandle* descriptor);
+  PIDescriptorAnyProc putProcs[14]; /* integer, float, unit float, boolean, text, alias, enumerated,
+                                       class, simple reference, object, count, string, scoped
+                                       class, scoped object */
+} PIWriteDescriptorProcs;
+
+typedef struct PIDescriptorParameters {
+  int16_t descriptorParametersVersion;
+  int16_t playInfo;
+  int16_t recordInfo;
+  PIHandle descriptor;
+  PIWriteDescriptorProcs* writeDescriptorProcs;
+  PIReadDescriptorProcs* readDescriptorProcs;
+} PIDescriptorParameters;
+
 /* The basic suite of the plugin framework: every suite is answered "not found". */
 typedef struct PISPBasicSuite {
   int32_t (*AcquireSuite)(const char* name, int32_t version, const void** suite);
@@ -136,6 +210,48 @@ typedef struct PISPBasicSuite {
   int32_t (*Undefined)(void);
 } PISPBasicSuite;
 
+/* Suites a plugin acquires by name through the basic suite. */
+#define PI_HANDLE_SUITE "Photoshop Handle Suite for Plug-ins"
+#define PI_BUFFER_SUITE "Photoshop Buffer Suite for Plug-ins"
+#define PI_UIHOOKS_SUITE "Photoshop UIHooks Suite for Plug-ins"
+
+typedef struct PIHandleSuite1 {
+  PIHandle (*New)(int32_t size);
+  void (*Dispose)(PIHandle h);
+  void (*SetLock)(PIHandle h, PIBoolean lock, char** address, PIBoolean* oldLock);
+  int32_t (*GetSize)(PIHandle h);
+  PIOSErr (*SetSize)(PIHandle h, int32_t newSize);
+  void (*RecoverSpace)(int32_t size);
+} PIHandleSuite1;
+
+typedef struct PIHandleSuite2 {
+  PIHandle (*New)(int32_t size);
+  void (*Dispose)(PIHandle h);
+  void (*DisposeRegularHandle)(PIHandle h);
+  void (*SetLock)(PIHandle h, PIBoolean lock, char** address, PIBoolean* oldLock);
+  int32_t (*GetSize)(PIHandle h);
+  PIOSErr (*SetSize)(PIHandle h, int32_t newSize);
+  void (*RecoverSpace)(int32_t size);
+} PIHandleSuite2;
+
+typedef struct PIBufferSuite1 {
+  char* (*New)(uint32_t* requestedSize, uint32_t minimumSize);
+  void (*Dispose)(char** buffer);
+  uint32_t (*GetSize)(char* buffer);
+  uint32_t (*GetSpace)(void);
+} PIBufferSuite1;
+
+typedef struct PIUIHooksSuite1 {
+  PIProcessEventProc processEvent;
+  PIDisplayPixelsProc displayPixels;
+  PIProgressProc progressBar;
+  PITestAbortProc testAbort;
+  intptr_t (*MainAppWindow)(void);
+  int32_t (*SetCursor)(void* cursor);
+  uint32_t (*TickCount)(void);
+  int32_t (*GetPluginName)(void* plugin, void** name);
+} PIUIHooksSuite1;
+
 typedef struct PIAboutRecord {
   void* platformData;
   PISPBasicSuite* sSPBasic;
@@ -143,6 +259,8 @@ typedef struct PIAboutRecord {
   char reserved[244];
 } PIAboutRecord;
 
+/* The record alone keeps the 4-byte packing of the Windows headers. */
+#pragma pack(push, 4)
 typedef struct PIFilterRecord {
   int32_t serialNumber;
   PITestAbortProc abortProc;
@@ -230,7 +348,7 @@ typedef struct PIFilterRecord {
   int32_t inPlaneBytes;
   int32_t outColumnBytes;
   int32_t outPlaneBytes;
-  void* imageServicesProcs;
+  PIImageServicesProcs* imageServicesProcs;
   PIPropertyProcs* propertyProcs;
   int16_t inTileHeight;
   int16_t inTileWidth;
@@ -244,17 +362,19 @@ typedef struct PIFilterRecord {
   int16_t maskTileHeight;
   int16_t maskTileWidth;
   PIPoint16 maskTileOrigin;
-  void* descriptorParameters;
+  PIDescriptorParameters* descriptorParameters;
   unsigned char* errorString;
-  void* channelPortProcs;
+  PIChannelPortProcs* channelPortProcs;
   void* documentInfo;
   PISPBasicSuite* sSPBasic;
   void* plugInRef;
   int32_t depth;
-  /* Later fields (colour profiles, big documents ...): the host leaves them zero. */
+  PIHandle iccProfileData;
+  int32_t iccProfileSize;
+  int32_t canUseICCProfiles;
+  /* Later fields (big documents ...): the host leaves them zero. */
   char reserved[512];
 } PIFilterRecord;
-
 #pragma pack(pop)
 
 typedef void (*PIFilterEntry)(int16_t selector, void* record, intptr_t* data, int16_t* result);

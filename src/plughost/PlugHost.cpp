@@ -5,9 +5,11 @@
 // one that hangs is killed by Trel.
 #include <windows.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <cwchar>
 #include <map>
 #include <memory>
 #include <string>
@@ -15,6 +17,7 @@
 
 #include "HostProtocol.h"
 #include "PiApi.h"
+#include "PiApiLayout.h"
 
 namespace {
 
@@ -108,25 +111,121 @@ PIOSErr NotSupported(const char* what) {
 }
 PIOSErr ColorServices(void*) { return NotSupported("colour services"); }
 PIOSErr DisplayPixels(const void*, const void*, int32_t, int32_t, void*) { return NotSupported("display services"); }
-PIOSErr GetProperty(PIOSType, PIOSType, int32_t, intptr_t* simple, PIHandle* complex) {
+
+// The few properties a filter commonly asks for; the rest are undefined.
+int16_t g_planes = 3;
+PIOSErr GetProperty(PIOSType signature, PIOSType key, int32_t, intptr_t* simple, PIHandle* complex) {
   if (simple) *simple = 0;
   if (complex) *complex = nullptr;
+  if (signature != PI_CODE('8', 'B', 'I', 'M')) return piErrPlugInPropertyUndefined;
+  if (key == PI_CODE('n', 'u', 'c', 'h')) {  // number of channels
+    if (simple) *simple = g_planes;
+    return piNoErr;
+  }
+  if (key == PI_CODE('m', 'o', 'd', 'e')) {  // image mode
+    if (simple) *simple = piModeRGBColor;
+    return piNoErr;
+  }
   return piErrPlugInPropertyUndefined;
 }
 PIOSErr SetProperty(PIOSType, PIOSType, int32_t, intptr_t, PIHandle) { return piErrPlugInPropertyUndefined; }
-int16_t CountResources(PIOSType) { return 0; }
-PIHandle GetResource(PIOSType, int16_t) { return nullptr; }
-void DeleteResource(PIOSType, int16_t) {}
-PIOSErr AddResource(PIOSType, PIHandle) { return NotSupported("resources"); }
+
+// Resources a plugin keeps with the document: held for the host's lifetime.
+std::vector<std::pair<PIOSType, std::vector<char>>> g_resources;
+std::vector<std::pair<PIOSType, std::vector<char>>>::iterator FindKept(PIOSType type, int16_t index) {
+  int16_t seen = 0;
+  for (auto it = g_resources.begin(); it != g_resources.end(); ++it)
+    if (it->first == type && ++seen == index) return it;
+  return g_resources.end();
+}
+int16_t CountResources(PIOSType type) {
+  int16_t n = 0;
+  for (const auto& r : g_resources) n = int16_t(n + (r.first == type));
+  return n;
+}
+PIHandle GetResource(PIOSType type, int16_t index) {
+  auto it = FindKept(type, index);
+  if (it == g_resources.end()) return nullptr;
+  PIHandle h = NewHandle(int32_t(it->second.size()));
+  if (h && !it->second.empty()) std::memcpy(*h, it->second.data(), it->second.size());
+  return h;
+}
+void DeleteResource(PIOSType type, int16_t index) {
+  auto it = FindKept(type, index);
+  if (it != g_resources.end()) g_resources.erase(it);
+}
+PIOSErr AddResource(PIOSType type, PIHandle data) {
+  if (!g_handles.count(data)) return piFilterBadParameters;
+  g_resources.emplace_back(type, std::vector<char>(*data, *data + GetHandleSize(data)));
+  return piNoErr;
+}
+
 PIBoolean TestAbort() { return 0; }
 void Progress(int32_t, int32_t) {}
 void HostProc(int16_t, intptr_t*) {}
 void ProcessEvent(void*) {}
-int32_t AcquireSuite(const char*, int32_t, const void** suite) {
+// --- suites acquired by name ---------------------------------------------------------
+void SetHandleLock(PIHandle h, PIBoolean lock, char** address, PIBoolean* oldLock) {
+  if (address) *address = lock && g_handles.count(h) ? *h : nullptr;
+  if (oldLock) *oldLock = 0;
+}
+
+// Buffers of the buffer suite are plain pointers; their sizes are kept here.
+std::map<char*, uint32_t> g_suiteBuffers;
+char* NewSuiteBuffer(uint32_t* requested, uint32_t minimum) {
+  uint32_t size = requested && *requested > minimum ? *requested : minimum;
+  char* p = static_cast<char*>(std::calloc(size_t(size) + 1, 1));
+  if (!p && size > minimum) p = static_cast<char*>(std::calloc(size_t(size = minimum) + 1, 1));
+  if (!p) return nullptr;
+  if (requested) *requested = size;
+  g_suiteBuffers[p] = size;
+  return p;
+}
+void DisposeSuiteBuffer(char** buffer) {
+  if (!buffer || !g_suiteBuffers.erase(*buffer)) return;
+  std::free(*buffer);
+  *buffer = nullptr;
+}
+uint32_t SuiteBufferSize(char* buffer) {
+  auto it = g_suiteBuffers.find(buffer);
+  return it == g_suiteBuffers.end() ? 0 : it->second;
+}
+uint32_t SuiteBufferSpace() { return 256u << 20; }
+
+intptr_t MainAppWindow() { return 0; }
+int32_t SetCursor(void*) { return 0; }
+uint32_t TickCount() { return GetTickCount() * 60u / 1000u; }
+int32_t GetPluginName(void*, void** name) {
+  if (name) *name = nullptr;
+  return PI_SUITE_NOT_FOUND;
+}
+
+PIHandleSuite1 g_handleSuite1{NewHandle, DisposeHandle, SetHandleLock, GetHandleSize, SetHandleSize, RecoverSpace};
+PIHandleSuite2 g_handleSuite2{NewHandle,     DisposeHandle, DisposeHandle, SetHandleLock,
+                              GetHandleSize, SetHandleSize, RecoverSpace};
+PIBufferSuite1 g_bufferSuite1{NewSuiteBuffer, DisposeSuiteBuffer, SuiteBufferSize, SuiteBufferSpace};
+PIUIHooksSuite1 g_uiHooks1{ProcessEvent, DisplayPixels, Progress, TestAbort,
+                           MainAppWindow, SetCursor,    TickCount, GetPluginName};
+
+// The name of the last suite asked for that this host does not have.
+std::string g_missingSuite;
+
+int32_t AcquireSuite(const char* name, int32_t version, const void** suite) {
   if (suite) *suite = nullptr;
+  const std::string n = name ? name : "";
+  const void* found = nullptr;
+  if (n == PI_HANDLE_SUITE) found = version == 1 ? static_cast<const void*>(&g_handleSuite1)
+                                   : version == 2 ? static_cast<const void*>(&g_handleSuite2) : nullptr;
+  else if (n == PI_BUFFER_SUITE && version == 1) found = &g_bufferSuite1;
+  else if (n == PI_UIHOOKS_SUITE && version == 1) found = &g_uiHooks1;
+  if (found) {
+    if (suite) *suite = found;
+    return 0;
+  }
   g_askedUnsupported = true;
-  g_unsupportedWhat = "plugin suites";
-  return 0x53214664;  // "suite not found"
+  g_missingSuite = "the suite \"" + n.substr(0, 100) + "\" version " + std::to_string(version);
+  g_unsupportedWhat = g_missingSuite.c_str();
+  return PI_SUITE_NOT_FOUND;
 }
 int32_t ReleaseSuite(const char*, int32_t) { return 0; }
 PIBoolean IsEqual(const char* a, const char* b) { return a && b && std::strcmp(a, b) == 0; }
@@ -144,13 +243,64 @@ int32_t ReallocateBlock(void* block, size_t size, void** out) {
 }
 int32_t Undefined() { return -1; }
 
+// Image services: offered so that a plugin finds the suite where it looks,
+// answering that the host cannot do the work. Channel ports are not handed
+// out: their ports come from the document description (documentInfo), which
+// this host does not give, and a plugin that saw the procs alone would read
+// through that empty pointer.
+PIOSErr Interpolate(PIImagePlane*, PIImagePlane*, PIRect16*, PIFixed*, int16_t) {
+  return NotSupported("image services");
+}
+
+// Scripting: a plugin reads an empty descriptor (no keys) and may write one;
+// what it writes is not kept, only a handle is given back.
+int g_descriptorToken = 0;
+PIReadDescriptor OpenReadDescriptor(PIHandle, PIOSType*) { return &g_descriptorToken; }
+PIOSErr CloseReadDescriptor(PIReadDescriptor) { return piNoErr; }
+PIBoolean GetKey(PIReadDescriptor, PIOSType* key, PIOSType* type, int32_t* flags) {
+  if (key) *key = 0;
+  if (type) *type = 0;
+  if (flags) *flags = 0;
+  return 0;
+}
+PIOSErr DescriptorNoValue() { return -30181; }  // nothing to read
+PIOSErr DescriptorPut() { return piNoErr; }
+PIWriteDescriptor OpenWriteDescriptor() { return &g_descriptorToken; }
+PIOSErr CloseWriteDescriptor(PIWriteDescriptor, PIHandle* descriptor) {
+  if (descriptor) *descriptor = NewHandle(0);
+  return piNoErr;
+}
+
 PIBufferProcs g_bufferProcs{2, 5, AllocateBuffer, LockBuffer, UnlockBuffer, FreeBuffer, BufferSpace};
 PIHandleProcs g_handleProcs{1,           8,           NewHandle,    DisposeHandle, GetHandleSize,
                             SetHandleSize, LockHandle, UnlockHandle, RecoverSpace,  DisposeHandle};
 PIResourceProcs g_resourceProcs{3, 4, CountResources, GetResource, DeleteResource, AddResource};
 PIPropertyProcs g_propertyProcs{1, 2, GetProperty, SetProperty};
+PIImageServicesProcs g_imageServices{1, 2, Interpolate, Interpolate};
 PISPBasicSuite g_basicSuite{AcquireSuite, ReleaseSuite, IsEqual, AllocateBlock, FreeBlock, ReallocateBlock,
                             Undefined};
+
+PIReadDescriptorProcs MakeReadDescriptorProcs() {
+  PIReadDescriptorProcs r{};
+  r.readDescriptorProcsVersion = 0;
+  r.numReadDescriptorProcs = 18;
+  r.openReadDescriptorProc = OpenReadDescriptor;
+  r.closeReadDescriptorProc = CloseReadDescriptor;
+  r.getKeyProc = GetKey;
+  for (auto& proc : r.getProcs) proc = DescriptorNoValue;
+  return r;
+}
+PIWriteDescriptorProcs MakeWriteDescriptorProcs() {
+  PIWriteDescriptorProcs w{};
+  w.writeDescriptorProcsVersion = 0;
+  w.numWriteDescriptorProcs = 16;
+  w.openWriteDescriptorProc = OpenWriteDescriptor;
+  w.closeWriteDescriptorProc = CloseWriteDescriptor;
+  for (auto& proc : w.putProcs) proc = DescriptorPut;
+  return w;
+}
+PIReadDescriptorProcs g_readDescriptor = MakeReadDescriptorProcs();
+PIWriteDescriptorProcs g_writeDescriptor = MakeWriteDescriptorProcs();
 
 // --- pictures ----------------------------------------------------------------------
 struct Picture {
@@ -320,6 +470,8 @@ struct LoadedPlugin {
   PIFilterEntry entry = nullptr;
   intptr_t data = 0;               // the plugin's own globals between calls
   PIHandle parameters = nullptr;   // kept for the next run without a dialog
+  PIHandle descriptor = nullptr;   // what the plugin recorded for scripting
+  bool parametersAsked = false;    // the parameters selector has run once
 };
 std::map<std::string, LoadedPlugin> g_plugins;
 
@@ -358,6 +510,128 @@ std::string EntryFromPiPL(HMODULE module) {
   return name;
 }
 
+// --- why a DLL does not load ---------------------------------------------------------
+// What a PE file imports, read from the file's bytes: each DLL with the
+// functions taken from it by name ("#n" for one taken by number). Empty when
+// the file is no PE file; whatever lies outside the file is passed over.
+struct Import {
+  std::string dll;
+  std::vector<std::string> functions;
+};
+
+std::vector<Import> ImportsOf(const std::string& path) {
+  std::vector<Import> imports;
+  FILE* f = Open(path, L"rb");
+  if (!f) return imports;
+  std::vector<unsigned char> b;
+  unsigned char chunk[65536];
+  size_t n;
+  while ((n = std::fread(chunk, 1, sizeof chunk, f)) > 0 && b.size() < (size_t(64) << 20))
+    b.insert(b.end(), chunk, chunk + n);
+  std::fclose(f);
+  auto u16 = [&](size_t at) -> uint32_t { return at + 2 <= b.size() ? uint32_t(b[at] | b[at + 1] << 8) : 0; };
+  auto u32 = [&](size_t at) -> uint32_t { return at + 4 <= b.size() ? Le32(&b[at]) : 0; };
+  auto text = [&](size_t at) {
+    std::string t;
+    for (size_t k = at; k < b.size() && b[k] && t.size() < 260; ++k) t += char(b[k]);
+    return t;
+  };
+  if (b.size() < 64 || b[0] != 'M' || b[1] != 'Z') return imports;
+  const size_t pe = u32(60);
+  if (pe > b.size() || u32(pe) != 0x00004550) return imports;
+  const size_t sections = u16(pe + 6), optSize = u16(pe + 20), opt = pe + 24;
+  const bool wide = u16(opt) == 0x20B;  // PE32+: 8-byte thunks
+  const uint32_t importRva = u32(opt + (wide ? 112 : 96) + 8);  // data directory 1
+  // The file offset of a relative virtual address, through the section table.
+  auto fileAt = [&](uint32_t rva) -> size_t {
+    const size_t table = opt + optSize;
+    for (size_t i = 0; i < sections && i < 96; ++i) {
+      const size_t sec = table + 40 * i;
+      const uint32_t va = u32(sec + 12), vsize = std::max(u32(sec + 8), u32(sec + 16)), raw = u32(sec + 20);
+      if (rva >= va && rva - va < vsize) return size_t(raw) + (rva - va);
+    }
+    return size_t(-1);
+  };
+  size_t desc = importRva ? fileAt(importRva) : size_t(-1);
+  for (int i = 0; i < 256 && desc != size_t(-1) && desc + 20 <= b.size(); ++i, desc += 20) {
+    const uint32_t nameRva = u32(desc + 12);
+    if (nameRva == 0) break;
+    Import imp;
+    const size_t at = fileAt(nameRva);
+    if (at < b.size()) imp.dll = text(at);
+    if (imp.dll.empty()) continue;
+    const uint32_t thunkRva = u32(desc) ? u32(desc) : u32(desc + 16);
+    size_t thunk = thunkRva ? fileAt(thunkRva) : size_t(-1);
+    const size_t step = wide ? 8 : 4;
+    for (int k = 0; k < 4096 && thunk != size_t(-1) && thunk + step <= b.size(); ++k, thunk += step) {
+      const uint32_t lo = u32(thunk), hi = wide ? u32(thunk + 4) : 0;
+      if (lo == 0 && hi == 0) break;
+      const bool byNumber = wide ? (hi & 0x80000000u) != 0 : (lo & 0x80000000u) != 0;
+      if (byNumber) {
+        imp.functions.push_back("#" + std::to_string(lo & 0xFFFF));
+      } else {
+        const size_t hint = fileAt(lo & 0x7FFFFFFFu);
+        if (hint != size_t(-1) && hint + 2 < b.size()) imp.functions.push_back(text(hint + 2));
+      }
+    }
+    imports.push_back(std::move(imp));
+  }
+  return imports;
+}
+
+std::string FolderOf(const std::string& path) {
+  const size_t slash = path.find_last_of("\\/");
+  return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
+}
+
+// Where the loader would find `dll` for a module in `folder`: that folder,
+// then the search path (our stand-ins' folder, the system folders). "" if
+// nowhere.
+std::string Locate(const std::string& dll, const std::string& folder) {
+  const std::wstring inFolder = Wide(folder + dll);
+  if (GetFileAttributesW(inFolder.c_str()) != INVALID_FILE_ATTRIBUTES) return folder + dll;
+  wchar_t found[MAX_PATH];
+  const DWORD n = SearchPathW(nullptr, Wide(dll).c_str(), nullptr, MAX_PATH, found, nullptr);
+  if (n == 0 || n >= MAX_PATH) return {};
+  const int len = WideCharToMultiByte(CP_UTF8, 0, found, int(n), nullptr, 0, nullptr, nullptr);
+  std::string utf8(size_t(len > 0 ? len : 0), '\0');
+  if (len > 0) WideCharToMultiByte(CP_UTF8, 0, found, int(n), &utf8[0], len, nullptr, nullptr);
+  return utf8;
+}
+
+// Why the module at `path` does not load, as the rest of a sentence that
+// starts with its name ("needs MSVCRT10.dll, which is not installed"); "" if
+// each DLL it imports loads and has each function it takes. A DLL that is
+// there but does not load is looked into in turn.
+std::string WhyNotLoaded(const std::string& path, int depth) {
+  const std::string folder = FolderOf(path);
+  for (const Import& imp : ImportsOf(path)) {
+    const std::string file = Locate(imp.dll, folder);
+    HMODULE m = file.empty() ? nullptr
+                             : LoadLibraryExW(Wide(file).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    if (!m) m = LoadLibraryW(Wide(imp.dll).c_str());
+    if (!m) {
+      if (file.empty()) return "needs " + imp.dll + ", which is not installed";
+      if (depth < 4) {
+        const std::string deeper = WhyNotLoaded(file, depth + 1);
+        if (!deeper.empty()) return "needs " + imp.dll + ", which " + deeper;
+      }
+      return "needs " + imp.dll + ", which does not load here";
+    }
+    for (const std::string& fn : imp.functions) {
+      const bool byNumber = !fn.empty() && fn[0] == '#';
+      FARPROC proc = byNumber ? GetProcAddress(m, MAKEINTRESOURCEA(std::atoi(fn.c_str() + 1)))
+                              : GetProcAddress(m, fn.c_str());
+      if (!proc) {
+        FreeLibrary(m);
+        return "needs " + fn + " from " + imp.dll + ", which the installed " + imp.dll + " does not have";
+      }
+    }
+    FreeLibrary(m);
+  }
+  return {};
+}
+
 Failure Load(const std::string& path, LoadedPlugin*& out) {
   auto it = g_plugins.find(path);
   if (it != g_plugins.end()) {
@@ -365,9 +639,23 @@ Failure Load(const std::string& path, LoadedPlugin*& out) {
     return {};
   }
   HMODULE module = LoadLibraryExW(Wide(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-  if (!module)
-    return {HostError::LoadFailed, "the plugin could not be loaded (Windows error " +
-                                       std::to_string(GetLastError()) + ")"};
+  if (!module) {
+    const DWORD error = GetLastError();
+    if (error == ERROR_MOD_NOT_FOUND || error == ERROR_PROC_NOT_FOUND || error == ERROR_DLL_INIT_FAILED) {
+      const std::string why = WhyNotLoaded(path, 0);
+      if (!why.empty()) return {HostError::MissingDll, "the plugin " + why};
+    }
+    if (error == ERROR_BAD_EXE_FORMAT)
+      return {HostError::LoadFailed, "the plugin is no Windows DLL for this architecture"};
+    return {HostError::LoadFailed, "the plugin could not be loaded (Windows error " + std::to_string(error) + ")"};
+  }
+  // Wine loads a DLL whose import names a function its DLL lacks, and only
+  // the call fails; Windows refuses it at once. Refused here as Windows does,
+  // with the name of what is missing.
+  if (const std::string why = WhyNotLoaded(path, 0); !why.empty()) {
+    FreeLibrary(module);
+    return {HostError::MissingDll, "the plugin " + why};
+  }
   const std::string entryName = EntryFromPiPL(module);
   if (entryName.empty()) {
     FreeLibrary(module);
@@ -385,15 +673,90 @@ Failure Load(const std::string& path, LoadedPlugin*& out) {
   return {};
 }
 
-Failure FromResult(int16_t result, const char* stage) {
+// The message of a plugin that cannot run without its dialog.
+constexpr const char* kNeedsDialog = "This plugin runs only with its dialog: use Invoke";
+
+// A plugin's own words for its error (errReportString): a Pascal string.
+unsigned char g_errorString[256];
+
+Failure FromResult(int16_t result, const char* stage, bool dialog) {
   if (result == piNoErr) return {};
-  if (result == piUserCanceledErr) return {HostError::Cancelled, "cancelled"};
+  if (result == piUserCanceledErr) {
+    // Without a dialog there is nothing the user could have cancelled: the
+    // plugin wants its dialog.
+    if (!dialog) return {HostError::NeedsDialog, kNeedsDialog};
+    return {HostError::Cancelled, "cancelled"};
+  }
+  if (result == piErrReportString && g_errorString[0] > 0) {
+    std::string text(reinterpret_cast<const char*>(g_errorString + 1), g_errorString[0]);
+    for (char& c : text)
+      if (c == '\n' || c == '\r' || c == '\t') c = ' ';
+    return {HostError::PluginError, "the plugin reports: " + text};
+  }
   if (g_askedUnsupported)
     return {HostError::Unsupported, std::string("the plugin needs ") + g_unsupportedWhat +
                                         ", which this host does not offer (error " + std::to_string(result) + ")"};
   return {HostError::PluginError,
           std::string("the plugin returned error ") + std::to_string(result) + " at " + stage};
 }
+
+// --- no dialogs in a run without the dialog ---------------------------------------------
+// A run without the dialog (a preview, an apply from the command line) must
+// not wait for a user: a dialog the plugin opens anyway is cancelled, and
+// one that does not go is answered for and the host ends.
+std::atomic<bool> g_watching{false};
+std::atomic<bool> g_windowSeen{false};
+
+struct WindowSweep {
+  bool forceful = false;  // WM_CLOSE rather than Cancel
+  bool found = false;
+};
+
+BOOL CALLBACK CancelOwnWindow(HWND hwnd, LPARAM param) {
+  auto* sweep = reinterpret_cast<WindowSweep*>(param);
+  DWORD pid = 0;
+  GetWindowThreadProcessId(hwnd, &pid);
+  if (pid != GetCurrentProcessId() || !IsWindowVisible(hwnd)) return TRUE;
+  // Only dialogs and message boxes wait for the user; a plugin's own
+  // progress window is left to it.
+  wchar_t cls[16] = L"";
+  GetClassNameW(hwnd, cls, 16);
+  if (std::wcscmp(cls, L"#32770") != 0) return TRUE;
+  sweep->found = true;
+  g_windowSeen = true;
+  if (sweep->forceful) PostMessageW(hwnd, WM_CLOSE, 0, 0);
+  else PostMessageW(hwnd, WM_COMMAND, IDCANCEL, 0);
+  return TRUE;
+}
+
+DWORD WINAPI WatchWindows(LPVOID) {
+  int standing = 0;  // sweeps in a row that found a window
+  for (;;) {
+    Sleep(50);
+    if (!g_watching) {
+      standing = 0;
+      continue;
+    }
+    WindowSweep sweep;
+    sweep.forceful = standing > 20;
+    EnumWindows(CancelOwnWindow, reinterpret_cast<LPARAM>(&sweep));
+    standing = sweep.found ? standing + 1 : 0;
+    if (standing > 60) {  // about three seconds of cancelling did not close it
+      Answer({HostError::DialogInPreview,
+              std::string("the plugin opened a window that could not be closed in a run without its dialog. ") +
+                  kNeedsDialog});
+      ExitProcess(71);
+    }
+  }
+}
+
+struct WatchScope {
+  explicit WatchScope(bool on) {
+    g_windowSeen = false;
+    g_watching = on;
+  }
+  ~WatchScope() { g_watching = false; }
+};
 
 void LoadParameters(LoadedPlugin& p, const std::string& file) {
   if (file == "-") return;
@@ -456,18 +819,18 @@ void PrepareRecord(PIFilterRecord& rec, const Picture& pic) {
   rec.inLayerPlanes = rec.outLayerPlanes = rec.absLayerPlanes = layer;
   rec.inTransparencyMask = rec.outTransparencyMask = rec.absTransparencyMask = transparency;
   rec.propertyProcs = &g_propertyProcs;
+  rec.imageServicesProcs = &g_imageServices;
+  g_errorString[0] = 0;
+  rec.errorString = g_errorString;
   rec.sSPBasic = &g_basicSuite;
   rec.depth = 8;
+  g_planes = int16_t(pic.planes);
 }
 
-Failure RunPlugin(const std::string& plugin, const std::string& inPath, const std::string& outPath,
-                  const std::string& paramsFile, bool dialog) {
-  LoadedPlugin* p = nullptr;
-  Failure f = Load(plugin, p);
-  if (f.code != HostError::None) return f;
-  Picture source, result;
-  if (!ReadPicture(inPath, source)) return {HostError::BadPicture, "the picture could not be read"};
-  result = source;
+// One pass of the selectors over `source` into `result`; the parameters
+// selector only when `askParameters`.
+Failure RunSelectors(LoadedPlugin* p, Picture& source, Picture& result, const std::string& paramsFile, bool dialog,
+                     bool askParameters) {
   auto rec = std::make_unique<PIFilterRecord>();
   PrepareRecord(*rec, source);
   LoadParameters(*p, paramsFile);
@@ -479,28 +842,59 @@ Failure RunPlugin(const std::string& plugin, const std::string& inPath, const st
   run.result = &result;
   g_run = &run;
   int16_t r = 0;
+  // The scripting signals: with the dialog the plugin shows it; without, it
+  // plays what it has and shows nothing.
+  PIDescriptorParameters descriptor{};
+  descriptor.descriptorParametersVersion = 0;
+  descriptor.playInfo = dialog ? plugInDialogDisplay : plugInDialogDontDisplay;
+  descriptor.recordInfo = plugInDialogOptional;
+  descriptor.descriptor = p->descriptor;
+  descriptor.writeDescriptorProcs = &g_writeDescriptor;
+  descriptor.readDescriptorProcs = &g_readDescriptor;
+  rec->descriptorParameters = &descriptor;
   auto call = [&](int16_t selector) {
     r = 0;
     p->entry(selector, rec.get(), &p->data, &r);
     p->parameters = rec->parameters;
   };
+  // What the plugin recorded for scripting, whenever it wrote it, is handed
+  // back on its next run.
   struct Reset {
-    ~Reset() { g_run = nullptr; }
-  } reset;
-  // Only a run from the window asks for the dialog; a preview runs with the
-  // last or stored parameters, or none, and the plugin's defaults.
-  if (dialog) {
+    LoadedPlugin* plugin;
+    PIDescriptorParameters* recorded;
+    ~Reset() {
+      g_run = nullptr;
+      if (recorded->descriptor != plugin->descriptor) {
+        if (g_handles.count(plugin->descriptor)) DisposeHandle(plugin->descriptor);
+        plugin->descriptor = recorded->descriptor;
+      }
+    }
+  } reset{p, &descriptor};
+  const WatchScope watch(!dialog);
+  auto windowFailure = [] {
+    return Failure{HostError::DialogInPreview,
+                   std::string("the plugin opened its dialog in a run without one. ") + kNeedsDialog};
+  };
+  // As a real host does: the parameters selector on the plugin's first run
+  // (many plugins set up their tables there) and whenever the user is asked;
+  // the next runs without the dialog go straight to prepare with what the
+  // plugin kept.
+  if (askParameters) {
     call(filterSelectorParameters);
-    if (r != piNoErr) return FromResult(r, "parameters");
+    if (g_windowSeen) return windowFailure();
+    if (r != piNoErr) return FromResult(r, "parameters", dialog);
+    p->parametersAsked = true;
   }
   call(filterSelectorPrepare);
-  if (r != piNoErr) return FromResult(r, "prepare");
+  if (g_windowSeen) return windowFailure();
+  if (r != piNoErr) return FromResult(r, "prepare", dialog);
   call(filterSelectorStart);
-  if (r != piNoErr || run.overrun) {
+  if (r != piNoErr || run.overrun || g_windowSeen) {
     const int16_t failed = r;
     call(filterSelectorFinish);
+    if (g_windowSeen) return windowFailure();
     return run.overrun ? Failure{HostError::OutsideBuffers, "the plugin wrote outside its buffers"}
-                       : FromResult(failed, "start");
+                       : FromResult(failed, "start", dialog);
   }
   for (int guard = 0; guard < 1 << 24; ++guard) {
     if (Advance() != piNoErr) break;
@@ -513,8 +907,32 @@ Failure RunPlugin(const std::string& plugin, const std::string& inPath, const st
   const int16_t stopped = r;
   call(filterSelectorFinish);
   if (run.overrun) return {HostError::OutsideBuffers, "the plugin wrote outside its buffers"};
-  if (stopped != piNoErr) return FromResult(stopped, "continue");
-  if (r != piNoErr) return FromResult(r, "finish");
+  if (g_windowSeen) return windowFailure();
+  if (stopped != piNoErr) return FromResult(stopped, "continue", dialog);
+  if (r != piNoErr) return FromResult(r, "finish", dialog);
+  return {};
+}
+
+Failure RunPlugin(const std::string& plugin, const std::string& inPath, const std::string& outPath,
+                  const std::string& paramsFile, bool dialog) {
+  LoadedPlugin* p = nullptr;
+  Failure f = Load(plugin, p);
+  if (f.code != HostError::None) return f;
+  Picture source, result;
+  if (!ReadPicture(inPath, source)) return {HostError::BadPicture, "the picture could not be read"};
+  result = source;
+  const bool askParameters = dialog || !p->parametersAsked;
+  f = RunSelectors(p, source, result, paramsFile, dialog, askParameters);
+  if (!dialog && askParameters && p->parametersAsked &&
+      (f.code == HostError::NeedsDialog || f.code == HostError::DialogInPreview)) {
+    // Plugins older than the scripting signals take the parameters selector
+    // as the user's call for their dialog and open it at start. Having set
+    // themselves up in that selector, they run without the dialog when the
+    // next pass leaves it out, as a host's "last filter" does.
+    result = source;
+    f = RunSelectors(p, source, result, paramsFile, dialog, false);
+  }
+  if (f.code != HostError::None) return f;
   if (!WritePicture(outPath, result)) return {HostError::BadPicture, "the result could not be written"};
   SaveParameters(*p, paramsFile);
   return {};
@@ -529,15 +947,41 @@ Failure About(const std::string& plugin) {
   about.sSPBasic = &g_basicSuite;
   int16_t r = 0;
   p->entry(filterSelectorAbout, &about, &p->data, &r);
-  return FromResult(r, "about");
+  return FromResult(r, "about", true);
 }
 
+const char* ExceptionName(DWORD code) {
+  switch (code) {
+    case EXCEPTION_ACCESS_VIOLATION: return "access violation";
+    case EXCEPTION_ILLEGAL_INSTRUCTION: return "illegal instruction";
+    case EXCEPTION_PRIV_INSTRUCTION: return "privileged instruction";
+    case EXCEPTION_INT_DIVIDE_BY_ZERO: return "division by zero";
+    case EXCEPTION_STACK_OVERFLOW: return "stack overflow";
+    case EXCEPTION_DATATYPE_MISALIGNMENT: return "misaligned data";
+    case EXCEPTION_IN_PAGE_ERROR: return "page fault";
+    default: return "exception";
+  }
+}
+
+// Wine's exception for a call into a function it does not implement: the
+// DLL's and the function's names come with it.
+constexpr DWORD kWineStub = 0x80000100;
+
 LONG WINAPI OnCrash(EXCEPTION_POINTERS* info) {
-  char code[32];
-  std::snprintf(code, sizeof code, "0x%08lX", info && info->ExceptionRecord
-                                                   ? static_cast<unsigned long>(info->ExceptionRecord->ExceptionCode)
-                                                   : 0ul);
-  Answer({HostError::Crashed, std::string("the plugin crashed (exception ") + code + ")"});
+  const EXCEPTION_RECORD* er = info ? info->ExceptionRecord : nullptr;
+  const DWORD code = er ? er->ExceptionCode : 0;
+  if (code == kWineStub && er->NumberParameters >= 2 && er->ExceptionInformation[0] > 0xFFFF) {
+    const char* dll = reinterpret_cast<const char*>(er->ExceptionInformation[0]);
+    const ULONG_PTR fn = er->ExceptionInformation[1];
+    const std::string name = fn > 0xFFFF ? std::string(reinterpret_cast<const char*>(fn))
+                                         : "function #" + std::to_string(fn);
+    Answer({HostError::Crashed, "the plugin called " + name + " of " + dll + ", which Wine does not implement"});
+    ExitProcess(70);
+  }
+  char text[96];
+  std::snprintf(text, sizeof text, "%s in the plugin's code (exception 0x%08lX)", ExceptionName(code),
+                static_cast<unsigned long>(code));
+  Answer({HostError::Crashed, text});
   ExitProcess(70);
   return EXCEPTION_EXECUTE_HANDLER;
 }
@@ -559,6 +1003,22 @@ std::vector<std::string> Split(const std::string& line) {
 int main() {
   SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
   SetUnhandledExceptionFilter(OnCrash);
+  // Our stand-ins for runtime DLLs that Wine lacks (MSVCRT10.dll) lie in a
+  // folder beside the host, one per architecture; the loader looks there after
+  // the plugin's own folder.
+  wchar_t self[MAX_PATH];
+  const DWORD len = GetModuleFileNameW(nullptr, self, MAX_PATH);
+  if (len > 0 && len < MAX_PATH) {
+    std::wstring folder(self, len);
+    folder.erase(folder.find_last_of(L"\\/") + 1);
+#ifdef _WIN64
+    folder += L"runtime64";
+#else
+    folder += L"runtime32";
+#endif
+    SetDllDirectoryW(folder.c_str());
+  }
+  CreateThread(nullptr, 0, WatchWindows, nullptr, 0, nullptr);
   std::string line;
   int c;
   for (;;) {

@@ -74,7 +74,12 @@ void BrowseDialog::Start() {
 void BrowseDialog::SetTile(size_t index, const QImage& image, const QString& error) {
   if (index >= tiles_.size()) return;
   QImage shown = image;
-  if (shown.isNull() && fallback_ && !cancel_) shown = fallback_(plugins_[index]);
+  QString said = error;
+  if (shown.isNull() && fallback_ && !cancel_) {
+    std::string why;
+    shown = fallback_(plugins_[index], why);
+    if (!why.empty()) said = QString::fromStdString(why);
+  }
   tiles_[index] = shown;
   ++finished_;
   QPixmap tile(kTile, kTile);
@@ -85,7 +90,7 @@ void BrowseDialog::SetTile(size_t index, const QImage& image, const QString& err
     painter.drawImage((kTile - scaled.width()) / 2, (kTile - scaled.height()) / 2, scaled);
   } else {
     painter.setPen(Qt::red);
-    painter.drawText(tile.rect().adjusted(4, 4, -4, -4), Qt::AlignCenter | Qt::TextWordWrap, error);
+    painter.drawText(tile.rect().adjusted(4, 4, -4, -4), Qt::AlignCenter | Qt::TextWordWrap, said);
   }
   painter.end();
   grid_->item(int(index))->setIcon(QIcon(tile));

@@ -27,7 +27,10 @@ class BrowseDialog : public QDialog {
 
   void Start();
   // Called on the window's thread for a plugin the workers couldn't run.
-  void SetFallback(std::function<QImage(const std::string&)> fallback) { fallback_ = std::move(fallback); }
+  // Runs a plugin the engine cannot; on failure it leaves the cause in its second argument.
+  void SetFallback(std::function<QImage(const std::string&, std::string&)> fallback) {
+    fallback_ = std::move(fallback);
+  }
   void Cancel() { cancel_ = true; }
   int finishedCount() const { return finished_; }
   bool allDone() const { return finished_ == int(plugins_.size()); }
@@ -49,7 +52,7 @@ class BrowseDialog : public QDialog {
   QImage picture_;
   ContactSheetOptions options_;
   std::vector<QImage> tiles_;
-  std::function<QImage(const std::string&)> fallback_;
+  std::function<QImage(const std::string&, std::string&)> fallback_;
   std::atomic<bool> cancel_{false};
   std::thread worker_;
   int finished_ = 0;

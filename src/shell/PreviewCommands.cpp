@@ -188,13 +188,16 @@ void PreviewController::mnuBrowser_Click() {
   auto* dialog = new BrowseDialog(std::move(plugins), *thumb, options, &window_);
   dialog->setAttribute(Qt::WA_DeleteOnClose);
   // What the engine can't run is tried through the host, on this thread.
-  dialog->SetFallback([this, image = *thumb](const std::string& plugin) { return RunThroughHost(plugin, image); });
+  dialog->SetFallback([this, image = *thumb](const std::string& plugin, std::string& why) {
+    return RunThroughHost(plugin, image, nullptr, &why);
+  });
   connect(dialog, &BrowseDialog::pluginActivated, this, [this](const QString& path) {
     PreviewPlugin(path.toLocal8Bit().toStdString());
     previewWindow()->show();
     previewWindow()->raise();
   });
   dialog->show();
+  window_.EscapeFlag() = false;  // an earlier Esc must not stop the host runs
   dialog->Start();
 }
 
@@ -235,6 +238,7 @@ BatchResult PreviewController::RunBatch(const std::string& plugin, const std::ve
   // Our own filters run straight on the engine; any other plugin goes
   // through the host, which says what it can't run.
   const PreparedFilter filter = PrepareFilter(plugin);
+  window_.EscapeFlag() = false;  // an earlier Esc must not stop the probe
   PictureRunner run;
   if (filter.ok()) {
     run = [this, &filter](const QImage& in) {
@@ -245,8 +249,10 @@ BatchResult PreviewController::RunBatch(const std::string& plugin, const std::ve
     QImage probe(1, 1, QImage::Format_RGB888);
     probe.fill(Qt::gray);
     int32_t status = IMG_OK;
-    if (RunThroughHost(plugin, probe, &status).isNull()) {
-      shell().MsgBox(ImgStatusText(status), MsgButtons::Ok, MsgIcon::Exclamation, "Image Library");
+    std::string why;
+    if (RunThroughHost(plugin, probe, &status, &why).isNull()) {
+      shell().MsgBox(why.empty() ? ImgStatusText(status) : why, MsgButtons::Ok, MsgIcon::Exclamation,
+                     "Image Library");
       return {};
     }
   }

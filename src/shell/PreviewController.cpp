@@ -284,12 +284,17 @@ bool PreviewController::PreviewPlugin(const std::string& pluginPath) {
   WindowHandle parent = 0;
   bool result = false;
   ++previewRuns_;
+  // An Esc pressed before (to close a box) must not stop this run.
+  window_.EscapeFlag() = false;
   QApplication::setOverrideCursor(Qt::WaitCursor);
+  PluginFailure why;
   PluginInvoke(*lib_, state_, shell(), window_.programFolder(), pluginPath, nullptr, false, parent,
-               result);
+               result, &why);
   QApplication::restoreOverrideCursor();
   if (!result) {
-    previewWindow()->ShowMessage("No preview of " + name);
+    // The cause, in the words Browse and Batch use too.
+    previewWindow()->ShowMessage("No preview of " + name +
+                                 (why.text.empty() ? QString() : "\n" + QString::fromStdString(why.text)));
     return false;
   }
   ShowPreviewImage(name);
@@ -411,9 +416,15 @@ void PreviewController::cmd_Invoke() {
   WindowHandle parent = 0;
   bool result = false;
   QApplication::setOverrideCursor(Qt::WaitCursor);
-  PluginInvoke(*lib_, state_, shell(), window_.programFolder(), path, nullptr, false, parent, result);
+  PluginFailure why;
+  PluginInvoke(*lib_, state_, shell(), window_.programFolder(), path, nullptr, false, parent, result, &why);
   QApplication::restoreOverrideCursor();
-  if (!result) return;
+  if (!result) {
+    // A cancelled dialog is the user's choice; anything else says its cause.
+    if (why.status != IMG_OK && why.status != IMG_ERR_CANCELLED && !why.text.empty())
+      shell().MsgBox(why.text, MsgButtons::Ok, MsgIcon::Exclamation, "Trel");
+    return;
+  }
   shownPlugin_ = path;
   ShowPreviewImage(NameOf(path));
   previewWindow()->show();
@@ -488,7 +499,8 @@ void PreviewController::LoadintoPicView(const QString& path) {
   view->raise();
 }
 
-QImage PreviewController::RunThroughHost(const std::string& plugin, const QImage& picture, int32_t* status) {
+QImage PreviewController::RunThroughHost(const std::string& plugin, const QImage& picture, int32_t* status,
+                                         std::string* why) {
   ImgHandle h = lib_->Adopt(picture);
   if (h == 0) return {};
   QImage result;
@@ -497,6 +509,11 @@ QImage PreviewController::RunThroughHost(const std::string& plugin, const QImage
   if (st == IMG_OK) st = lib_->ImgPlugInLoad(plugin);
   if (st == IMG_OK) st = lib_->ImgPlugInInvoke(h, state_.mainWindow, {0, 0, picture.width() - 1, picture.height() - 1});
   if (st == IMG_OK) result = *lib_->image(h);
+  if (why) {
+    *why = st == IMG_OK ? std::string() : lib_->ImgErrString();
+    for (char& c : *why)
+      if (c == '\n') c = ' ';
+  }
   lib_->ImgPlugInHostUnload();
   lib_->ImgClose(h);
   if (status) *status = st;

@@ -92,7 +92,9 @@ class PreviewController : public QObject {
 
   // Runs a plugin through the host over a copy of a picture, quietly; null
   // when the host couldn't, and then `status` says why.
-  QImage RunThroughHost(const std::string& plugin, const QImage& picture, int32_t* status = nullptr);
+  // `why` receives the cause of a failure on one line, as every window shows it.
+  QImage RunThroughHost(const std::string& plugin, const QImage& picture, int32_t* status = nullptr,
+                        std::string* why = nullptr);
 
   void CloseImages();
   // Hooks the selection models of the panes' lists (again, after a view change).

@@ -1,6 +1,7 @@
 // Windows plugins in the out-of-process host under Wine: the filters of
 // src/plughost/testplugins. Without Wine or mingw-w64 they skip, saying why.
 #include <chrono>
+#include <cstdio>
 #include <filesystem>
 #include <thread>
 
@@ -124,8 +125,10 @@ TEST_F(WindowsPluginTest, FaultyPluginsGiveTheLibrarysErrorAndTheHostRecovers) {
     bool atLoad;
   } rows[] = {
       {TestPlugin("crash64.8bf"), IMG_ERR_PLUGIN_CRASHED, "exception 0xC0000005", false},
+      {TestPlugin("exits64.8bf"), IMG_ERR_PLUGIN_CRASHED, "ended while running the plugin (exit code 3)", false},
       {TestPlugin("errcode64.8bf"), IMG_ERR_PLUGIN_FAILED, "error -30100", false},
       {TestPlugin("unsupported64.8bf"), IMG_ERR_HOST_SERVICE, "colour services", false},
+      {TestPlugin("needsuite64.8bf"), IMG_ERR_HOST_SERVICE, "the suite \"Trel Missing Suite\" version 3", false},
       {TestPlugin("outside64.8bf"), IMG_ERR_PLUGIN_OVERRUN, "outside its buffers", false},
       {TestPlugin("noentry64.8bf"), IMG_ERR_NO_ENTRY, "NotThere", true},
       {notDll, IMG_ERR_NOT_SUPPORTED, "no Windows DLL", true},
@@ -192,6 +195,178 @@ TEST_F(WindowsPluginTest, PluginInvokeShowsTheLoadBoxAndAboutRunsInTheHost) {
   EXPECT_EQ(lib.ImgPlugInAbout(0, TestPlugin("noentry64.8bf")), IMG_ERR_NO_ENTRY);
 }
 
+// Plugins of the kind real collections hold: one that reads the interface
+// only through its own table of offsets (a wrong layout of our header shows
+// there as a report or a crash), one that fills its tables in the parameters
+// selector, one that will not start unless that selector came first, and one
+// that imports the old runtime MSVCRT10.dll (found through our stand-in),
+// and one that, like Filter Factory's plugins, wants its dialog at start once
+// the parameters selector has run.
+// Each runs as a preview runs it (no dialog, twice: the second run skips the
+// parameters selector), as Invoke runs it (with its dialog) and through
+// PluginInvoke.
+std::vector<std::string> RealLikePlugins(const std::string& bits) {
+  return {"layout" + bits + ".8bf", "tables" + bits + ".8bf", "needparams" + bits + ".8bf",
+          "oldruntime" + bits + ".8bf", "olddialog" + bits + ".8bf"};
+}
+
+void RunsEveryWay(ImageLibrary& lib, test::RecordingShell& shell, const std::string& folder,
+                  const std::string& name) {
+  const std::string plugin = TestPlugin(name);
+  for (const bool alpha : {false, true}) {
+    const QImage original = test::PatternPicture(70, 90, alpha);
+    const ImgHandle h = lib.Adopt(original);
+    ASSERT_EQ(lib.ImgPlugInHostLoad(folder), IMG_OK);
+    for (int run = 0; run < 2; ++run) {
+      *lib.image(h) = original;
+      ASSERT_EQ(lib.ImgPlugInLoad(plugin), IMG_OK) << name << ": " << lib.ImgErrString();
+      ASSERT_EQ(lib.ImgPlugInInvoke(h, 0, {0, 0, 69, 89}), IMG_OK) << name << ": " << lib.ImgErrString();
+      EXPECT_TRUE(IsInverse(original, *lib.image(h))) << name << " run " << run;
+    }
+    *lib.image(h) = original;
+    // With the dialog, as Invoke runs it from the window.
+    lib.setPluginDialogs(true);
+    ASSERT_EQ(lib.ImgPlugInInvoke(h, 1, {0, 0, 69, 89}), IMG_OK) << name << ": " << lib.ImgErrString();
+    lib.setPluginDialogs(false);
+    EXPECT_TRUE(IsInverse(original, *lib.image(h))) << name << " with its dialog";
+    lib.ImgClose(h);
+  }
+  // The preview's own path.
+  HostState state;
+  state.mainWindow = 1;
+  const QImage picture = test::PatternPicture(30, 20, false);
+  state.PreviewImage = lib.Adopt(picture);
+  WindowHandle parent = 0;
+  bool result = false;
+  const size_t boxes = shell.boxes.size();
+  PluginInvoke(lib, state, shell, folder, plugin, nullptr, false, parent, result);
+  EXPECT_TRUE(result) << name;
+  EXPECT_EQ(shell.boxes.size(), boxes) << name;
+  EXPECT_TRUE(IsInverse(picture, *lib.image(state.PreviewImage))) << name << " in the preview";
+}
+
+TEST_F(WindowsPluginTest, PluginsLikeRealOnesRunInPreviewsAndWithTheirDialog) {
+  for (const std::string& name : RealLikePlugins("64")) {
+    SCOPED_TRACE(name);
+    // A fresh host for each, so that each has its first run here.
+    lib.hostClient(false).Stop();
+    RunsEveryWay(lib, shell, dir.path(), name);
+  }
+}
+
+TEST_F(WindowsPluginTest, ThePluginsAboutBoxGetsTheAboutRecordItsLayoutExpects) {
+  ASSERT_EQ(lib.ImgPlugInAbout(0, TestPlugin("layout64.8bf")), IMG_OK) << lib.ImgErrString();
+}
+
+// What a user sees when a plugin cannot run: each message names the cause,
+// and the next plugin runs on the same program.
+TEST_F(WindowsPluginTest, MissingDllsAndDialogOnlyPluginsSayWhy) {
+  const QImage original = test::PatternPicture(16, 12, false);
+  const ImgHandle h = lib.Adopt(original);
+  EXPECT_EQ(lib.ImgPlugInLoad(TestPlugin("missingdll64.8bf")), IMG_ERR_NOT_SUPPORTED);
+  EXPECT_NE(lib.ImgErrString().find("needs TrelAbsent.dll, which is not installed"), std::string::npos)
+      << lib.ImgErrString();
+  EXPECT_EQ(lib.ImgErrString().find("error 126"), std::string::npos) << lib.ImgErrString();
+  // A runtime DLL that is there but lacks a function the plugin takes.
+  EXPECT_EQ(lib.ImgPlugInLoad(TestPlugin("runtimegap64.8bf")), IMG_ERR_NOT_SUPPORTED);
+  EXPECT_NE(lib.ImgErrString().find(
+                "needs TrelNotInTheRuntime from MSVCRT10.dll, which the installed MSVCRT10.dll does not have"),
+            std::string::npos)
+      << lib.ImgErrString();
+
+  // Cancelled in a preview without any dialog: it wants its dialog. The
+  // preview's path hands the same words back.
+  ASSERT_EQ(lib.ImgPlugInLoad(TestPlugin("dialogonly64.8bf")), IMG_OK) << lib.ImgErrString();
+  EXPECT_NE(lib.ImgPlugInInvoke(h, 0, {0, 0, 15, 11}), IMG_OK);
+  EXPECT_NE(lib.ImgErrString().find("This plugin runs only with its dialog: use Invoke"), std::string::npos)
+      << lib.ImgErrString();
+  EXPECT_EQ(*lib.image(h), original);
+  HostState state;
+  state.mainWindow = 1;
+  state.PreviewImage = lib.Adopt(original);
+  WindowHandle parent = 0;
+  bool result = true;
+  PluginFailure failure;
+  const std::string& why = failure.text;
+  PluginInvoke(lib, state, shell, dir.path(), TestPlugin("dialogonly64.8bf"), nullptr, false, parent, result, &failure);
+  EXPECT_FALSE(result);
+  EXPECT_NE(why.find("This plugin runs only with its dialog: use Invoke"), std::string::npos) << why;
+  PluginInvoke(lib, state, shell, dir.path(), TestPlugin("crash64.8bf"), nullptr, false, parent, result, &failure);
+  EXPECT_FALSE(result);
+  EXPECT_EQ(failure.status, IMG_ERR_PLUGIN_CRASHED);
+  EXPECT_NE(why.find("The plugin crashed"), std::string::npos) << why;
+  EXPECT_NE(why.find("Access violation in the plugin's code"), std::string::npos) << why;
+  PluginInvoke(lib, state, shell, dir.path(), TestPlugin("missingdll64.8bf"), nullptr, false, parent, result, &failure);
+  EXPECT_FALSE(result);
+  EXPECT_NE(why.find("needs TrelAbsent.dll"), std::string::npos) << why;
+
+  // Invoke gives it the dialog, and then it runs; the previews after it run
+  // with what it kept, as a real host's "last filter" does.
+  ASSERT_EQ(lib.ImgPlugInHostLoad(dir.path()), IMG_OK);
+  ASSERT_EQ(lib.ImgPlugInLoad(TestPlugin("dialogonly64.8bf")), IMG_OK) << lib.ImgErrString();
+  lib.setPluginDialogs(true);
+  EXPECT_EQ(lib.ImgPlugInInvoke(h, 1, {0, 0, 15, 11}), IMG_OK) << lib.ImgErrString();
+  lib.setPluginDialogs(false);
+  EXPECT_TRUE(IsInverse(original, *lib.image(h)));
+  PluginInvoke(lib, state, shell, dir.path(), TestPlugin("dialogonly64.8bf"), nullptr, false, parent, result, &failure);
+  EXPECT_TRUE(result) << why;
+  EXPECT_TRUE(why.empty()) << why;
+}
+
+// A plugin that opens its dialog although the host said not to: the window
+// is cancelled and the message says why. Without an X display Wine opens no
+// window (the plugin then answers error -1 or -2), so there is nothing
+// to stop; dialog_xvfb.sh runs it under a virtual display.
+TEST_F(WindowsPluginTest, APluginThatShowsItsDialogInAPreviewIsStopped) {
+  if (qEnvironmentVariableIsEmpty("DISPLAY")) GTEST_SKIP() << "no X display: Wine opens no window to stop";
+  const QImage original = test::PatternPicture(16, 12, false);
+  const ImgHandle h = lib.Adopt(original);
+  ASSERT_EQ(lib.ImgPlugInLoad(TestPlugin("showsdialog64.8bf")), IMG_OK) << lib.ImgErrString();
+  const int32_t st = lib.ImgPlugInInvoke(h, 0, {0, 0, 15, 11});
+  // A prefix whose desktop began without a display shows no window even
+  // under one; the xvfb test (dialog_xvfb.sh) runs this in a prefix of its own.
+  if (lib.ImgErrString().find("error -1 at parameters") != std::string::npos ||
+      lib.ImgErrString().find("error -2 at parameters") != std::string::npos)
+    GTEST_SKIP() << "Wine opened no window in this prefix, so there is no dialog to stop";
+  EXPECT_NE(st, IMG_OK);
+  EXPECT_EQ(*lib.image(h), original);
+  EXPECT_NE(lib.ImgErrString().find("opened its dialog in a run without one"), std::string::npos)
+      << lib.ImgErrString();
+  EXPECT_NE(lib.ImgErrString().find("This plugin runs only with its dialog: use Invoke"), std::string::npos);
+  ASSERT_EQ(Run(TestPlugin("invert64.8bf"), h, {0, 0, 15, 11}), IMG_OK) << lib.ImgErrString();
+}
+
+// trel-cli apply runs them the way a preview does.
+TEST_F(WindowsPluginTest, TrelCliAppliesThemAndSaysWhyNot) {
+  const std::string cli = TREL_CLI;
+  if (!std::filesystem::exists(cli)) GTEST_SKIP() << "trel-cli was not built";
+  const QImage original = test::PatternPicture(24, 18, false);
+  const std::string in = dir.file("in.png");
+  ASSERT_TRUE(original.save(QString::fromStdString(in)));
+  auto apply = [&](const std::string& plugin, const std::string& out, std::string& said) {
+    const std::string command = "'" + cli + "' apply '" + TestPlugin(plugin) + "' '" + in + "' -o '" + out + "' 2>&1";
+    said.clear();
+    FILE* pipe = popen(command.c_str(), "r");
+    if (!pipe) return -1;
+    char buf[512];
+    while (fgets(buf, sizeof buf, pipe)) said += buf;
+    return pclose(pipe);
+  };
+  for (const std::string& name : RealLikePlugins("64")) {
+    const std::string out = dir.file(name + ".png");
+    std::string said;
+    ASSERT_EQ(apply(name, out, said), 0) << name << ": " << said;
+    const QImage result = QImage(QString::fromStdString(out)).convertToFormat(QImage::Format_RGB888);
+    EXPECT_TRUE(IsInverse(original, result)) << name;
+  }
+  std::string said;
+  EXPECT_NE(apply("dialogonly64.8bf", dir.file("no.png"), said), 0);
+  EXPECT_NE(said.find("This plugin runs only with its dialog: use Invoke"), std::string::npos) << said;
+  EXPECT_NE(apply("missingdll64.8bf", dir.file("no.png"), said), 0);
+  EXPECT_NE(said.find("needs TrelAbsent.dll, which is not installed"), std::string::npos) << said;
+  EXPECT_FALSE(std::filesystem::exists(dir.file("no.png")));
+}
+
 // 32-bit plugins need the 32-bit Wine; where it is missing the message names it.
 class ThirtyTwoBitPlugins : public WindowsPluginTest {
   bool Needs64() const override { return false; }
@@ -211,6 +386,16 @@ TEST_F(ThirtyTwoBitPlugins, RunOrSayWhatIsMissing) {
   }
   ASSERT_EQ(st, IMG_OK) << lib.ImgErrString();
   EXPECT_TRUE(IsInverse(original, *lib.image(h)));
+  // The old plugins are mostly 32-bit: the layout, the selector order and
+  // the runtime stand-in matter most here.
+  for (const std::string& name : RealLikePlugins("32")) {
+    SCOPED_TRACE(name);
+    lib.hostClient(true).Stop();
+    RunsEveryWay(lib, shell, dir.path(), name);
+  }
+  EXPECT_EQ(lib.ImgPlugInLoad(TestPlugin("missingdll32.8bf")), IMG_ERR_NOT_SUPPORTED);
+  EXPECT_NE(lib.ImgErrString().find("needs TrelAbsent.dll, which is not installed"), std::string::npos)
+      << lib.ImgErrString();
 }
 
 }  // namespace

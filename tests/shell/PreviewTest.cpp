@@ -228,20 +228,26 @@ TEST_F(PreviewTest, InvokeAndAboutRefuseWhatTheyCannotRun) {
   const struct {
     std::string file;
     std::string message;
+    std::string cause;  // the second box, naming what the host found
   } rows[] = {
-      {"", "Please select a plugin or other supported file."},
-      {plugins.Write("x.prm", "prm"), "Please select a Photoshop-compatible plugin to execute this function."},
-      {plugins.Write("other.8bf", "MZ not ours"), "An error occured while loading the plugin!\n"
-                                                   "The plugin may be invalid or\n"
-                                                   "you may need msvcrt10.dll or plugin.dll\n"
-                                                   "in your Windows System folder."},
+      {"", "Please select a plugin or other supported file.", ""},
+      {plugins.Write("x.prm", "prm"), "Please select a Photoshop-compatible plugin to execute this function.", ""},
+      {plugins.Write("other.8bf", "MZ not ours"),
+       "An error occured while loading the plugin!\n"
+       "The plugin may be invalid or\n"
+       "you may need msvcrt10.dll or plugin.dll\n"
+       "in your Windows System folder.",
+       "no Windows DLL"},
   };
   for (const auto& row : rows) {
     selected = row.file;
     shell.boxes.clear();
     preview->cmd_Invoke();
-    ASSERT_EQ(shell.boxes.size(), 1u) << row.file;
+    ASSERT_EQ(shell.boxes.size(), row.cause.empty() ? 1u : 2u) << row.file;
     EXPECT_EQ(shell.boxes[0].text, row.message);
+    if (!row.cause.empty()) {
+      EXPECT_NE(shell.boxes[1].text.find(row.cause), std::string::npos) << shell.boxes[1].text;
+    }
   }
   // About shows our plugin's title, copyright and author.
   selected = Plugin("r", "about");
@@ -279,6 +285,38 @@ TEST_F(PreviewTest, EscEndsAWindowsPluginRunFromTheWindow) {
   EXPECT_GE(clock.elapsed(), 1500);
   EXPECT_LT(clock.elapsed(), 60000);
   EXPECT_TRUE(shell.boxes.empty()) << "a run the user stopped is no error";
+}
+
+// A Windows plugin in the preview and in Batch: an Esc pressed before (to
+// close a box) does not stop the run, and a plugin that fails says why, in
+// the same words in both.
+TEST_F(PreviewTest, WindowsPluginsPreviewAfterAnEarlierEscAndFailuresNameTheCause) {
+  const std::string invert = std::string(TREL_PLUGHOST_TEST_DIR) + "/invert64.8bf";
+  const std::string crash = std::string(TREL_PLUGHOST_TEST_DIR) + "/crash64.8bf";
+  if (!fs::exists(crash)) GTEST_SKIP() << "the test plugins were not built (no mingw-w64)";
+  if (FindWine(false).empty()) GTEST_SKIP() << "wine64 is not installed";
+  window->prefs().previewCache = 0;
+  preview->PreparePreviewPic();
+  window->EscapeFlag() = true;
+  ASSERT_TRUE(preview->PreviewPlugin(invert));
+  EXPECT_EQ(qRed(Shown().pixel(1, 1)), 255 - qRed(Thumb().pixel(1, 1)));
+
+  EXPECT_FALSE(preview->PreviewPlugin(crash));
+  const QLabel* label = preview->previewWindow()->findChild<QLabel*>("Picture1");
+  ASSERT_NE(label, nullptr);
+  EXPECT_TRUE(label->text().contains("The plugin crashed")) << label->text().toStdString();
+  EXPECT_TRUE(label->text().contains("Access violation")) << label->text().toStdString();
+
+  test::TempDir in, out;
+  const std::vector<std::string> pictures{in.file("p.png")};
+  ASSERT_TRUE(test::PatternPicture(5, 5, false).save(QString::fromStdString(pictures[0])));
+  shell.boxes.clear();
+  window->EscapeFlag() = true;
+  EXPECT_EQ(preview->RunBatch(invert, pictures, out.path()).written, 1);
+  shell.boxes.clear();
+  EXPECT_EQ(preview->RunBatch(crash, pictures, out.path()).written, 0);
+  ASSERT_EQ(shell.boxes.size(), 1u);
+  EXPECT_NE(shell.boxes[0].text.find("Access violation"), std::string::npos) << shell.boxes[0].text;
 }
 
 TEST_F(PreviewTest, RandomizeAndSavePreview) {
@@ -331,7 +369,9 @@ TEST_F(PreviewTest, BrowseFillsEveryTileAndBatchWritesThePassiveFolder) {
   const BatchResult refused = preview->RunBatch(plugins.Write("foreign.8bf", "MZ elsewhere"), pictures, out2.path());
   EXPECT_EQ(refused.written, 0);
   ASSERT_EQ(shell.boxes.size(), 1u);
-  EXPECT_EQ(shell.boxes[0].text, ImgStatusText(IMG_ERR_NOT_SUPPORTED));
+  // The library's sentence and the cause, as the preview and Browse give them.
+  EXPECT_EQ(shell.boxes[0].text.rfind(ImgStatusText(IMG_ERR_NOT_SUPPORTED), 0), 0u) << shell.boxes[0].text;
+  EXPECT_NE(shell.boxes[0].text.find("no Windows DLL"), std::string::npos) << shell.boxes[0].text;
   EXPECT_TRUE(fs::is_empty(out2.path()));
 }
 

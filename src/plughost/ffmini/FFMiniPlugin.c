@@ -222,7 +222,8 @@ __declspec(dllexport) void PluginMain(int16_t selector, void* record, intptr_t* 
     case filterSelectorPrepare:
       break;
     case filterSelectorParameters:
-      g_dialogWanted = 1;
+      /* No dialog when the host says not to show one (a preview). */
+      g_dialogWanted = !(rec->descriptorParameters && rec->descriptorParameters->playInfo == plugInDialogDontDisplay);
       break;
     case filterSelectorStart:
       g_chosen = 0;

@@ -320,7 +320,9 @@ extern "C" __declspec(dllexport) void PluginMain(int16_t selector, void* record,
   try {
     switch (selector) {
       case filterSelectorParameters:
-        g_wantDialog = true;
+        // A host that says not to show the dialog (a preview, a scripted run)
+        // gets the run with the values it handed in.
+        g_wantDialog = !(rec->descriptorParameters && rec->descriptorParameters->playInfo == plugInDialogDontDisplay);
         break;
       case filterSelectorFinish:
         g_wantDialog = false;
