@@ -178,7 +178,8 @@ bool MaskMatches(const std::string& maskList, const std::string& name) {
 }
 
 bool IdentifyFile(const std::string& folderIn, const std::string& name, const ScanOptions& options,
-                  const PluginTypeTable& table, const FilterEnv& env, std::vector<PluginEntry>& out) {
+                  const PluginTypeTable& table, const FilterEnv& env, std::vector<PluginEntry>& out,
+                  FileFacts* facts) {
   const std::string folder = WithTrailingSeparator(folderIn);
   const std::string path = folder + name;
   const std::string suffix = LastFour(name);
@@ -202,7 +203,7 @@ bool IdentifyFile(const std::string& folderIn, const std::string& name, const Sc
 
   if (OneOf(suffix, {".8bf", "._bf", ".aex", "._ex", "_8bf", "_aex"})) {
     ResourceProbe probe;
-    ReadCom8bf(path, probe, env);
+    ReadCom8bf(path, probe, env, facts);
     if (probe.Count() == 0) probe.elements.resize(1);  // a plugin with no filters still shows
     fromProbe(probe);
     for (size_t k = out.size() - static_cast<size_t>(probe.Count()); k < out.size(); ++k) {
@@ -227,7 +228,7 @@ bool IdentifyFile(const std::string& folderIn, const std::string& name, const Sc
 
   if (OneOf(suffix, {".prm", "._rm", "_prm"})) {
     ResourceProbe probe;
-    if (ReadCom8bf(path, probe, env)) {
+    if (ReadCom8bf(path, probe, env, facts)) {
       const size_t first = out.size();
       fromProbe(probe);
       // Compiled Premiere Filter and Transition Factory plugins are told by where

@@ -326,12 +326,35 @@ bool ScanCache::Save() const {
     if (text.back() != '\n') text += '\n';
     ++records;
   }
+  const auto number = [&text](int64_t value) {
+    char digits[24];
+    const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
+    text.append(digits, end);
+  };
+  const auto escaped = [&text](const std::string& field) {
+    if (field.find_first_of("\\\t\n\r") == std::string::npos) text += field;
+    else text += Escape(field);
+  };
   for (const Fresh& k : fresh_) {
-    text += "F\t" + std::to_string(k.size) + "\t" + std::to_string(k.mtime) + "\t" + (k.produced ? "1" : "0") +
-            "\t" + std::to_string(k.entries.size()) + "\t" + Escape(k.path) + "\n";
+    text += "F\t";
+    number(k.size);
+    text += '\t';
+    number(k.mtime);
+    text += k.produced ? "\t1\t" : "\t0\t";
+    number(static_cast<int64_t>(k.entries.size()));
+    text += '\t';
+    escaped(k.path);
+    text += '\n';
     for (const PluginEntry& e : k.entries) {
-      text += "E\t" + std::to_string(e.categoryOffset) + "\t" + std::to_string(e.maxCategoryLength) + "\t" +
-              Escape(e.category) + "\t" + Escape(e.title) + "\n";
+      text += "E\t";
+      number(e.categoryOffset);
+      text += '\t';
+      number(e.maxCategoryLength);
+      text += '\t';
+      escaped(e.category);
+      text += '\t';
+      escaped(e.title);
+      text += '\n';
     }
     ++records;
   }
@@ -366,10 +389,10 @@ bool ScanCache::Identify(const std::string& folder, const std::string& name, con
   if (path.empty() || path.back() != '/') path = WithTrailingSeparator(std::move(path));
   path += name;
   int64_t size = -1, mtime = 0;
-  const bool stated = StatInFolder(folder, name, path, size, mtime);
-  if (stated) {
-    const Record* found = Find(path, LowerHash(path));
-    if (found && found->size == size && found->mtime == mtime) {
+  bool stated = false;
+  if (const Record* found = Find(path, LowerHash(path))) {
+    stated = StatInFolder(folder, name, path, size, mtime);
+    if (stated && found->size == size && found->mtime == mtime) {
       Record& r = records_[static_cast<size_t>(found - records_.data())];
       r.used = true;
       ++hits_;
@@ -382,10 +405,29 @@ bool ScanCache::Identify(const std::string& folder, const std::string& name, con
     }
   }
   ++misses_;
+  // The size and time must be taken before the read: a file written while it
+  // is read has a newer time by now, so the next scan reads it again. A file
+  // the cache doesn't know at all costs no look of its own where the reader
+  // tells what it found on opening the file.
+  const std::string suffix = LastFour(name);
+  const bool readerTells = suffix == ".8bf" || suffix == "._bf" || suffix == ".aex" || suffix == "._ex" ||
+                           suffix == "_8bf" || suffix == "_aex" || suffix == ".prm" || suffix == "._rm" ||
+                           suffix == "_prm";
+  if (!stated && !readerTells) stated = StatInFolder(folder, name, path, size, mtime);
+  FileFacts facts;
   const size_t first = out.size();
-  const bool produced = IdentifyFile(folder, name, options, table, env, out);
-  // The time was taken before the read: a file written while it was read
-  // has a newer time by now, so the next scan reads it again.
+  const bool produced = IdentifyFile(folder, name, options, table, env, out, stated ? nullptr : &facts);
+  if (!stated) {
+    if (facts.known) {
+      size = facts.size;
+      mtime = facts.mtime;
+      stated = true;
+    } else {
+      // Not opened (a size the options pass over, or no access): nothing of
+      // the file was read, so its look now is as good as one before.
+      stated = StatInFolder(folder, name, path, size, mtime);
+    }
+  }
   if (stated && (!produced || out.size() > first)) {
     Fresh k;
     k.path = path;
