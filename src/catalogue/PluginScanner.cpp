@@ -9,6 +9,7 @@
 #include <cctype>
 #include <initializer_list>
 #include <string_view>
+#include <unordered_set>
 
 #include "catalogue/PluginIdentification.h"
 #include "filter/CompiledReaders.h"
@@ -298,6 +299,7 @@ int ScanPluginRecurse(PaneCatalogue& pane, const std::string& startFolder, const
   std::vector<Level> levels;
   size_t startSubfolders = 0;
   std::vector<PluginEntry> found;
+  std::unordered_set<std::string> listed;  // categories known to stand in the list
 
   // Processes one folder's files; false on Esc.
   const auto processFiles = [&](const Level& level) {
@@ -322,7 +324,12 @@ int ScanPluginRecurse(PaneCatalogue& pane, const std::string& startFolder, const
         // Only the last filter's category reaches the list; the others appear
         // there only if some other file brings them.
         const std::string& category = pane.plugins[pane.plugins.Count()].category;
-        pane.AddCategory(category);
+        // The few categories of a scan are met thousands of times: the sorted
+        // list is asked only about one not seen before.
+        if (listed.find(category) == listed.end()) {
+          listed.insert(category);
+          pane.AddCategory(category);
+        }
         if (category.size() + 2 > pane.longestCategory.size()) pane.longestCategory = "  " + category;
       }
       if (options.yieldRate > 0 && callbacks.processEvents) {

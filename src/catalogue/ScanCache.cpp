@@ -151,6 +151,41 @@ bool ReadWhole(const std::string& path, std::string& bytes) {
   return ok;
 }
 
+// One record as the cache file holds it: the F line and an E line per entry.
+void AppendRecord(std::string& text, const std::string& path, int64_t size, int64_t mtime, bool produced,
+                  const PluginEntry* entries, size_t count) {
+  const auto number = [&text](int64_t value) {
+    char digits[24];
+    const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
+    text.append(digits, end);
+  };
+  const auto escaped = [&text](const std::string& field) {
+    if (field.find_first_of("\\\t\n\r") == std::string::npos) text += field;
+    else text += Escape(field);
+  };
+  text += "F\t";
+  number(size);
+  text += '\t';
+  number(mtime);
+  text += produced ? "\t1\t" : "\t0\t";
+  number(static_cast<int64_t>(count));
+  text += '\t';
+  escaped(path);
+  text += '\n';
+  for (size_t i = 0; i < count; ++i) {
+    const PluginEntry& e = entries[i];
+    text += "E\t";
+    number(e.categoryOffset);
+    text += '\t';
+    number(e.maxCategoryLength);
+    text += '\t';
+    escaped(e.category);
+    text += '\t';
+    escaped(e.title);
+    text += '\n';
+  }
+}
+
 }  // namespace
 
 ScanCache::ScanCache(std::string cacheFolder, const std::string& scannedFolder, const ScanOptions& options,
@@ -182,6 +217,7 @@ void ScanCache::Clear() {
 bool ScanCache::Load() {
   Clear();
   fresh_.clear();
+  freshCount_ = 0;
   const auto fail = [this] {
     Clear();
     return false;
@@ -316,7 +352,7 @@ const ScanCache::Record* ScanCache::Find(const std::string& path, uint64_t hash)
 bool ScanCache::Save() const {
   if (loaded_ && misses_ == 0 && static_cast<size_t>(hits_) == distinct_) return true;  // nothing new
   std::string text;
-  text.reserve(bytes_.size() + fresh_.size() * 96 + header_.size() + 32);
+  text.reserve(bytes_.size() + fresh_.size() + header_.size() + 32);
   text += header_;
   text += '\n';
   int64_t records = 0;
@@ -326,38 +362,8 @@ bool ScanCache::Save() const {
     if (text.back() != '\n') text += '\n';
     ++records;
   }
-  const auto number = [&text](int64_t value) {
-    char digits[24];
-    const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
-    text.append(digits, end);
-  };
-  const auto escaped = [&text](const std::string& field) {
-    if (field.find_first_of("\\\t\n\r") == std::string::npos) text += field;
-    else text += Escape(field);
-  };
-  for (const Fresh& k : fresh_) {
-    text += "F\t";
-    number(k.size);
-    text += '\t';
-    number(k.mtime);
-    text += k.produced ? "\t1\t" : "\t0\t";
-    number(static_cast<int64_t>(k.entries.size()));
-    text += '\t';
-    escaped(k.path);
-    text += '\n';
-    for (const PluginEntry& e : k.entries) {
-      text += "E\t";
-      number(e.categoryOffset);
-      text += '\t';
-      number(e.maxCategoryLength);
-      text += '\t';
-      escaped(e.category);
-      text += '\t';
-      escaped(e.title);
-      text += '\n';
-    }
-    ++records;
-  }
+  text += fresh_;
+  records += freshCount_;
   text += "END\t" + std::to_string(records) + "\n";
   std::error_code ec;
   std::filesystem::create_directories(std::filesystem::path(file_).parent_path(), ec);
@@ -398,8 +404,9 @@ bool ScanCache::Identify(const std::string& folder, const std::string& name, con
       ++hits_;
       for (uint32_t i = 0; i < r.entryCount; ++i) {
         const Entry& e = entries_[r.firstEntry + i];
-        // The true spelling of today.
-        out.push_back({path, Field(e.category), Field(e.title), e.offset, e.room});
+        // The true spelling of today; the last entry takes the path itself.
+        out.push_back({i + 1 == r.entryCount ? std::move(path) : path, Field(e.category), Field(e.title), e.offset,
+                       e.room});
       }
       return r.produced;
     }
@@ -429,13 +436,10 @@ bool ScanCache::Identify(const std::string& folder, const std::string& name, con
     }
   }
   if (stated && (!produced || out.size() > first)) {
-    Fresh k;
-    k.path = path;
-    k.size = size;
-    k.mtime = mtime;
-    k.produced = produced;
-    if (produced) k.entries.assign(out.begin() + static_cast<std::ptrdiff_t>(first), out.end());
-    fresh_.push_back(std::move(k));
+    // Written out at once as the file will hold it; Save only appends it.
+    AppendRecord(fresh_, path, size, mtime, produced, produced ? out.data() + first : nullptr,
+                 produced ? out.size() - first : 0);
+    ++freshCount_;
   }
   return produced;
 }

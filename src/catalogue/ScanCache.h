@@ -44,7 +44,7 @@ class ScanCache {
   const std::string& path() const { return file_; }
   int hits() const { return hits_; }
   int misses() const { return misses_; }
-  size_t size() const { return distinct_ + fresh_.size(); }
+  size_t size() const { return distinct_ + static_cast<size_t>(freshCount_); }
 
  private:
   // The file is kept as read, in one piece; records and entries are offsets
@@ -70,14 +70,6 @@ class ScanCache {
     uint8_t room = 0;
     Text category, title;
   };
-  // What this scan read afresh.
-  struct Fresh {
-    std::string path;
-    int64_t size = -1;
-    int64_t mtime = 0;
-    bool produced = false;
-    std::vector<PluginEntry> entries;
-  };
 
   std::string Field(const Text& text) const;
   const Record* Find(const std::string& path, uint64_t hash) const;
@@ -92,7 +84,8 @@ class ScanCache {
   std::vector<Entry> entries_;
   std::vector<uint32_t> slots_;  // record index + 1; 0 is free
   size_t distinct_ = 0;
-  std::vector<Fresh> fresh_;
+  std::string fresh_;  // the records this scan read afresh, in the file's own lines
+  int64_t freshCount_ = 0;
   std::string statFolder_;  // the folder statFd_ is open on
   int statFd_ = -1;
   int hits_ = 0;
