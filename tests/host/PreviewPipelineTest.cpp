@@ -278,6 +278,16 @@ TEST_F(PreviewPipelineTest, TheContactSheetRendersEveryPluginOnceAndUsesTheCache
   EXPECT_TRUE(images.back().isNull());
   EXPECT_FALSE(errors.back().empty());
   EXPECT_TRUE(fs::exists(PreviewCacheFile(prog.path(), plugins[0])));
+  // Each tile is its plugin's single preview, pixel for pixel and in the
+  // picture's own format, with alpha or without.
+  for (size_t i = 0; i + 1 < plugins.size(); ++i)
+    EXPECT_EQ(images[i], RenderWith(PrepareFilter(plugins[i]), picture)) << i;
+  const QImage withAlpha = test::PatternPicture(16, 12, true);
+  ContactSheetOptions plain;
+  plain.threads = 2;
+  RenderContactSheet(plugins, withAlpha, plain, done);
+  for (size_t i = 0; i + 1 < plugins.size(); ++i)
+    EXPECT_EQ(images[i], RenderWith(PrepareFilter(plugins[i]), withAlpha)) << i;
 
   // The second time the cache answers, even with the plugins gone.
   for (size_t i = 0; i + 1 < plugins.size(); ++i) fs::remove(plugins[i]);
