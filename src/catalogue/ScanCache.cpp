@@ -211,6 +211,7 @@ void ScanCache::Clear() {
   entries_.clear();
   slots_.clear();
   distinct_ = 0;
+  nextGuess_ = 0;
   loaded_ = false;
 }
 
@@ -398,7 +399,20 @@ bool ScanCache::Identify(const std::string& folder, const std::string& name, con
   path += name;
   int64_t size = -1, mtime = 0;
   bool stated = false;
-  if (const Record* found = Find(path, LowerHash(path))) {
+  // The cache lists the files in the order of the scan that wrote it, which
+  // is the order they are asked about: the record after the last one found is
+  // tried first, and only a file out of turn costs a hash and a look-up.
+  const Record* found = nullptr;
+  if (nextGuess_ < records_.size()) {
+    const Record& guess = records_[nextGuess_];
+    if (!guess.path.escaped &&
+        SameIgnoringCase(std::string_view(bytes_).substr(guess.path.at, guess.path.length), path)) {
+      found = &guess;
+    }
+  }
+  if (!found) found = Find(path, LowerHash(path));
+  if (found) {
+    nextGuess_ = static_cast<size_t>(found - records_.data()) + 1;
     stated = StatInFolder(folder, name, path, size, mtime);
     if (stated && found->size == size && found->mtime == mtime) {
       Record& r = records_[static_cast<size_t>(found - records_.data())];

@@ -84,6 +84,7 @@ class ScanCache {
   std::vector<Entry> entries_;
   std::vector<uint32_t> slots_;  // record index + 1; 0 is free
   size_t distinct_ = 0;
+  size_t nextGuess_ = 0;  // the record expected to be asked about next
   std::string fresh_;  // the records this scan read afresh, in the file's own lines
   int64_t freshCount_ = 0;
   std::string statFolder_;  // the folder statFd_ is open on
