@@ -5,6 +5,9 @@
 // the folder takes little disk; it is removed at the end.
 #include <benchmark/benchmark.h>
 
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -122,6 +125,23 @@ void BM_BareReads(benchmark::State& state) {
   }
 }
 
+// The floor of a warm visit: the folder listed and every entry's metadata
+// read once, by name, on the folder's descriptor.
+void BM_FstatatFloor(benchmark::State& state) {
+  Corpus& c = TheCorpus();
+  for (auto _ : state) {
+    size_t total = 0;
+    DIR* dir = ::opendir(c.folder.c_str());
+    if (!dir) continue;
+    while (const dirent* e = ::readdir(dir)) {
+      struct stat st {};
+      if (::fstatat(::dirfd(dir), e->d_name, &st, 0) == 0) total += static_cast<size_t>(st.st_size);
+    }
+    ::closedir(dir);
+    benchmark::DoNotOptimize(total);
+  }
+}
+
 // The same entry with no cache at all: what the cache adds to a first visit.
 void BM_NoCacheEntry(benchmark::State& state) {
   Corpus& c = TheCorpus();
@@ -151,6 +171,7 @@ void BM_WarmEntry(benchmark::State& state) {
 }
 
 BENCHMARK(BM_BareReads)->Unit(benchmark::kMillisecond)->MinWarmUpTime(0.3);
+BENCHMARK(BM_FstatatFloor)->Unit(benchmark::kMillisecond)->MinWarmUpTime(0.3);
 BENCHMARK(BM_NoCacheEntry)->Unit(benchmark::kMillisecond)->MinWarmUpTime(0.3);
 BENCHMARK(BM_ColdEntry)->Unit(benchmark::kMillisecond)->MinWarmUpTime(0.3);
 BENCHMARK(BM_WarmEntry)->Unit(benchmark::kMillisecond)->MinWarmUpTime(0.3);
@@ -168,12 +189,14 @@ class RatioReporter : public benchmark::ConsoleReporter {
   void Finalize() override {
     ConsoleReporter::Finalize();
     const double bare = times_["BM_BareReads"], cold = times_["BM_ColdEntry"], warm = times_["BM_WarmEntry"];
+    const double floor = times_["BM_FstatatFloor"];
     if (bare > 0 && cold > 0) {
       std::cout << "CPU time ratios (the machine's load makes wall time noisy):\n";
       std::cout << "cold / bare reads = " << cold / bare << "\n";
       std::cout << "warm / bare reads = " << warm / bare << "\n";
       std::cout << "warm / cold = " << warm / cold << "\n";
     }
+    if (floor > 0 && warm > 0) std::cout << "warm / fstatat floor = " << warm / floor << "\n";
   }
 
  private:

@@ -53,6 +53,7 @@ FileWindow::FileWindow(const std::string& path) {
     return;
   }
   length_ = static_cast<int64_t>(st.st_size);
+  mtime_ = static_cast<int64_t>(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec;
 }
 
 FileWindow::~FileWindow() {

@@ -8,6 +8,14 @@
 
 namespace trel {
 
+// The size and modification time of a file as its reader found them on
+// opening it, before any byte was read: what a cache of scan results keys on.
+struct FileFacts {
+  bool known = false;
+  int64_t size = -1;
+  int64_t mtime = 0;  // nanoseconds of the file clock
+};
+
 class FileWindow {
  public:
   explicit FileWindow(const std::string& path);
@@ -17,6 +25,8 @@ class FileWindow {
 
   bool IsOpen() const;
   int64_t Length() const { return length_; }
+  // Nanoseconds of the file clock; 0 where the platform doesn't say.
+  int64_t ModificationTime() const { return mtime_; }
   // Up to `count` bytes from the 0-based `offset`; fewer at the end of the
   // file, none for an offset outside it or on a read error.
   std::string Read(int64_t offset, int64_t count) const;
@@ -25,6 +35,7 @@ class FileWindow {
   int fd_ = -1;
   void* stream_ = nullptr;  // where there are no descriptors
   int64_t length_ = -1;
+  int64_t mtime_ = 0;
 };
 
 }  // namespace trel

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "catalogue/FileWindow.h"
 #include "catalogue/PluginTypes.h"
 #include "filter/FilterEnv.h"
 
@@ -34,7 +35,9 @@ struct ResourceProbe {
 // Photoshop-style plugins (PiPL, or the older PIMI and _8BFM resources), and the
 // Macintosh Filter Factory form by way of Read8bf. True if the first element
 // has both a category and a title.
-bool ReadCom8bf(const std::string& path, ResourceProbe& probe, const FilterEnv& env);
+// `facts`, when given, gets the file's size and time as found on opening it.
+bool ReadCom8bf(const std::string& path, ResourceProbe& probe, const FilterEnv& env,
+                FileFacts* facts = nullptr);
 
 // Premiere plugins searched in chunks for "8BIM" name and category properties
 // and the signatures of video, audio and transition filters. category and title

@@ -1,8 +1,15 @@
 #include "catalogue/PluginScanner.h"
 
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <algorithm>
-#include <filesystem>
+#include <array>
+#include <cctype>
 #include <initializer_list>
+#include <string_view>
+#include <unordered_set>
 
 #include "catalogue/PluginIdentification.h"
 #include "filter/CompiledReaders.h"
@@ -73,34 +80,68 @@ struct FolderContent {
   std::vector<std::string> subfolders;
 };
 
-// Case-insensitive name order, each key lower-cased once.
+// Case-insensitive name order, then by bytes. The lower-cased keys are made
+// once, side by side in one buffer, so a folder of thousands of names costs a
+// handful of allocations, not one per name.
 void SortByName(std::vector<std::string>& names) {
-  std::vector<std::pair<std::string, std::string>> keyed;
-  keyed.reserve(names.size());
-  for (std::string& n : names) keyed.emplace_back(ToLower(n), std::move(n));
-  std::sort(keyed.begin(), keyed.end());
-  for (size_t i = 0; i < keyed.size(); ++i) names[i] = std::move(keyed[i].second);
+  std::string keys;
+  size_t total = 0;
+  for (const std::string& n : names) total += n.size();
+  keys.reserve(total);
+  struct Key {
+    size_t at, length, index;
+  };
+  std::vector<Key> order;
+  order.reserve(names.size());
+  static const std::array<char, 256> lower = [] {
+    std::array<char, 256> t{};
+    for (int c = 0; c < 256; ++c) t[size_t(c)] = static_cast<char>(std::tolower(c));
+    return t;
+  }();
+  for (size_t i = 0; i < names.size(); ++i) {
+    order.push_back({keys.size(), names[i].size(), i});
+    for (char c : names[i]) keys += lower[static_cast<unsigned char>(c)];
+  }
+  const std::string_view all(keys);
+  std::sort(order.begin(), order.end(), [&](const Key& a, const Key& b) {
+    const int c = all.substr(a.at, a.length).compare(all.substr(b.at, b.length));
+    if (c != 0) return c < 0;
+    return names[a.index] < names[b.index];
+  });
+  std::vector<std::string> sorted;
+  sorted.reserve(names.size());
+  for (const Key& k : order) sorted.push_back(std::move(names[k.index]));
+  names = std::move(sorted);
 }
 
 // A folder's files and subfolders in the order of the file commander's lists.
 // Linked folders are not entered, so a link back up can't make the walk endless.
+// The type comes with the listing; only a link (or a file system that doesn't
+// say) costs a look at the file itself.
 FolderContent ListFolder(const std::string& folder) {
-  namespace fs = std::filesystem;
   FolderContent content;
-  std::error_code ec;
-  for (fs::directory_iterator it(folder, ec), end; !ec && it != end; it.increment(ec)) {
-    std::error_code typeError;
-    const std::string name = it->path().filename().string();
-    // The type the listing delivers; only a link needs a look at its target.
-    const fs::file_type type = it->symlink_status(typeError).type();
-    if (type == fs::file_type::symlink) {
-      if (it->is_regular_file(typeError)) content.files.push_back(name);
-    } else if (type == fs::file_type::directory) {
-      content.subfolders.push_back(name);
-    } else if (type == fs::file_type::regular) {
-      content.files.push_back(name);
+  DIR* dir = ::opendir(folder.c_str());
+  if (!dir) return content;
+  const int fd = ::dirfd(dir);
+  while (const dirent* entry = ::readdir(dir)) {
+    const char* name = entry->d_name;
+    if (name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'))) continue;
+    unsigned char type = entry->d_type;
+    if (type == DT_UNKNOWN) {
+      struct stat st {};
+      if (::fstatat(fd, name, &st, AT_SYMLINK_NOFOLLOW) != 0) continue;
+      type = S_ISLNK(st.st_mode) ? DT_LNK : S_ISDIR(st.st_mode) ? DT_DIR : S_ISREG(st.st_mode) ? DT_REG : DT_UNKNOWN;
+    }
+    if (type == DT_LNK) {
+      struct stat st {};
+      if (::fstatat(fd, name, &st, 0) == 0 && S_ISREG(st.st_mode)) content.files.emplace_back(name);
+    } else if (type == DT_DIR) {
+      content.subfolders.emplace_back(name);
+    } else if (type == DT_REG) {
+      content.files.emplace_back(name);
     }
   }
+  ::closedir(dir);
   SortByName(content.files);
   SortByName(content.subfolders);
   return content;
@@ -119,11 +160,14 @@ std::string PluginScanMask(const PluginTypeTable& table, bool includeSources) {
 }
 
 bool MaskMatches(const std::string& maskList, const std::string& name) {
+  const std::string_view list(maskList);
   size_t from = 0;
-  while (from <= maskList.size()) {
-    size_t to = maskList.find(';', from);
-    if (to == std::string::npos) to = maskList.size();
-    const std::string mask = Trim(maskList.substr(from, to - from));
+  while (from <= list.size()) {
+    size_t to = list.find(';', from);
+    if (to == std::string_view::npos) to = list.size();
+    std::string_view mask = list.substr(from, to - from);
+    while (!mask.empty() && mask.front() == ' ') mask.remove_prefix(1);
+    while (!mask.empty() && mask.back() == ' ') mask.remove_suffix(1);
     if (mask == "*.*" || mask == "*") return true;
     if (!mask.empty() &&
         GlobMatches(mask.data(), mask.data() + mask.size(), name.data(), name.data() + name.size())) {
@@ -135,7 +179,8 @@ bool MaskMatches(const std::string& maskList, const std::string& name) {
 }
 
 bool IdentifyFile(const std::string& folderIn, const std::string& name, const ScanOptions& options,
-                  const PluginTypeTable& table, const FilterEnv& env, std::vector<PluginEntry>& out) {
+                  const PluginTypeTable& table, const FilterEnv& env, std::vector<PluginEntry>& out,
+                  FileFacts* facts) {
   const std::string folder = WithTrailingSeparator(folderIn);
   const std::string path = folder + name;
   const std::string suffix = LastFour(name);
@@ -159,7 +204,7 @@ bool IdentifyFile(const std::string& folderIn, const std::string& name, const Sc
 
   if (OneOf(suffix, {".8bf", "._bf", ".aex", "._ex", "_8bf", "_aex"})) {
     ResourceProbe probe;
-    ReadCom8bf(path, probe, env);
+    ReadCom8bf(path, probe, env, facts);
     if (probe.Count() == 0) probe.elements.resize(1);  // a plugin with no filters still shows
     fromProbe(probe);
     for (size_t k = out.size() - static_cast<size_t>(probe.Count()); k < out.size(); ++k) {
@@ -184,7 +229,7 @@ bool IdentifyFile(const std::string& folderIn, const std::string& name, const Sc
 
   if (OneOf(suffix, {".prm", "._rm", "_prm"})) {
     ResourceProbe probe;
-    if (ReadCom8bf(path, probe, env)) {
+    if (ReadCom8bf(path, probe, env, facts)) {
       const size_t first = out.size();
       fromProbe(probe);
       // Compiled Premiere Filter and Transition Factory plugins are told by where
@@ -254,6 +299,7 @@ int ScanPluginRecurse(PaneCatalogue& pane, const std::string& startFolder, const
   std::vector<Level> levels;
   size_t startSubfolders = 0;
   std::vector<PluginEntry> found;
+  std::unordered_set<std::string> listed;  // categories known to stand in the list
 
   // Processes one folder's files; false on Esc.
   const auto processFiles = [&](const Level& level) {
@@ -278,7 +324,12 @@ int ScanPluginRecurse(PaneCatalogue& pane, const std::string& startFolder, const
         // Only the last filter's category reaches the list; the others appear
         // there only if some other file brings them.
         const std::string& category = pane.plugins[pane.plugins.Count()].category;
-        pane.AddCategory(category);
+        // The few categories of a scan are met thousands of times: the sorted
+        // list is asked only about one not seen before.
+        if (listed.find(category) == listed.end()) {
+          listed.insert(category);
+          pane.AddCategory(category);
+        }
         if (category.size() + 2 > pane.longestCategory.size()) pane.longestCategory = "  " + category;
       }
       if (options.yieldRate > 0 && callbacks.processEvents) {

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "catalogue/FileWindow.h"
 #include "catalogue/PluginList.h"
 #include "catalogue/PluginTypes.h"
 #include "filter/FilterEnv.h"
@@ -43,8 +44,11 @@ bool MaskMatches(const std::string& maskList, const std::string& name);
 // false when the file yields nothing (not a plugin kind, a skipped size, an
 // unreadable source). A plugin-suffix file always yields, as "[Unknown]" if
 // nothing can be read from it.
+// `facts`, when given, gets the size and time of the file as its reader
+// found them on opening it; left unknown for kinds read another way.
 bool IdentifyFile(const std::string& folder, const std::string& name, const ScanOptions& options,
-                  const PluginTypeTable& table, const FilterEnv& env, std::vector<PluginEntry>& out);
+                  const PluginTypeTable& table, const FilterEnv& env, std::vector<PluginEntry>& out,
+                  FileFacts* facts = nullptr);
 
 // Walks `folder` (ending in a separator or not) depth first, its files in name
 // order before its subfolders, and appends to the pane's PluginList and

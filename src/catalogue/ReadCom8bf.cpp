@@ -97,7 +97,7 @@ void InterpretPipl(const ByteView& d, int64_t readPosition, int64_t dataOffset, 
 
 }  // namespace
 
-bool ReadCom8bf(const std::string& path, ResourceProbe& probe, const FilterEnv& env) {
+bool ReadCom8bf(const std::string& path, ResourceProbe& probe, const FilterEnv& env, FileFacts* facts) {
   probe.elements.assign(1, ProbeElement{});
   if (LastFour(path) == ".bin") {
     const int64_t length = FileLength(path);
@@ -114,6 +114,7 @@ bool ReadCom8bf(const std::string& path, ResourceProbe& probe, const FilterEnv& 
   const FileWindow file(path);
   if (!file.IsOpen()) return false;
   const int64_t fileLength = file.Length();
+  if (facts) *facts = {true, fileLength, file.ModificationTime()};
   std::string head = file.Read(kHeaderWindowPosition - 1, kHeaderWindowSize);
   head.resize(kHeaderWindowSize, '\0');
   const ByteView h(head);

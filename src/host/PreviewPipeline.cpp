@@ -1,5 +1,7 @@
 #include "host/PreviewPipeline.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -162,6 +164,76 @@ bool ClearPreviewCache(const std::string& programFolder) {
   QDir cache(FromLocal(PreviewCacheFolder(programFolder)));
   bool removed = !cache.exists() || cache.removeRecursively();
   return QDir().mkpath(cache.absolutePath()) && removed;
+}
+
+std::string PreviewMemory::KeyOf(const std::string& plugin, const std::string& picture) {
+  struct stat st {};
+  if (plugin.empty() || ::stat(plugin.c_str(), &st) != 0) return {};
+  const int64_t mtime = int64_t(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec;
+  // The plugin's path leads, ended by a NUL no path holds, so that Forget
+  // finds its entries by the start of the key.
+  std::string key = plugin;
+  key += '\0';
+  key += std::to_string(int64_t(st.st_size));
+  key += ' ';
+  key += std::to_string(mtime);
+  key += ' ';
+  key += picture;
+  return key;
+}
+
+QImage PreviewMemory::Find(const std::string& key) {
+  if (key.empty()) return {};
+  std::lock_guard lock(mutex_);
+  for (auto it = items_.begin(); it != items_.end(); ++it) {
+    if (it->first != key) continue;
+    items_.splice(items_.begin(), items_, it);
+    return items_.front().second;
+  }
+  return {};
+}
+
+void PreviewMemory::Put(const std::string& key, const QImage& image) {
+  if (key.empty() || image.isNull()) return;
+  const int64_t size = int64_t(image.sizeInBytes());
+  if (size > budget_) return;
+  std::lock_guard lock(mutex_);
+  for (auto it = items_.begin(); it != items_.end(); ++it) {
+    if (it->first != key) continue;
+    bytes_ -= int64_t(it->second.sizeInBytes());
+    items_.erase(it);
+    break;
+  }
+  items_.emplace_front(key, image);
+  bytes_ += size;
+  while (bytes_ > budget_ && !items_.empty()) {
+    bytes_ -= int64_t(items_.back().second.sizeInBytes());
+    items_.pop_back();
+  }
+}
+
+void PreviewMemory::Forget(const std::string& plugin) {
+  const std::string lead = plugin + '\0';
+  std::lock_guard lock(mutex_);
+  for (auto it = items_.begin(); it != items_.end();) {
+    if (it->first.compare(0, lead.size(), lead) == 0) {
+      bytes_ -= int64_t(it->second.sizeInBytes());
+      it = items_.erase(it);
+    } else {
+      ++it;
+    }
+  }
+}
+
+void PreviewMemory::Clear() {
+  std::lock_guard lock(mutex_);
+  items_.clear();
+  bytes_ = 0;
+}
+
+size_t PreviewMemory::count() const {
+  std::lock_guard lock(mutex_);
+  return items_.size();
 }
 
 void RandomizeControls(FFFilter& filter, std::mt19937& random) {

@@ -4,9 +4,13 @@
 #pragma once
 
 #include <cstdint>
+#include <list>
+#include <mutex>
 #include <random>
 #include <string>
+#include <utility>
 
+#include <QImage>
 #include <QSize>
 
 #include "filter/FFFilter.h"
@@ -14,7 +18,6 @@
 #include "host/ImageLibrary.h"
 #include "host/ImageWrappers.h"
 
-class QImage;
 class QPainter;
 
 namespace trel {
@@ -63,6 +66,35 @@ bool WritePreviewCache(const QImage& picture, const std::string& path, int quali
 QImage ReadPreviewCache(const std::string& path);
 // Deletes everything in the cache folder and creates it anew.
 bool ClearPreviewCache(const std::string& programFolder);
+
+// Recent previews kept decoded, so that showing one again costs a look-up
+// instead of reading and decoding its JPEG. An entry is known by the plugin's
+// path, size and modification time and by the picture it was made on: a
+// plugin written anew, or another picture, misses and is made (or read from
+// the disk cache) again. The oldest entries go when the budget is used up.
+// Safe to use from several threads.
+class PreviewMemory {
+ public:
+  explicit PreviewMemory(int64_t budgetBytes = int64_t{48} << 20) : budget_(budgetBytes) {}
+
+  // The key of `plugin`'s preview on `picture`; empty when the plugin isn't
+  // there to be asked about its size and time.
+  static std::string KeyOf(const std::string& plugin, const std::string& picture);
+
+  // A null image when there is no entry; a hit becomes the most recent.
+  QImage Find(const std::string& key);
+  void Put(const std::string& key, const QImage& image);
+  // Drops every entry of one plugin, on every picture.
+  void Forget(const std::string& plugin);
+  void Clear();
+  size_t count() const;
+
+ private:
+  mutable std::mutex mutex_;
+  std::list<std::pair<std::string, QImage>> items_;  // the most recent first
+  int64_t bytes_ = 0;
+  const int64_t budget_;
+};
 
 // Sets the eight control values to random bytes.
 void RandomizeControls(FFFilter& filter, std::mt19937& random);

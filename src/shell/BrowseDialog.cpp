@@ -63,22 +63,34 @@ void BrowseDialog::Start() {
   worker_ = std::thread([this] {
     RenderContactSheet(plugins_, picture_, options_,
                        [this](size_t i, const QImage& img, const std::string& error) {
+                         // The tile is scaled here, on the worker that made it, so
+                         // the window's thread only puts finished tiles on show.
+                         QImage small = img.isNull() ? QImage() : TileOf(img);
                          // Back to the window's thread; dropped if the dialog is gone.
                          QMetaObject::invokeMethod(
-                             this, [this, i, img, e = QString::fromStdString(error)] { SetTile(i, img, e); },
+                             this,
+                             [this, i, img, small = std::move(small), e = QString::fromStdString(error)] {
+                               SetTile(i, img, small, e);
+                             },
                              Qt::QueuedConnection);
                        });
   });
 }
 
-void BrowseDialog::SetTile(size_t index, const QImage& image, const QString& error) {
+QImage BrowseDialog::TileOf(const QImage& image) {
+  return image.scaled(kTile, kTile, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+}
+
+void BrowseDialog::SetTile(size_t index, const QImage& image, const QImage& small, const QString& error) {
   if (index >= tiles_.size()) return;
   QImage shown = image;
   QString said = error;
+  QImage scaled = small;
   if (shown.isNull() && fallback_ && !cancel_) {
     std::string why;
     shown = fallback_(plugins_[index], why);
     if (!why.empty()) said = QString::fromStdString(why);
+    if (!shown.isNull()) scaled = TileOf(shown);
   }
   tiles_[index] = shown;
   ++finished_;
@@ -86,7 +98,6 @@ void BrowseDialog::SetTile(size_t index, const QImage& image, const QString& err
   tile.fill(Qt::white);
   QPainter painter(&tile);
   if (!shown.isNull()) {
-    const QImage scaled = shown.scaled(kTile, kTile, Qt::KeepAspectRatio, Qt::SmoothTransformation);
     painter.drawImage((kTile - scaled.width()) / 2, (kTile - scaled.height()) / 2, scaled);
   } else {
     painter.setPen(Qt::red);

@@ -46,7 +46,9 @@ class BrowseDialog : public QDialog {
   void keyPressEvent(QKeyEvent* event) override;
 
  private:
-  void SetTile(size_t index, const QImage& image, const QString& error);
+  // `small` is `image` scaled to the tile, made on the worker.
+  void SetTile(size_t index, const QImage& image, const QImage& small, const QString& error);
+  static QImage TileOf(const QImage& image);
 
   std::vector<std::string> plugins_;
   QImage picture_;

@@ -23,6 +23,8 @@
 #include <mutex>
 #include <thread>
 
+#include <unistd.h>
+
 #include "catalogue/EnableState.h"
 #include "catalogue/PluginList.h"
 #include "filter/FilterEnv.h"
@@ -93,8 +95,11 @@ class FileCommander::Worker {
   }
   void Push(Job job) {
     std::lock_guard lock(mutex_);
+    // The worker only sleeps on an empty queue: a wake-up for every file of a
+    // long batch would cost a switch of threads each.
+    const bool idle = queue_.empty();
     queue_.push_back(std::move(job));
-    wake_.notify_one();
+    if (idle) wake_.notify_one();
   }
   void Close() {
     std::lock_guard lock(mutex_);
@@ -113,31 +118,35 @@ class FileCommander::Worker {
 
  private:
   void Run() {
+    const CopyProgress progress = [this](int64_t done, int64_t total) {
+      bytesDone_.store(done, std::memory_order_relaxed);
+      bytesTotal_.store(total, std::memory_order_relaxed);
+    };
+    std::deque<Job> batch;
     for (;;) {
-      Job job;
       {
+        // Whatever has been handed over is taken at once, so the window's
+        // thread and this one meet at the lock once a batch, not once a file.
         std::unique_lock lock(mutex_);
         wake_.wait(lock, [this] { return closed_ || !queue_.empty(); });
         if (queue_.empty()) break;
-        job = std::move(queue_.front());
-        queue_.pop_front();
+        batch.swap(queue_);
       }
-      if (escape_.load() || failed_.load()) continue;  // drain without work
-      const auto progress = [this](int64_t done, int64_t total) {
-        bytesDone_ = done;
-        bytesTotal_ = total;
-      };
-      bytesDone_ = 0;
-      bytesTotal_ = 0;
-      const FileOpResult result =
-          move_ ? SafeMoveFile(job.source, job.target, progress) : SafeCopyFile(job.source, job.target, progress);
-      if (result.ok) {
-        ++done_;
-      } else {
-        std::lock_guard lock(mutex_);
-        error_ = result.error;
-        failed_ = true;
+      for (Job& job : batch) {
+        if (escape_.load() || failed_.load()) continue;  // drain without work
+        bytesDone_.store(0, std::memory_order_relaxed);
+        bytesTotal_.store(0, std::memory_order_relaxed);
+        const FileOpResult result =
+            move_ ? SafeMoveFile(job.source, job.target, progress) : SafeCopyFile(job.source, job.target, progress);
+        if (result.ok) {
+          done_.fetch_add(1, std::memory_order_relaxed);
+        } else {
+          std::lock_guard lock(mutex_);
+          error_ = result.error;
+          failed_ = true;
+        }
       }
+      batch.clear();
     }
     finished_ = true;
   }
@@ -203,7 +212,8 @@ int FileCommander::OverwriteCheck(const std::string& sourcePath, const std::stri
     overwriteChoice_ = 0;
     return 0;
   }
-  if (!QFileInfo::exists(QString::fromStdString(targetPath)) || overwriteChoice_ == 2) return 0;
+  // Asked for every file of a batch: one system call, no conversion of the name.
+  if (::access(targetPath.c_str(), F_OK) != 0 || overwriteChoice_ == 2) return 0;
   if (overwriteChoice_ == 3) return 1;
   QString first = Described(targetPath);
   QString second;

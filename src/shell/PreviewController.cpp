@@ -130,7 +130,14 @@ int PreviewController::jpgQuality() const {
 
 bool PreviewController::CreateThumb() {
   // A picture that doesn't open leaves the former thumbnail in place.
-  return trel::CreateThumb(*lib_, previewPicture_, previewBox.width(), previewBox.height(), thumb_, aspect_);
+  const bool made =
+      trel::CreateThumb(*lib_, previewPicture_, previewBox.width(), previewBox.height(), thumb_, aspect_);
+  if (made) ++thumbGeneration_;
+  return made;
+}
+
+std::string PreviewController::PictureKey() const {
+  return previewPicture_ + '\n' + std::to_string(thumbGeneration_);
 }
 
 void PreviewController::CheckPictureEntry() {
@@ -265,9 +272,16 @@ bool PreviewController::PreviewPlugin(const std::string& pluginPath) {
   shownPlugin_ = pluginPath;
   const QString name = NameOf(pluginPath);
   const std::string cacheFile = PreviewCacheFile(window_.programFolder(), pluginPath);
-  // A preview found in the cache is drawn without a host.
-  if (cacheEnabled() && FileExists(cacheFile)) {
-    QImage cached = ReadPreviewCache(cacheFile);
+  // A preview found in the cache is drawn without a host: from memory when it
+  // was shown lately, from its JPEG only when memory has none.
+  const bool caching = cacheEnabled();
+  const std::string memoryKey = caching ? PreviewMemory::KeyOf(pluginPath, PictureKey()) : std::string();
+  if (caching) {
+    QImage cached = memory_.Find(memoryKey);
+    if (cached.isNull() && FileExists(cacheFile)) {
+      cached = ReadPreviewCache(cacheFile);
+      memory_.Put(memoryKey, cached);
+    }
     if (!cached.isNull()) {
       CloseImage(*lib_, state_.PreviewImage);
       state_.PreviewImage = lib_->Adopt(std::move(cached));
@@ -298,10 +312,11 @@ bool PreviewController::PreviewPlugin(const std::string& pluginPath) {
     return false;
   }
   ShowPreviewImage(name);
-  if (cacheEnabled()) {
-    if (const QImage* img = lib_->image(state_.PreviewImage);
-        img && !WritePreviewCache(*img, cacheFile, jpgQuality()))
-      CacheWriteFailed(cacheFile);
+  if (caching) {
+    if (const QImage* img = lib_->image(state_.PreviewImage)) {
+      memory_.Put(memoryKey, *img);
+      if (!WritePreviewCache(*img, cacheFile, jpgQuality())) CacheWriteFailed(cacheFile);
+    }
   }
   return true;
 }
@@ -332,6 +347,7 @@ void PreviewController::mnuUpdateCache_Click() {
   if (path.empty()) return;
   const std::string cacheFile = PreviewCacheFile(window_.programFolder(), path);
   if (FileExists(cacheFile)) QFile::remove(QString::fromLocal8Bit(cacheFile.c_str()));
+  memory_.Forget(path);
   PreviewPlugin(path);
 }
 
@@ -339,6 +355,7 @@ bool PreviewController::ClearCache(bool ask) {
   if (ask && shell().MsgBox("Do you really want to clear the preview cache?", MsgButtons::YesNo,
                                        MsgIcon::Question, "Trel") != MsgResult::Yes)
     return false;
+  memory_.Clear();
   QApplication::setOverrideCursor(Qt::WaitCursor);
   const bool ok = ClearPreviewCache(window_.programFolder());
   QApplication::restoreOverrideCursor();

@@ -16,6 +16,7 @@
 #include "host/ContactSheet.h"
 #include "host/ImageLibrary.h"
 #include "host/PluginHost.h"
+#include "host/PreviewPipeline.h"
 
 class QAction;
 class QItemSelectionModel;
@@ -65,6 +66,8 @@ class PreviewController : public QObject {
   void mnuRandomize_Click();
   bool cmd_SavePreview(const std::string& path);  // "" asks for a file
   int previewRuns() const { return previewRuns_; }   // plugin runs, for tests
+  // Recent previews, decoded; the disk cache is read only when they miss.
+  PreviewMemory& previewMemory() { return memory_; }
   PreviewWindow* previewWindow(bool create = true);
 
   // --- running plugins from the window
@@ -104,6 +107,8 @@ class PreviewController : public QObject {
   void ShowPreviewImage(const QString& name, const QString& note = {});
   void CacheWriteFailed(const std::string& path);
   void CheckPictureEntry();
+  // What the previews in memory were made on: the picture and its thumbnail.
+  std::string PictureKey() const;
   // For a plugin run the user started, which may show the plugin's own dialog
   // for as long as the user likes: the window paints and hears Esc meanwhile,
   // but starts nothing else. Returns the guard that ends it.
@@ -132,6 +137,8 @@ class PreviewController : public QObject {
   std::string shownPlugin_;
   QTimer timer1_;
   int previewRuns_ = 0;
+  int thumbGeneration_ = 0;  // counts the thumbnails made
+  PreviewMemory memory_;
   bool userRun_ = false;  // a run from KeepWindowAlive is under way
   bool cacheWarned_ = false;
   QPointer<PreviewWindow> preview_;

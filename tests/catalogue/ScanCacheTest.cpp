@@ -74,6 +74,34 @@ TEST_F(ScanCacheTest, ASecondVisitReadsOnlyTheFilesThatChanged) {
   EXPECT_EQ(changed.plugins[2].category, "Sharp");
 }
 
+// Paths are looked up in the file's own bytes: names that the file must
+// escape, and a folder spelt in another case, are found again all the same.
+TEST_F(ScanCacheTest, EscapedNamesAndAnotherCaseOfTheFolderAreFoundAgain) {
+  Plugin("tab\there.8bf", "Blur", "Tabbed");
+  Plugin("back\\slash.8bf", "Noise", "Slashed");
+  Plugin("line\nend.8bf", "Sharp", "Broken");
+  int hits = 0, misses = 0;
+  const PaneCatalogue cold = Scan(&hits, &misses);
+  EXPECT_EQ(misses, 3);
+  const PaneCatalogue warm = Scan(&hits, &misses);
+  EXPECT_EQ(hits, 3);
+  EXPECT_EQ(misses, 0);
+  EXPECT_EQ(Column(warm.plugins, &PluginEntry::path), Column(cold.plugins, &PluginEntry::path));
+  EXPECT_EQ(Column(warm.plugins, &PluginEntry::title), Column(cold.plugins, &PluginEntry::title));
+
+  // The cache of "plugins/" read while scanning "PLUGINS/" through a link:
+  // the key ignores case, and the entries carry today's spelling.
+  std::filesystem::create_directory_symlink(folder, dir.file("PLUGINS"));
+  ScanCache cache(cacheFolder, folder, {}, table);
+  ASSERT_TRUE(cache.Load());
+  std::vector<PluginEntry> out;
+  EXPECT_TRUE(cache.Identify(dir.file("PLUGINS/"), "tab\there.8bf", {}, table, env, out));
+  EXPECT_EQ(cache.hits(), 1);
+  ASSERT_EQ(out.size(), 1u);
+  EXPECT_EQ(out[0].path, dir.file("PLUGINS/") + "tab\there.8bf");
+  EXPECT_EQ(out[0].title, "Tabbed");
+}
+
 TEST_F(ScanCacheTest, RemovedAndAddedFilesAreNotAnsweredFromMemory) {
   Plugin("a.8bf", "Blur", "Soft");
   const std::string gone = Plugin("b.8bf", "Noise", "Grain");

@@ -5,6 +5,7 @@
 #include <QPainter>
 #include <atomic>
 #include <filesystem>
+#include <fstream>
 #include <mutex>
 #include <random>
 #include <tuple>
@@ -168,6 +169,50 @@ TEST_F(PreviewPipelineTest, CacheWritesAreWholeAndClearingEmptiesTheFolder) {
   EXPECT_FALSE(WritePreviewCache(QImage(), dir.file("cache/x.jpg"), 75));
 }
 
+// The memory of recent previews: a plugin written anew or another picture
+// misses; the oldest entries leave when the budget is spent; Forget drops one
+// plugin on every picture and no other.
+TEST_F(PreviewPipelineTest, PreviewsInMemoryAreKeyedByPluginSizeTimeAndPicture) {
+  const auto write = [](const std::string& path, const std::string& bytes) {
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
+  };
+  const std::string a = dir.file("a.8bf"), b = dir.file("b.8bf");
+  write(a, "one");
+  write(b, "two");
+  EXPECT_EQ(PreviewMemory::KeyOf(dir.file("missing.8bf"), "p"), "");
+  QImage red(40, 30, QImage::Format_RGB32), blue(40, 30, QImage::Format_RGB32);
+  red.fill(Qt::red);
+  blue.fill(Qt::blue);
+  const int64_t one = int64_t(red.sizeInBytes());
+  PreviewMemory memory(3 * one);
+  memory.Put(PreviewMemory::KeyOf(a, "p"), red);
+  memory.Put(PreviewMemory::KeyOf(a, "q"), blue);
+  EXPECT_EQ(memory.Find(PreviewMemory::KeyOf(a, "p")), red);
+  EXPECT_EQ(memory.Find(PreviewMemory::KeyOf(a, "q")), blue);
+  EXPECT_TRUE(memory.Find(PreviewMemory::KeyOf(b, "p")).isNull());
+
+  const std::string before = PreviewMemory::KeyOf(a, "p");
+  write(a, "one, longer");
+  EXPECT_NE(PreviewMemory::KeyOf(a, "p"), before);
+  EXPECT_TRUE(memory.Find(PreviewMemory::KeyOf(a, "p")).isNull());
+
+  // Three fit; a fourth pushes out the one used least lately ("q" was
+  // looked at after "p").
+  memory.Put(PreviewMemory::KeyOf(b, "p"), red);
+  memory.Put(PreviewMemory::KeyOf(b, "q"), blue);
+  EXPECT_EQ(memory.count(), 3u);
+  EXPECT_TRUE(memory.Find(before).isNull());
+  EXPECT_FALSE(memory.Find(PreviewMemory::KeyOf(b, "p")).isNull());
+
+  memory.Forget(b);
+  EXPECT_EQ(memory.count(), 1u);  // a's entry on "q" stays
+  memory.Forget(a);
+  EXPECT_EQ(memory.count(), 0u);
+  memory.Put(PreviewMemory::KeyOf(a, "p"), red);
+  memory.Clear();
+  EXPECT_TRUE(memory.Find(PreviewMemory::KeyOf(a, "p")).isNull());
+}
+
 TEST_F(PreviewPipelineTest, RandomizeReachesBothEndsOfEveryControlAndTheBarDarkens) {
   FFFilter f;
   std::mt19937 gen(1);
@@ -233,6 +278,16 @@ TEST_F(PreviewPipelineTest, TheContactSheetRendersEveryPluginOnceAndUsesTheCache
   EXPECT_TRUE(images.back().isNull());
   EXPECT_FALSE(errors.back().empty());
   EXPECT_TRUE(fs::exists(PreviewCacheFile(prog.path(), plugins[0])));
+  // Each tile is its plugin's single preview, pixel for pixel and in the
+  // picture's own format, with alpha or without.
+  for (size_t i = 0; i + 1 < plugins.size(); ++i)
+    EXPECT_EQ(images[i], RenderWith(PrepareFilter(plugins[i]), picture)) << i;
+  const QImage withAlpha = test::PatternPicture(16, 12, true);
+  ContactSheetOptions plain;
+  plain.threads = 2;
+  RenderContactSheet(plugins, withAlpha, plain, done);
+  for (size_t i = 0; i + 1 < plugins.size(); ++i)
+    EXPECT_EQ(images[i], RenderWith(PrepareFilter(plugins[i]), withAlpha)) << i;
 
   // The second time the cache answers, even with the plugins gone.
   for (size_t i = 0; i + 1 < plugins.size(); ++i) fs::remove(plugins[i]);

@@ -128,6 +128,13 @@ TEST_F(PreviewTest, APreviewShowsTheFilteredThumbnailAndIsCachedUntilUpdated) {
   // Served from the cache: no run, the JPEG's pixels.
   ASSERT_TRUE(preview->PreviewPlugin(plugin));
   EXPECT_EQ(preview->previewRuns(), 1);
+  // Shown lately, it comes from memory: the JPEG isn't read at all, and the
+  // pixels are the exact ones of the run.
+  fs::rename(entry, entry + ".away");
+  ASSERT_TRUE(preview->PreviewPlugin(plugin));
+  EXPECT_EQ(preview->previewRuns(), 1);
+  EXPECT_EQ(Shown().convertToFormat(QImage::Format_RGB32), expected.convertToFormat(QImage::Format_RGB32));
+  fs::rename(entry + ".away", entry);
 
   // A plugin of the same name elsewhere shares the entry.
   test::TempDir other;
@@ -149,6 +156,7 @@ TEST_F(PreviewTest, APreviewShowsTheFilteredThumbnailAndIsCachedUntilUpdated) {
   shell.nextAnswer = MsgResult::Yes;
   EXPECT_TRUE(preview->ClearCache(true));
   EXPECT_FALSE(fs::exists(entry));
+  EXPECT_EQ(preview->previewMemory().count(), 0u);
   EXPECT_TRUE(fs::is_directory(home.file("cache")));
 
   // Update on a plugin without an entry makes one.
