@@ -188,7 +188,11 @@ void PreviewController::mnuBrowser_Click() {
   auto* dialog = new BrowseDialog(std::move(plugins), *thumb, options, &window_);
   dialog->setAttribute(Qt::WA_DeleteOnClose);
   // What the engine can't run is tried through the host, on this thread.
-  dialog->SetFallback([this, image = *thumb](const std::string& plugin) { return RunThroughHost(plugin, image); });
+  // Each tile is a run of its own; the dialog's Esc ends the remaining ones.
+  dialog->SetFallback([this, image = *thumb](const std::string& plugin) {
+    window_.BeginWork();
+    return RunThroughHost(plugin, image);
+  });
   connect(dialog, &BrowseDialog::pluginActivated, this, [this](const QString& path) {
     PreviewPlugin(path.toLocal8Bit().toStdString());
     previewWindow()->show();
@@ -232,6 +236,7 @@ void PreviewController::mnuBatchProcessing_Click() {
 
 BatchResult PreviewController::RunBatch(const std::string& plugin, const std::vector<std::string>& pictures,
                                         const std::string& targetFolder) {
+  window_.BeginWork();  // the probe below is part of this run already
   // Our own filters run straight on the engine; any other plugin goes
   // through the host, which says what it can't run.
   const PreparedFilter filter = PrepareFilter(plugin);
@@ -250,7 +255,6 @@ BatchResult PreviewController::RunBatch(const std::string& plugin, const std::ve
       return {};
     }
   }
-  window_.EscapeFlag() = false;
   const double start = QTime::currentTime().msecsSinceStartOfDay() / 1000.0;
   QApplication::setOverrideCursor(Qt::WaitCursor);
   BatchResult result = BatchApply(

@@ -256,6 +256,7 @@ void PreviewController::cmd_Preview() {
   if (userRun_) return;  // the host is busy with the user's own run
   const std::string path = SelectedFile();
   if (path.empty()) return;
+  window_.BeginWork();
   if (IsPluginName(path)) PreviewPlugin(path);
   else if (IsPictureFile(path)) PreviewPictureFile(path);
 }
@@ -284,6 +285,7 @@ bool PreviewController::PreviewPlugin(const std::string& pluginPath) {
   WindowHandle parent = 0;
   bool result = false;
   ++previewRuns_;
+  window_.BeginWork();
   QApplication::setOverrideCursor(Qt::WaitCursor);
   PluginInvoke(*lib_, state_, shell(), window_.programFolder(), pluginPath, nullptr, false, parent,
                result);
@@ -423,7 +425,7 @@ void PreviewController::cmd_Invoke() {
 std::shared_ptr<void> PreviewController::KeepWindowAlive() {
   userRun_ = true;
   timer1_.stop();
-  window_.EscapeFlag() = false;
+  window_.BeginWork();
   // Input is held back only while waiting for the host, so that the run's
   // own messages afterwards can be answered.
   lib_->setWhileWaiting([this] {
@@ -475,6 +477,7 @@ PicView* PreviewController::picView(bool create) {
                                   MsgIcon::Exclamation, "Picture Editor");
         return {};
       }
+      window_.BeginWork();
       return RenderWith(filter, picture, [this] { return window_.EscapeFlag().load(); });
     });
   }

@@ -156,6 +156,22 @@ TEST_F(PreviewTest, APreviewShowsTheFilteredThumbnailAndIsCachedUntilUpdated) {
   EXPECT_TRUE(fs::exists(entry));
 }
 
+TEST_F(PreviewTest, AnEscBelongsToTheRunItWasPressedForNotToTheNextPreviews) {
+  window->prefs().previewCache = 0;  // every preview is a run
+  const std::string invert = Plugin("255 - c", "invert"), half = Plugin("c / 2", "half");
+  // Esc in the main window, with nothing running, and between two previews.
+  window->show();
+  QTest::keyClick(window.get(), Qt::Key_Escape);
+  ASSERT_TRUE(window->EscapeFlag().load());
+  ASSERT_TRUE(preview->PreviewPlugin(invert));
+  EXPECT_EQ(Shown().convertToFormat(QImage::Format_RGB32),
+            RenderWith(PrepareFilter(invert), Thumb()).convertToFormat(QImage::Format_RGB32));
+  QTest::keyClick(window.get(), Qt::Key_Escape);
+  ASSERT_TRUE(preview->PreviewPlugin(half));
+  EXPECT_EQ(Shown().convertToFormat(QImage::Format_RGB32),
+            RenderWith(PrepareFilter(half), Thumb()).convertToFormat(QImage::Format_RGB32));
+}
+
 TEST_F(PreviewTest, AnUnwritableCacheSaysSoOnceAndThePreviewStillShows) {
   ClearPreviewCache(home.path());
   fs::remove_all(home.file("cache"));
