@@ -19,6 +19,7 @@
 #include "catalogue/PluginScanner.h"
 #include "catalogue/ScanCache.h"
 #include "filter/Paths.h"
+#include "settings/FolderIdentity.h"
 #include "shell/CategoryDialog.h"
 #include "shell/CommandGroups.h"
 #include "shell/MainWindow.h"
@@ -331,7 +332,7 @@ void InstallPluginViewCommands(MainWindow& window) {
     QObject::connect(pane, &FilePane::folderChanged, controller, [&window](int index) {
       FilePane* p = window.pane(index);
       const PaneCatalogue& c = p->pluginView()->catalogue();
-      if (ToLower(WithTrailingSeparator(p->folder())) != ToLower(c.scannedFolder))
+      if (!SameFolder(p->folder(), c.scannedFolder))
         window.SetPluginViewFresh(index, false);
     });
   }
