@@ -6,7 +6,7 @@ packages=(
   qt6-base-dev libgl-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   nlohmann-json3-dev libcli11-dev
-  zip unzip xvfb xauth xdotool python3
+  zip unzip xvfb xauth xdotool openbox python3
   wine64 mingw-w64
   xdg-utils shared-mime-info
   clang libclang-rt-14-dev ccache
