@@ -104,7 +104,12 @@ void ApplyListOptions(QAbstractItemView* view, const Preferences& prefs) {
   view->setProperty("gridlines", grid);
   view->setProperty("flatScrollbar", flat);
   QString sheet;
-  if (grid) sheet += "QTreeView::item { border-right: 1px solid palette(mid); border-bottom: 1px solid palette(mid); }\n";
+  if (grid)
+    // A rule for the items takes their whole drawing over, the selection's
+    // colours too: without them a selected name is drawn in the colour of
+    // its own background.
+    sheet += "QTreeView::item { border-right: 1px solid palette(mid); border-bottom: 1px solid palette(mid); }\n"
+             "QTreeView::item:selected { background: palette(highlight); color: palette(highlighted-text); }\n";
   if (hot) sheet += "QAbstractItemView::item:hover { color: palette(link); text-decoration: underline; }\n";
   if (flat)
     sheet += "QScrollBar { border: none; background: palette(base); }\n"
