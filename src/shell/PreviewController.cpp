@@ -6,6 +6,7 @@
 #include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
+#include <QLabel>
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
@@ -418,8 +419,14 @@ void PreviewController::cmd_Invoke() {
   if (!result) return;
   shownPlugin_ = path;
   ShowPreviewImage(NameOf(path));
-  previewWindow()->show();
-  previewWindow()->raise();
+  // Without a Picture Editor the run goes to the preview picture; the window
+  // says so, or the user looks for a changed picture that isn't there.
+  PreviewWindow* shown = previewWindow();
+  const QString where = "Ran " + NameOf(path) + " on the preview picture: no picture is open in the Picture Editor";
+  shown->setWindowTitle("Preview - " + where);
+  shown->picture1()->setAccessibleDescription(where);
+  shown->show();
+  shown->raise();
 }
 
 std::shared_ptr<void> PreviewController::KeepWindowAlive() {

@@ -209,6 +209,9 @@ TEST_F(PreviewTest, InvokeRunsOnThePreviewOrTheOpenPictureEditor) {
   EXPECT_TRUE(shell.boxes.empty());
   EXPECT_EQ(Shown().convertToFormat(QImage::Format_RGB32),
             RenderWith(PrepareFilter(plugin), Thumb()).convertToFormat(QImage::Format_RGB32));
+  // It says where the run went.
+  EXPECT_EQ(preview->previewWindow()->windowTitle().toStdString(),
+            "Preview - Ran invert.8bf on the preview picture: no picture is open in the Picture Editor");
 
   PicView* pic = preview->picView();
   const QImage picture = test::PatternPicture(30, 20, false);
