@@ -559,6 +559,7 @@ TEST_F(FileCommandsTest, DropsMoveBetweenPanesOntoFoldersAndFromOtherPrograms) {
   // A drop on the other pane's list from a widget that isn't the list's own
   // (the other pane, or another program) moves into its folder.
   emit target->listView()->filesDropped({QString::fromStdString(left.file("a.8bf"))}, -1, nullptr);
+  QCoreApplication::processEvents();  // a drop is handled once the drag has ended
   EXPECT_FALSE(left.Exists("a.8bf"));
   EXPECT_EQ(right.Read("a.8bf"), "left a.8bf");
   EXPECT_NE(target->model()->FindText("a.8bf"), -1);
@@ -580,6 +581,7 @@ TEST_F(FileCommandsTest, DropsMoveBetweenPanesOntoFoldersAndFromOtherPrograms) {
   EXPECT_TRUE(enter.isAccepted());
   QDropEvent drop(QPointF(5, 5), Qt::MoveAction | Qt::CopyAction, &desktop, Qt::LeftButton, Qt::NoModifier);
   QApplication::sendEvent(viewport, &drop);
+  QCoreApplication::processEvents();
   EXPECT_EQ(right.Read("desk.txt"), "from the desktop");
   // The classic list takes drops too.
   left.Write("classic.txt", "x");
@@ -589,6 +591,7 @@ TEST_F(FileCommandsTest, DropsMoveBetweenPanesOntoFoldersAndFromOtherPrograms) {
   QApplication::sendEvent(target->file1()->viewport(), &classicEnter);
   QDropEvent classicDrop(QPointF(5, 5), Qt::MoveAction, &desktop, Qt::LeftButton, Qt::NoModifier);
   QApplication::sendEvent(target->file1()->viewport(), &classicDrop);
+  QCoreApplication::processEvents();
   EXPECT_TRUE(right.Exists("classic.txt"));
   target->SetViewMode(FileListView::kDetails);
   // A folder from elsewhere moves in whole.

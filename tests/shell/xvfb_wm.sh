@@ -2,8 +2,8 @@
 # The real window under Xvfb with a window manager (openbox), driven by keys
 # and the mouse as a user would:
 #  - Shift+F6, a new name, Return: the file is renamed and not opened;
-#  - a drag of a file from the left pane onto the right one, and the same
-#    with Ctrl held.
+#  - a drag of a file from the left pane onto the right one asks for the
+#    folder and moves it there.
 # Usage: xvfb_wm.sh TREL OUTDIR
 set -euo pipefail
 trel=$(realpath "$1")
@@ -57,7 +57,24 @@ key Return
 sleep 1
 [[ -f "$work/left/renamed.txt" && ! -e "$work/left/notes.txt" ]] && echo "renamed" || echo "not renamed"
 [[ -e "$work/opened.txt" ]] && echo "opened" || echo "not opened"
+# The renamed file, selected, is dragged by the mouse onto the right pane; the
+# drop asks for the target folder as Move does, and Return takes the offered one.
+drag() {
+  xdotool mousemove --window "\$win" --sync 60 139; sleep 0.3
+  xdotool mousedown 1; sleep 0.3
+  for step in 1 2 3 4 5 6 7 8; do
+    xdotool mousemove --window "\$win" --sync \$((60 + step * 80)) \$((139 + step * 20)); sleep 0.1
+  done
+  sleep 0.3
+  xdotool mouseup 1; sleep 1
+}
+drag
+key Return
+sleep 0.5
+[[ -f "$work/right/renamed.txt" ]] && echo "dropped" || echo "not dropped"
+[[ -e "$work/left/renamed.txt" ]] && echo "source stays" || echo "source moved"
 wait \$pid
+echo "trel exit \$?"
 kill \$wm 2>/dev/null
 DRIVE
 chmod +x "$work/drive.sh"
@@ -65,6 +82,9 @@ result=$(xvfb-run -a -s "-screen 0 1280x1024x24" "$work/drive.sh") || fail "the 
 echo "$result"
 grep -qx renamed <<<"$result" || fail "Shift+F6, a name and Return did not rename"
 grep -qx "not opened" <<<"$result" || fail "the Return of the rename opened the file: $(cat "$work/opened.txt")"
-[[ $(cat "$work/left/renamed.txt") == "notes" ]] || fail "the renamed file differs"
+grep -qx "trel exit 0" <<<"$result" || fail "the program did not end cleanly"
+grep -qx dropped <<<"$result" || fail "the drag onto the other pane did not arrive"
+grep -qx "source moved" <<<"$result" || fail "a drop between the panes moves"
+[[ $(cat "$work/right/renamed.txt") == "notes" ]] || fail "the dropped file differs"
 [[ -s "$out/trel-wm.png" ]] || fail "no screenshot"
 echo "ok"
