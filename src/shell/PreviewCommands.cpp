@@ -8,11 +8,14 @@
 #include <QTime>
 #include <QTimer>
 #include <cstdlib>
+#include <filesystem>
 
 #include "filter/Paths.h"
 #include "host/ContactSheet.h"
 #include "host/PreviewPipeline.h"
+#include "picture/Module2.h"
 #include "picture/PicView.h"
+#include "settings/FolderIdentity.h"
 #include "shell/BrowseDialog.h"
 #include "shell/CommandGroups.h"
 #include "shell/FilePane.h"
@@ -230,6 +233,22 @@ void PreviewController::mnuBatchProcessing_Click() {
   if (pictures.empty()) {
     shell().MsgBox("There are no pictures to process.", MsgButtons::Ok, MsgIcon::Exclamation, "Trel");
     return;
+  }
+  // Pictures that lie in the target folder would be written over themselves:
+  // their results go into a folder named after the plugin, beside them.
+  for (const std::string& picture : pictures) {
+    if (!SameFolder(FolderOf(picture), target)) continue;
+    std::string name = FileNameOf(plugin);
+    if (const auto dot = name.rfind('.'); dot != std::string::npos && dot > 0) name.resize(dot);
+    target = WithTrailingSeparator(target + name);
+    std::error_code ec;
+    std::filesystem::create_directories(target, ec);
+    if (ec) {
+      shell().MsgBox(target + " couldn't be created: " + ec.message(), MsgButtons::Ok, MsgIcon::Exclamation,
+                     "Batch");
+      return;
+    }
+    break;
   }
   RunBatch(plugin, pictures, target);
 }

@@ -3,9 +3,14 @@
 #include <QCloseEvent>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QMainWindow>
+#include <QMenuBar>
+#include <QScreen>
+#include <QToolBar>
 #include <QPixmap>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "host/PreviewPipeline.h"
 
@@ -69,6 +74,38 @@ void PreviewWindow::ShowMessage(const QString& text) {
   shown_ = QImage();
   picture1_->setPixmap(QPixmap());
   picture1_->setText(text);
+}
+
+void PreviewWindow::showEvent(QShowEvent* event) {
+  if (!placed_) {
+    placed_ = true;
+    PlaceBesideOwner();
+  }
+  QWidget::showEvent(event);
+}
+
+void PreviewWindow::PlaceBesideOwner() {
+  QWidget* owner = parentWidget() ? parentWidget()->window() : nullptr;
+  if (!owner || !owner->isVisible()) return;
+  adjustSize();
+  const QRect outer = owner->frameGeometry();
+  const QRect inner = owner->geometry();
+  const QRect screen = owner->screen() ? owner->screen()->availableGeometry() : QRect();
+  const QSize size = frameGeometry().size();
+  const int gap = 8;
+  if (screen.isValid() && outer.right() + gap + size.width() <= screen.right()) {
+    move(outer.right() + gap, outer.top());
+    return;
+  }
+  // Below the menu bar and the tool bar, at the right of the lists.
+  int top = inner.top();
+  if (auto* main = qobject_cast<QMainWindow*>(owner)) {
+    if (main->menuWidget()) top = std::max(top, main->menuWidget()->mapToGlobal(QPoint(0, main->menuWidget()->height())).y());
+    for (QToolBar* bar : main->findChildren<QToolBar*>())
+      if (bar->isVisible()) top = std::max(top, bar->mapToGlobal(QPoint(0, bar->height())).y());
+  }
+  const int x = std::max(inner.left(), inner.right() - size.width() - gap);
+  move(x, top + gap);
 }
 
 void PreviewWindow::closeEvent(QCloseEvent* event) {

@@ -4,6 +4,7 @@
 #include <QAction>
 #include <QDir>
 #include <QLabel>
+#include <QMenuBar>
 #include <QListWidget>
 #include <QSignalSpy>
 #include <QElapsedTimer>
@@ -170,6 +171,22 @@ TEST_F(PreviewTest, AnEscBelongsToTheRunItWasPressedForNotToTheNextPreviews) {
   ASSERT_TRUE(preview->PreviewPlugin(half));
   EXPECT_EQ(Shown().convertToFormat(QImage::Format_RGB32),
             RenderWith(PrepareFilter(half), Thumb()).convertToFormat(QImage::Format_RGB32));
+}
+
+TEST_F(PreviewTest, ThePreviewWindowOpensBesideTheMainWindowOrBelowItsMenuBar) {
+  for (const QSize size : {QSize(500, 400), QSize(4000, 3000)}) {  // room beside it, and none
+    TearDown();
+    SetUp();
+    window->resize(size);
+    window->move(0, 0);
+    window->show();
+    QTest::qWait(10);
+    preview->previewWindow()->show();
+    const QRect menu(window->menuBar()->mapToGlobal(QPoint(0, 0)), window->menuBar()->size());
+    const QRect placed = preview->previewWindow()->frameGeometry();
+    EXPECT_FALSE(placed.intersects(menu)) << size.width() << ": " << placed.x() << "," << placed.y();
+    preview->previewWindow()->hide();
+  }
 }
 
 TEST_F(PreviewTest, AnUnwritableCacheSaysSoOnceAndThePreviewStillShows) {
@@ -352,6 +369,24 @@ TEST_F(PreviewTest, BrowseFillsEveryTileAndBatchWritesThePassiveFolder) {
   ASSERT_EQ(shell.boxes.size(), 1u);
   EXPECT_EQ(shell.boxes[0].text, ImgStatusText(IMG_ERR_NOT_SUPPORTED));
   EXPECT_TRUE(fs::is_empty(out2.path()));
+}
+
+TEST_F(PreviewTest, BatchOnThePicturesOfTheOtherPaneNeverWritesOverThem) {
+  selected = Plugin("255 - c", "invert");
+  test::TempDir pics;
+  const QImage original = test::PatternPicture(6, 6, false);
+  ASSERT_TRUE(original.save(QString::fromStdString(pics.file("p.png"))));
+  window->pane(0)->ChangeFolder(plugins.path());
+  window->pane(1)->ChangeFolder(pics.path());
+  window->Switchit(0);
+  preview->mnuBatchProcessing_Click();
+  EXPECT_TRUE(shell.boxes.empty() || shell.boxes.back().title == "Batch");
+  for (const auto& box : shell.boxes) EXPECT_EQ(box.text.find("Do you want to replace it?"), std::string::npos);
+  EXPECT_EQ(QImage(QString::fromStdString(pics.file("p.png"))).convertToFormat(QImage::Format_RGB32),
+            original.convertToFormat(QImage::Format_RGB32));
+  ASSERT_TRUE(pics.Exists("invert/p.png"));
+  EXPECT_EQ(QImage(QString::fromStdString(pics.file("invert/p.png"))).pixelColor(1, 1).red(),
+            255 - original.pixelColor(1, 1).red());
 }
 
 }  // namespace
