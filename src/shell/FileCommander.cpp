@@ -211,14 +211,18 @@ int FileCommander::OverwriteCheck(const std::string& sourcePath, const std::stri
     overwriteChoice_ = 0;
     return 0;
   }
+  return OverwriteCheckDescribed(sourcePath.empty() ? QString() : Described(sourcePath), targetPath);
+}
+
+int FileCommander::OverwriteCheckDescribed(const QString& source, const std::string& targetPath) {
   if (!QFileInfo::exists(QString::fromStdString(targetPath)) || overwriteChoice_ == 2) return 0;
   if (overwriteChoice_ == 3) return 1;
   QString first = Described(targetPath);
   QString second;
-  if (sourcePath.empty()) {
+  if (source.isEmpty()) {
     first += " ?";
   } else {
-    second = Described(sourcePath) + " ?";
+    second = source + " ?";
   }
   const int button = dialogs_->Overwrite(first, second);
   overwriteChoice_ = button;

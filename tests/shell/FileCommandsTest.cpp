@@ -689,7 +689,12 @@ TEST_F(FileCommandsTest, ZipAddListTestAndUnzipWithAwkwardNames) {
   right.Write("with blank.afs", "keep me");
   dialogs->overwrite = {1};
   window->command("mnuUnzip")->trigger();
-  EXPECT_EQ(dialogs->overwriteAsked.size(), 1u);
+  ASSERT_EQ(dialogs->overwriteAsked.size(), 1u);
+  // The question shows the entry, with the entry's size, not the archive's.
+  EXPECT_TRUE(dialogs->overwriteAsked[0].contains(
+      " | " + QString::fromStdString(left.file("my pack.zip")) + ": with blank.afs  (5 bytes, "))
+      << dialogs->overwriteAsked[0].toStdString();
+  EXPECT_TRUE(dialogs->overwriteAsked[0].endsWith(") ?"));
   EXPECT_EQ(right.Read("with blank.afs"), "keep me");
   EXPECT_EQ(right.Read("-dash.txt"), "dash");
   EXPECT_NE(window->pane(1)->model()->FindText("Größe.pff"), -1);
