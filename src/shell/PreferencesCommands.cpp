@@ -350,7 +350,10 @@ void InstallPreferencesCommands(MainWindow& window) {
 
   // A file the desktop can't open goes to Open With.
   window.SetShellOpener([&window](const QString& path) {
-    if (QDesktopServices::openUrl(QUrl::fromLocalFile(path))) return true;
+    // xdg-open reports a start even when nothing takes the file; the question
+    // is asked first, so that such a file reaches Open With.
+    const QUrl file = QUrl::fromLocalFile(path);
+    if (HasHandlerFor(file) && QDesktopServices::openUrl(file)) return true;
     // Open With tells the user itself when nothing is registered.
     OpenWith(path, &window, window.messages());
     return true;
