@@ -6,6 +6,7 @@
 #include <QMainWindow>
 #include <QMenuBar>
 #include <QScreen>
+#include <QStyle>
 #include <QToolBar>
 #include <QPixmap>
 #include <QPushButton>
@@ -102,10 +103,14 @@ void PreviewWindow::PlaceBesideOwner() {
   if (auto* main = qobject_cast<QMainWindow*>(owner)) {
     if (main->menuWidget()) top = std::max(top, main->menuWidget()->mapToGlobal(QPoint(0, main->menuWidget()->height())).y());
     for (QToolBar* bar : main->findChildren<QToolBar*>())
-      if (bar->isVisible()) top = std::max(top, bar->mapToGlobal(QPoint(0, bar->height())).y());
+      if (bar->isVisible() && main->toolBarArea(bar) == Qt::TopToolBarArea)
+        top = std::max(top, bar->mapToGlobal(QPoint(0, bar->height())).y());
   }
   const int x = std::max(inner.left(), inner.right() - size.width() - gap);
-  move(x, top + gap);
+  // Before its first showing the window's frame isn't known, and a window
+  // manager may hang the title bar above the position given: leave room for it.
+  const int titleBar = frameGeometry().height() > height() ? 0 : style()->pixelMetric(QStyle::PM_TitleBarHeight);
+  move(x, top + gap + titleBar);
 }
 
 void PreviewWindow::closeEvent(QCloseEvent* event) {

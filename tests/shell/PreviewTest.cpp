@@ -185,6 +185,9 @@ TEST_F(PreviewTest, ThePreviewWindowOpensBesideTheMainWindowOrBelowItsMenuBar) {
     const QRect menu(window->menuBar()->mapToGlobal(QPoint(0, 0)), window->menuBar()->size());
     const QRect placed = preview->previewWindow()->frameGeometry();
     EXPECT_FALSE(placed.intersects(menu)) << size.width() << ": " << placed.x() << "," << placed.y();
+    if (size.width() > 1000) {  // over the window: at its top, not down by the buttons
+      EXPECT_LT(placed.top(), window->geometry().center().y()) << placed.y();
+    }
     preview->previewWindow()->hide();
   }
 }
