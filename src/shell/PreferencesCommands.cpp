@@ -104,13 +104,13 @@ void ApplyListOptions(QAbstractItemView* view, const Preferences& prefs) {
   view->setProperty("gridlines", grid);
   view->setProperty("flatScrollbar", flat);
   QString sheet;
-  if (grid)
-    // A rule for the items takes their whole drawing over, the selection's
-    // colours too: without them a selected name is drawn in the colour of
-    // its own background.
-    sheet += "QTreeView::item { border-right: 1px solid palette(mid); border-bottom: 1px solid palette(mid); }\n"
-             "QTreeView::item:selected { background: palette(highlight); color: palette(highlighted-text); }\n";
+  if (grid) sheet += "QTreeView::item { border-right: 1px solid palette(mid); border-bottom: 1px solid palette(mid); }\n";
   if (hot) sheet += "QAbstractItemView::item:hover { color: palette(link); text-decoration: underline; }\n";
+  // A rule for the items takes their whole drawing over, the selection's
+  // colours too: without these a selected name is drawn in the colour of its
+  // own background.
+  if (grid || hot)
+    sheet += "QAbstractItemView::item:selected { background: palette(highlight); color: palette(highlighted-text); }\n";
   if (flat)
     sheet += "QScrollBar { border: none; background: palette(base); }\n"
              "QScrollBar::add-line, QScrollBar::sub-line { width: 0; height: 0; border: none; }\n";
