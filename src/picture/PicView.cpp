@@ -299,8 +299,18 @@ bool PicView::OpenFile(const QString& path) {
   QImageReader reader(path);
   QImage img = reader.read();
   if (img.isNull()) {
-    Message("Couldn't open " + QDir::toNativeSeparators(path).toStdString(), MsgButtons::Ok,
-            MsgIcon::Exclamation);
+    // The reason goes under the name: a missing file, one we may not read, a
+    // kind of picture we don't know, or broken picture data.
+    const QFileInfo info(path);
+    QString reason;
+    if (!info.exists()) reason = "The file doesn't exist.";
+    else if (info.isDir()) reason = "It is a folder.";
+    else if (!info.isReadable()) reason = "The file can't be read (no permission).";
+    else if (reader.error() == QImageReader::UnsupportedFormatError)
+      reason = "It isn't a picture of a kind this program reads.";
+    else reason = "The picture data is damaged or incomplete (" + reader.errorString() + ").";
+    Message("Couldn't open " + QDir::toNativeSeparators(path).toStdString() + "\n" + reason.toStdString(),
+            MsgButtons::Ok, MsgIcon::Exclamation);
     return false;
   }
   undo_ = QImage();

@@ -2,15 +2,14 @@
 
 #include <algorithm>
 
-#include "filter/Paths.h"
+#include "settings/FolderIdentity.h"
 
 namespace trel {
 
 bool UpdateFolderHistory(std::vector<std::string>& list, const std::string& folder,
                          const FolderHistoryOptions& options) {
-  const std::string wanted = ToLower(folder);
   const auto found = std::find_if(list.begin(), list.end(),
-                                  [&](const std::string& entry) { return ToLower(entry) == wanted; });
+                                  [&](const std::string& entry) { return SameFolder(entry, folder); });
   if (!options.autoAdd) return false;
   if (found != list.end()) {
     if (!options.autoTop) return false;

@@ -14,7 +14,8 @@ struct FolderHistoryOptions {
 };
 
 // Records a visit of `folder`; true when the list changed (its menu is then
-// rebuilt). The folder is looked up lower-cased.
+// rebuilt). A folder already listed under another spelling of its name is
+// the same entry; two names that differ in case are two folders.
 bool UpdateFolderHistory(std::vector<std::string>& list, const std::string& folder,
                          const FolderHistoryOptions& options);
 

@@ -47,8 +47,18 @@ FFEditorType1* MainWindow::FFEditor(bool create) {
   ctx.targetFolder = [this] { return pane(ActivePane())->folder(); };
   ctx.refreshPanes = [this] { RefreshBoth(); };
   ctx.overwriteCheck = [this](const std::string& path) {
-    return messages_.MsgBox("The file " + path + " exists.\nDo you want to replace it?",
-                            MsgButtons::YesNo, MsgIcon::Question, "Overwrite") == MsgResult::Yes;
+    // The question belongs to the editor: owned by the main window it would
+    // bring that window up on closing, over the editor.
+    QWidget* editor = ffEditor_;
+    if (editor) messages_.setOwner(editor);
+    const bool yes = messages_.MsgBox("The file " + path + " exists.\nDo you want to replace it?",
+                                      MsgButtons::YesNo, MsgIcon::Question, "Overwrite") == MsgResult::Yes;
+    messages_.setOwner(this);
+    if (editor) {
+      editor->raise();
+      editor->activateWindow();
+    }
+    return yes;
   };
   ffEditor_ = new FFEditorType1(std::move(ctx), this);
   connect(ffEditor_, &FFEditorType1::unloadRequested, this, [this] {

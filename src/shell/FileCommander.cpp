@@ -30,6 +30,8 @@
 #include "filter/FilterEnv.h"
 #include "filter/Paths.h"
 #include "picture/Module2.h"
+#include "settings/FolderIdentity.h"
+#include "settings/Trash.h"
 #include "shell/DirListBox.h"
 #include "shell/FileListModel.h"
 #include "shell/FileListView.h"
@@ -66,6 +68,12 @@ bool IsPluginName(const std::string& name) {
   for (const char* e : kEnds)
     if (end == e) return true;
   return false;
+}
+
+// The separator can't be part of a name: a rename to "a/b" would move the
+// file into another folder, or fail for a folder that isn't there.
+std::string BadNameMessage(const std::string& name) {
+  return "\"" + name + "\" can't be a name: a file or folder name can't contain \"/\".";
 }
 
 std::string StripSeparator(std::string folder) {
@@ -212,15 +220,19 @@ int FileCommander::OverwriteCheck(const std::string& sourcePath, const std::stri
     overwriteChoice_ = 0;
     return 0;
   }
+  return OverwriteCheckDescribed(sourcePath.empty() ? QString() : Described(sourcePath), targetPath);
+}
+
+int FileCommander::OverwriteCheckDescribed(const QString& source, const std::string& targetPath) {
   // Asked for every file of a batch: one system call, no conversion of the name.
   if (::access(targetPath.c_str(), F_OK) != 0 || overwriteChoice_ == 2) return 0;
   if (overwriteChoice_ == 3) return 1;
   QString first = Described(targetPath);
   QString second;
-  if (sourcePath.empty()) {
+  if (source.isEmpty()) {
     first += " ?";
   } else {
-    second = Described(sourcePath) + " ?";
+    second = source + " ?";
   }
   const int button = dialogs_->Overwrite(first, second);
   overwriteChoice_ = button;
@@ -249,7 +261,7 @@ bool FileCommander::AcceptFolder(QString& text, bool noChange) {
       return false;
     }
     for (int i = 0; i < 2; ++i)
-      if (ToLower(folder).rfind(ToLower(window_.pane(i)->folder()), 0) == 0) window_.pane(i)->Refresh(true);
+      if (IsInsideFolder(folder, window_.pane(i)->folder())) window_.pane(i)->Refresh(true);
   }
   if (!noChange) {
     FilePane* passive = window_.pane(window_.ActivePane() ^ 1);
@@ -275,7 +287,7 @@ QString FileCommander::SelectFolderDialog(const QString& firstEntry, bool noChan
 }
 
 bool FileCommander::FoldersIdentical() {
-  if (ToLower(window_.pane(0)->folder()) != ToLower(window_.pane(1)->folder())) return false;
+  if (!SameFolder(window_.pane(0)->folder(), window_.pane(1)->folder())) return false;
   Refuse("The source folder is identical to the destination folder!\nPlease select a different folder.");
   return true;
 }
@@ -406,7 +418,7 @@ void FileCommander::cmd_MoveFiles(const std::string& givenTarget, bool internal)
   for (const std::string& item : selection.items) {
     const std::string from = item.empty() ? item : FullPath(selection.folder, item, view);
     // A file dropped onto the folder it lies in stays where it is.
-    if (!from.empty() && FolderOf(from) == target) continue;
+    if (!from.empty() && SameFolder(FolderOf(from), target)) continue;
     jobs.push_back({from, from.empty() ? from : target + FileNameOf(from)});
   }
   std::string error;
@@ -442,13 +454,14 @@ void FileCommander::cmd_DeleteFiles(bool internal) {
   for (const std::string& item : selection.items) {
     if (item.empty()) continue;
     const QString path = QString::fromStdString(FullPath(selection.folder, item, view));
-    if (!QFile::moveToTrash(path) && failed.empty()) failed = path.toStdString();
+    QString why;
+    if (!MoveToTrash(path, &why) && failed.empty()) failed = why.toStdString();
   }
   QApplication::restoreOverrideCursor();
   window_.RefreshFile1(active);
   window_.ClearPluginViewFresh(active);
   if (view == FilePane::kPluginView) window_.SSTab1_Click(active);
-  if (!failed.empty()) messages().ErrorMessage(failed + " couldn't be moved to the trash.");
+  if (!failed.empty()) messages().ErrorMessage(failed);
 }
 
 void FileCommander::cmd_Kill(bool internal) {
@@ -561,6 +574,10 @@ void FileCommander::cmd_RenameFiles(bool internal) {
   std::string failed;
   auto rename = [&](const std::string& from, const std::string& to) {
     if (from == to) return;
+    if (to.find(kPathSeparator) != std::string::npos) {
+      if (failed.empty()) failed = BadNameMessage(to);
+      return;
+    }
     std::string error;
     if (!RenameKeepingTarget(selection.folder + from, selection.folder + to, error)) {
       if (failed.empty()) failed = error;
@@ -598,7 +615,11 @@ void FileCommander::ListView1_AfterLabelEdit(int pane, const QString& oldText, c
   FilePane* p = window_.pane(pane);
   const std::string folder = WithTrailingSeparator(p->folder());
   const QString trimmed = newText.trimmed();
-  if (trimmed.isEmpty() || trimmed.contains('/') || trimmed == oldText.trimmed()) return;
+  if (trimmed.isEmpty() || trimmed == oldText.trimmed()) return;
+  if (trimmed.contains(QChar(kPathSeparator))) {
+    Refuse(BadNameMessage(trimmed.toStdString()));
+    return;
+  }
   std::string error;
   const bool isFolder = oldText.startsWith(' ') && IsFolder(folder + oldText.mid(1).toStdString());
   const std::string from = folder + (isFolder ? oldText.mid(1) : oldText).toStdString();
@@ -668,7 +689,7 @@ void FileCommander::cmd_MoveDir() {
     return;
   }
   const std::string target = WithTrailingSeparator(window_.pane(active ^ 1)->folder());
-  if (ToLower(p->folder()) == ToLower(target)) {
+  if (SameFolder(p->folder(), target)) {
     Refuse("The source folder is identical to the destination folder.", "Move Folder");
     return;
   }
@@ -892,13 +913,23 @@ void FileCommander::DropFiles(int pane, const QStringList& paths, const std::str
     if (FflController* ffl = FflController::Of(window_)) ffl->AddFiles(pane, files);
     return;
   }
+  // A drop from the other pane is the move command with no target given: it
+  // asks for the folder as the command does, unless the dialog is suppressed.
+  // A drop onto a folder names its target and asks nothing.
+  if (ontoFolder.empty() && sourcePane == -2 && pane != window_.ActivePane() &&
+      window_.prefs().passivePaneFolder != 1) {
+    for (;;) {
+      if (SelectFolderDialog({}, false).isEmpty()) return;
+      if (!FoldersIdentical()) break;
+    }
+  }
   const std::string target = WithTrailingSeparator(ontoFolder.empty() ? p->folder() : ontoFolder);
   OverwriteCheck("", "");
   std::vector<Job> jobs;
   std::vector<std::string> folders;
   for (const QString& path : paths) {
     const std::string from = StripSeparator(path.toStdString());
-    if (FolderOf(from) == target) continue;  // dropped where it lies
+    if (SameFolder(FolderOf(from), target)) continue;  // dropped where it lies
     if (IsFolder(from)) {
       folders.push_back(from);
     } else {
@@ -921,7 +952,6 @@ void FileCommander::DropFiles(int pane, const QStringList& paths, const std::str
       error = error.empty() ? folder + " couldn't be moved." : error;
   }
   OverwriteCheck("", "");
-  (void)sourcePane;
   window_.RefreshBoth();
   for (int i = 0; i < 2; ++i) {
     window_.ClearPluginViewFresh(i);

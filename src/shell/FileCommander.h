@@ -63,6 +63,9 @@ class FileCommander : public QObject, public OverwriteChecker {
 
   // 0 go, 1 skip, 4 cancel; two empty paths reset the stored choice.
   int OverwriteCheck(const std::string& sourcePath, const std::string& targetPath) override;
+  // The same question for a source that isn't a file on disk (an entry of an
+  // archive): `source` is its label as the dialog shows it, "name  (N bytes, date)".
+  int OverwriteCheckDescribed(const QString& source, const std::string& targetPath);
   int storedChoice() const { return overwriteChoice_; }
 
   void cmd_CopyFiles();

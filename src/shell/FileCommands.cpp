@@ -67,11 +67,17 @@ void InstallFileCommands(MainWindow& window) {
   for (int i = 0; i < 2; ++i) {
     FilePane* p = window.pane(i);
     QObject::connect(p, &FilePane::contextMenuRequested, c, &FileCommander::ShowContextMenu);
-    QObject::connect(p, &FilePane::labelEdited, c, &FileCommander::ListView1_AfterLabelEdit);
-    QObject::connect(p, &FilePane::filesDropped, c,
-                     [c](int pane, const QStringList& paths, const QString& onto, int source) {
-                       c->DropFiles(pane, paths, onto.toStdString(), source);
-                     });
+    // Both run after the event that brought them has ended: a rename refreshes
+    // the list its edit box still belongs to, and a drop may ask a question,
+    // which must not run inside the drag.
+    QObject::connect(p, &FilePane::labelEdited, c, &FileCommander::ListView1_AfterLabelEdit,
+                     Qt::QueuedConnection);
+    QObject::connect(
+        p, &FilePane::filesDropped, c,
+        [c](int pane, const QStringList& paths, const QString& onto, int source) {
+          c->DropFiles(pane, paths, onto.toStdString(), source);
+        },
+        Qt::QueuedConnection);
   }
 }
 

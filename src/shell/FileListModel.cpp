@@ -162,6 +162,11 @@ void FileListModel::sort(int column, Qt::SortOrder order) {
       cell.value = it.modified;
     }
     keys[i] = SortKeyOf(cell, sortColumn, ascending);
+    if (column == kName) {
+      // The blank of a folder's text puts it first only in ascending order.
+      const char group = it.icon == kIconParent ? '0' : it.icon == 1 ? '1' : '2';
+      keys[i].insert(keys[i].begin(), group);
+    }
   }
   std::vector<int> order_(items_.size());
   std::iota(order_.begin(), order_.end(), 0);
@@ -184,6 +189,28 @@ void FileListModel::sort(int column, Qt::SortOrder order) {
     moved.append(this->index(newRowOf[static_cast<size_t>(index.row())], index.column()));
   changePersistentIndexList(persistent, moved);
   emit layoutChanged({}, QAbstractItemModel::VerticalSortHint);
+}
+
+QModelIndexList FileListModel::match(const QModelIndex& start, int role, const QVariant& value, int hits,
+                                     Qt::MatchFlags flags) const {
+  const Qt::MatchFlags kind = flags & Qt::MatchTypeMask;
+  if (role != Qt::DisplayRole || start.column() != kName ||
+      (kind != Qt::MatchStartsWith && kind != Qt::MatchFixedString))
+    return QAbstractTableModel::match(start, role, value, hits, flags);
+  const QString wanted = value.toString();
+  const Qt::CaseSensitivity cs = flags & Qt::MatchCaseSensitive ? Qt::CaseSensitive : Qt::CaseInsensitive;
+  const int rows = rowCount();
+  const int first = std::clamp(start.row(), 0, std::max(rows - 1, 0));
+  const int count = flags & Qt::MatchWrap ? rows : rows - first;
+  QModelIndexList found;
+  for (int i = 0; i < count && (hits < 0 || found.size() < hits); ++i) {
+    const int row = (first + i) % rows;
+    const LvItem& it = items_[static_cast<size_t>(row)];
+    const QString shown = it.icon == 1 || it.icon == kIconParent ? it.text.mid(1) : it.text;
+    const bool hit = kind == Qt::MatchStartsWith ? shown.startsWith(wanted, cs) : shown.compare(wanted, cs) == 0;
+    if (hit) found.append(index(row, kName));
+  }
+  return found;
 }
 
 void FileListModel::SetItems(std::vector<LvItem> items) {

@@ -34,7 +34,13 @@ class FileListModel : public QAbstractTableModel {
   int columnCount(const QModelIndex& parent = {}) const override;
   QVariant data(const QModelIndex& index, int role) const override;
   QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+  // ".." and the folders stay on top in both directions of the name column,
+  // as in two-pane file managers; sizes and dates keep them apart by value.
   void sort(int column, Qt::SortOrder order) override;
+  // Type-to-find goes by the names as the user reads them: a folder's leading
+  // blank doesn't count.
+  QModelIndexList match(const QModelIndex& start, int role, const QVariant& value, int hits,
+                        Qt::MatchFlags flags) const override;
   Qt::ItemFlags flags(const QModelIndex& index) const override;
   // An edit of a name renames nothing here: it is reported, and the pane's
   // refresh shows the outcome.

@@ -1,5 +1,6 @@
 #include "shell/FileListView.h"
 
+#include <QApplication>
 #include <QHeaderView>
 #include <QDropEvent>
 #include <QKeyEvent>
@@ -168,6 +169,12 @@ bool FileListView::eventFilter(QObject* watched, QEvent* event) {
   }
   if (event->type() == QEvent::KeyPress && (watched == details_ || watched == icons_)) {
     auto* key = static_cast<QKeyEvent*>(event);
+    // The Return that ends an in-place rename comes up from the edit box;
+    // it belongs to the rename and must not open the file as well.
+    if (QWidget* focus = QApplication::focusWidget(); focus && focus != watched && static_cast<QWidget*>(watched)->isAncestorOf(focus)) {
+      if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) return true;
+      return QWidget::eventFilter(watched, event);
+    }
     if (key->key() == Qt::Key_Backspace || key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) {
       emit keyPressed(key->key() == Qt::Key_Enter ? Qt::Key_Return : key->key(), key->modifiers());
       return true;

@@ -11,6 +11,8 @@
 #include <QHash>
 #include <QHeaderView>
 #include <QDropEvent>
+#include <QFileSystemWatcher>
+#include <QTimer>
 #include <QKeyEvent>
 #include <QMimeData>
 #include <QUrl>
@@ -106,6 +108,33 @@ FilePane::FilePane(int pane, PaneShared& shared, QWidget* parent)
   tabs_->addTab(fflPage_, "FFL View");
   connect(tabs_, &QTabWidget::currentChanged, this, &FilePane::SSTab1_Click);
   tabs_->installEventFilter(this);
+
+  watcher_ = new QFileSystemWatcher(this);
+  watchDelay_ = new QTimer(this);
+  watchDelay_->setSingleShot(true);
+  watchDelay_->setInterval(300);
+  connect(watcher_, &QFileSystemWatcher::directoryChanged, watchDelay_, qOverload<>(&QTimer::start));
+  connect(watchDelay_, &QTimer::timeout, this, &FilePane::FolderChangedOutside);
+}
+
+void FilePane::Watch(const std::string& folder) {
+  const QString path = QString::fromStdString(folder);
+  const QStringList watched = watcher_->directories();
+  if (watched.size() == 1 && watched.front() == path) return;
+  if (!watched.isEmpty()) watcher_->removePaths(watched);
+  if (!path.isEmpty()) watcher_->addPath(path);
+}
+
+void FilePane::FolderChangedOutside() {
+  // A name being edited in place waits: a refresh would end the edit.
+  if (QWidget* focus = QApplication::focusWidget();
+      focus && (listView_->isAncestorOf(focus) || file1_->isAncestorOf(focus)) &&
+      focus != listView_->current() && focus != file1_) {
+    watchDelay_->start();
+    return;
+  }
+  if (!IsFolder(folder())) return;
+  Refresh(true);
 }
 
 void FilePane::BuildFileView(QWidget* page) {
@@ -251,6 +280,7 @@ void FilePane::ReadFolder(const std::string& folder) {
     keepCurrent = File1Current();
   }
   folder_ = WithTrailingSeparator(folder);
+  Watch(folder_);
   dir1_->SetPath(folder_, listing.folders);
   files_ = std::move(listing.files);
   QStringList names;

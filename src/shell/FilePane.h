@@ -13,6 +13,8 @@
 #include "shell/DirectoryListing.h"
 
 class QComboBox;
+class QFileSystemWatcher;
+class QTimer;
 class QLabel;
 class QListView;
 class QStringListModel;
@@ -141,6 +143,8 @@ class FilePane : public QWidget {
   void ReadFolder(const std::string& folder);
   void GoUp();
   void ApplyPattern(const std::string& pattern);
+  void Watch(const std::string& folder);
+  void FolderChangedOutside();
 
   int pane_;
   PaneShared& shared_;
@@ -151,6 +155,10 @@ class FilePane : public QWidget {
   bool typedMask_ = false;
   std::string folder_;
   std::string listedFolder_;  // the folder ListView1 shows, empty before the first fill
+  // The shown folder is watched, so that what other programs change in it
+  // shows without Ctrl+R; a burst of changes makes one refresh.
+  QFileSystemWatcher* watcher_ = nullptr;
+  QTimer* watchDelay_ = nullptr;
   std::vector<DirEntry> files_;
   std::string enteredFolder_;  // the name of the folder last entered from here
   int64_t selectionK_ = 0;

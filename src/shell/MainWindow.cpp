@@ -26,6 +26,7 @@
 #include "picture/Module2.h"
 #include "settings/Conversions.h"
 #include "settings/FolderHistory.h"
+#include "settings/FolderIdentity.h"
 #include "settings/SettingsStore.h"
 #include "shell/FileListModel.h"
 #include "shell/FileListView.h"
@@ -319,7 +320,7 @@ void MainWindow::RefreshFile1(int index) {
   FilePane* p = pane(index);
   FilePane* twin = pane(index ^ 1);
   p->Refresh(true);
-  if (ToLower(twin->folder()) == ToLower(p->folder())) twin->Refresh(true);
+  if (SameFolder(twin->folder(), p->folder())) twin->Refresh(true);
 }
 
 void MainWindow::RefreshFile1C(int index) { RefreshFile1(index ^ 1); }

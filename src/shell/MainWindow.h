@@ -115,9 +115,16 @@ class MainWindow : public QMainWindow {
   void StatusDisplay(long current, long total, double startSeconds);
   void StatusDisplayClear();
   void Progressbar(int percent, bool hide = false);
-  // Esc sets the flag while long work runs; the work polls it and clears it
-  // when it starts. It is atomic so that work off the window's thread reads it.
+  // Esc sets the flag; long work polls it. It is atomic so that work off the
+  // window's thread reads it.
   std::atomic<bool>& EscapeFlag() { return escapePressed_; }
+  // An Esc belongs to the work it was pressed for: every piece of work (a
+  // preview, a run, a copy, a scan) starts here with the flag clear, so a key
+  // pressed before or between two runs stops neither.
+  std::atomic<bool>& BeginWork() {
+    escapePressed_ = false;
+    return escapePressed_;
+  }
 
   // --- preferences: opens the dialog on a page (0 the first)
   void ShowPreferences(int page = 0);

@@ -12,6 +12,7 @@
 #include <QTabWidget>
 #include <QThread>
 #include <atomic>
+#include <cctype>
 #include <memory>
 
 #include "catalogue/CategoryChange.h"
@@ -19,6 +20,7 @@
 #include "catalogue/PluginScanner.h"
 #include "catalogue/ScanCache.h"
 #include "filter/Paths.h"
+#include "settings/FolderIdentity.h"
 #include "shell/CategoryDialog.h"
 #include "shell/CommandGroups.h"
 #include "shell/MainWindow.h"
@@ -65,6 +67,52 @@ class ScanThreadHooks : public ShellHooks {
   ShellHooks& ui_;
   std::atomic<bool>& escape_;
 };
+
+// The core counts the plugins whose category couldn't change; what the shell
+// knows of their room goes under that count, so the user reads the cause.
+class CategoryFailureHooks : public ShellHooks {
+ public:
+  CategoryFailureHooks(ShellHooks& ui, std::string causes) : ui_(ui), causes_(std::move(causes)) {}
+  MsgResult MsgBox(const std::string& text, MsgButtons buttons, MsgIcon icon, const std::string& title) override {
+    const bool failure = text.rfind("Changing the category didn't work for", 0) == 0;
+    return ui_.MsgBox(failure && !causes_.empty() ? text + "\n" + causes_ : text, buttons, icon, title);
+  }
+  void ErrorMessage(const std::string& description) override { ui_.ErrorMessage(description); }
+  bool ErrorMessage2(const std::string& description) override { return ui_.ErrorMessage2(description); }
+  void RefreshActivePane() override { ui_.RefreshActivePane(); }
+  void StatusDisplay(const std::string& text) override { ui_.StatusDisplay(text); }
+  bool EscapePressed() override { return ui_.EscapePressed(); }
+
+ private:
+  ShellHooks& ui_;
+  std::string causes_;
+};
+
+// The room a plugin has for its category, in characters; 0 when nothing
+// limits it here (a filter source is written anew).
+int CategoryRoom(const PluginEntry& entry) {
+  std::string end = entry.path.size() >= 4 ? entry.path.substr(entry.path.size() - 4) : entry.path;
+  for (char& c : end) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  if (end == ".afs" || end == ".pff" || end == ".txt") return 0;
+  if (entry.categoryOffset == 0) return 255;  // a Filter Factory plugin: what its count byte can say
+  return entry.categoryOffset > 0 ? entry.maxCategoryLength : 0;
+}
+
+// One line for each selected plugin that can't hold `target`.
+std::string CategoryTooLong(const PaneCatalogue& catalogue, const std::vector<FilterRow>& rows,
+                            const std::string& target) {
+  std::string lines;
+  for (const FilterRow& row : rows) {
+    if (!row.selected || !catalogue.plugins.Valid(row.entry)) continue;
+    const PluginEntry& entry = catalogue.plugins[row.entry];
+    const int room = CategoryRoom(entry);
+    if (room <= 0 || static_cast<int>(target.size()) <= room) continue;
+    std::string name = entry.path.substr(entry.path.find_last_of('/') + 1);
+    lines += "\n" + name + ": the file has room for a category of " + std::to_string(room) +
+             " characters; \"" + target + "\" has " + std::to_string(target.size()) + ".";
+  }
+  return lines.empty() ? lines : lines.substr(1);
+}
 
 // Esc anywhere in the program stops the scan, whichever control has the focus
 // (the lists of the pane are disabled meanwhile).
@@ -258,6 +306,8 @@ void PluginViewController::cmd_ChangeCategory(bool dropped) {
       break;
     }
   }
+  CategoryFailureHooks told(hooks(), CategoryTooLong(page->catalogue(), rows, target));
+  env.shell = &told;
   page->ChangeCategory(target, dropped, env);
 }
 
@@ -331,7 +381,7 @@ void InstallPluginViewCommands(MainWindow& window) {
     QObject::connect(pane, &FilePane::folderChanged, controller, [&window](int index) {
       FilePane* p = window.pane(index);
       const PaneCatalogue& c = p->pluginView()->catalogue();
-      if (ToLower(WithTrailingSeparator(p->folder())) != ToLower(c.scannedFolder))
+      if (!SameFolder(p->folder(), c.scannedFolder))
         window.SetPluginViewFresh(index, false);
     });
   }

@@ -106,6 +106,11 @@ void ApplyListOptions(QAbstractItemView* view, const Preferences& prefs) {
   QString sheet;
   if (grid) sheet += "QTreeView::item { border-right: 1px solid palette(mid); border-bottom: 1px solid palette(mid); }\n";
   if (hot) sheet += "QAbstractItemView::item:hover { color: palette(link); text-decoration: underline; }\n";
+  // A rule for the items takes their whole drawing over, the selection's
+  // colours too: without these a selected name is drawn in the colour of its
+  // own background.
+  if (grid || hot)
+    sheet += "QAbstractItemView::item:selected { background: palette(highlight); color: palette(highlighted-text); }\n";
   if (flat)
     sheet += "QScrollBar { border: none; background: palette(base); }\n"
              "QScrollBar::add-line, QScrollBar::sub-line { width: 0; height: 0; border: none; }\n";
@@ -345,7 +350,10 @@ void InstallPreferencesCommands(MainWindow& window) {
 
   // A file the desktop can't open goes to Open With.
   window.SetShellOpener([&window](const QString& path) {
-    if (QDesktopServices::openUrl(QUrl::fromLocalFile(path))) return true;
+    // xdg-open reports a start even when nothing takes the file; the question
+    // is asked first, so that such a file reaches Open With.
+    const QUrl file = QUrl::fromLocalFile(path);
+    if (HasHandlerFor(file) && QDesktopServices::openUrl(file)) return true;
     // Open With tells the user itself when nothing is registered.
     OpenWith(path, &window, window.messages());
     return true;

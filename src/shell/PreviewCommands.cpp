@@ -8,11 +8,14 @@
 #include <QTime>
 #include <QTimer>
 #include <cstdlib>
+#include <filesystem>
 
 #include "filter/Paths.h"
 #include "host/ContactSheet.h"
 #include "host/PreviewPipeline.h"
+#include "picture/Module2.h"
 #include "picture/PicView.h"
+#include "settings/FolderIdentity.h"
 #include "shell/BrowseDialog.h"
 #include "shell/CommandGroups.h"
 #include "shell/FilePane.h"
@@ -188,7 +191,9 @@ void PreviewController::mnuBrowser_Click() {
   auto* dialog = new BrowseDialog(std::move(plugins), *thumb, options, &window_);
   dialog->setAttribute(Qt::WA_DeleteOnClose);
   // What the engine can't run is tried through the host, on this thread.
+  // Each tile is a run of its own; the dialog's Esc ends the remaining ones.
   dialog->SetFallback([this, image = *thumb](const std::string& plugin, std::string& why) {
+    window_.BeginWork();
     return RunThroughHost(plugin, image, nullptr, &why);
   });
   connect(dialog, &BrowseDialog::pluginActivated, this, [this](const QString& path) {
@@ -197,7 +202,7 @@ void PreviewController::mnuBrowser_Click() {
     previewWindow()->raise();
   });
   dialog->show();
-  window_.EscapeFlag() = false;  // an earlier Esc must not stop the host runs
+  window_.BeginWork();  // an earlier Esc must not stop the host runs
   dialog->Start();
 }
 
@@ -230,15 +235,31 @@ void PreviewController::mnuBatchProcessing_Click() {
     shell().MsgBox("There are no pictures to process.", MsgButtons::Ok, MsgIcon::Exclamation, "Trel");
     return;
   }
+  // Pictures that lie in the target folder would be written over themselves:
+  // their results go into a folder named after the plugin, beside them.
+  for (const std::string& picture : pictures) {
+    if (!SameFolder(FolderOf(picture), target)) continue;
+    std::string name = FileNameOf(plugin);
+    if (const auto dot = name.rfind('.'); dot != std::string::npos && dot > 0) name.resize(dot);
+    target = WithTrailingSeparator(target + name);
+    std::error_code ec;
+    std::filesystem::create_directories(target, ec);
+    if (ec) {
+      shell().MsgBox(target + " couldn't be created: " + ec.message(), MsgButtons::Ok, MsgIcon::Exclamation,
+                     "Batch");
+      return;
+    }
+    break;
+  }
   RunBatch(plugin, pictures, target);
 }
 
 BatchResult PreviewController::RunBatch(const std::string& plugin, const std::vector<std::string>& pictures,
                                         const std::string& targetFolder) {
+  window_.BeginWork();  // the probe below is part of this run already
   // Our own filters run straight on the engine; any other plugin goes
   // through the host, which says what it can't run.
   const PreparedFilter filter = PrepareFilter(plugin);
-  window_.EscapeFlag() = false;  // an earlier Esc must not stop the probe
   PictureRunner run;
   if (filter.ok()) {
     run = [this, &filter](const QImage& in) {
@@ -256,7 +277,6 @@ BatchResult PreviewController::RunBatch(const std::string& plugin, const std::ve
       return {};
     }
   }
-  window_.EscapeFlag() = false;
   const double start = QTime::currentTime().msecsSinceStartOfDay() / 1000.0;
   QApplication::setOverrideCursor(Qt::WaitCursor);
   BatchResult result = BatchApply(

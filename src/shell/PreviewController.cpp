@@ -6,6 +6,7 @@
 #include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
+#include <QLabel>
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
@@ -263,6 +264,7 @@ void PreviewController::cmd_Preview() {
   if (userRun_) return;  // the host is busy with the user's own run
   const std::string path = SelectedFile();
   if (path.empty()) return;
+  window_.BeginWork();
   if (IsPluginName(path)) PreviewPlugin(path);
   else if (IsPictureFile(path)) PreviewPictureFile(path);
 }
@@ -299,7 +301,7 @@ bool PreviewController::PreviewPlugin(const std::string& pluginPath) {
   bool result = false;
   ++previewRuns_;
   // An Esc pressed before (to close a box) must not stop this run.
-  window_.EscapeFlag() = false;
+  window_.BeginWork();
   QApplication::setOverrideCursor(Qt::WaitCursor);
   PluginFailure why;
   PluginInvoke(*lib_, state_, shell(), window_.programFolder(), pluginPath, nullptr, false, parent,
@@ -444,14 +446,20 @@ void PreviewController::cmd_Invoke() {
   }
   shownPlugin_ = path;
   ShowPreviewImage(NameOf(path));
-  previewWindow()->show();
-  previewWindow()->raise();
+  // Without a Picture Editor the run goes to the preview picture; the window
+  // says so, or the user looks for a changed picture that isn't there.
+  PreviewWindow* shown = previewWindow();
+  const QString where = "Ran " + NameOf(path) + " on the preview picture: no picture is open in the Picture Editor";
+  shown->setWindowTitle("Preview - " + where);
+  shown->picture1()->setAccessibleDescription(where);
+  shown->show();
+  shown->raise();
 }
 
 std::shared_ptr<void> PreviewController::KeepWindowAlive() {
   userRun_ = true;
   timer1_.stop();
-  window_.EscapeFlag() = false;
+  window_.BeginWork();
   // Input is held back only while waiting for the host, so that the run's
   // own messages afterwards can be answered.
   lib_->setWhileWaiting([this] {
@@ -503,6 +511,7 @@ PicView* PreviewController::picView(bool create) {
                                   MsgIcon::Exclamation, "Picture Editor");
         return {};
       }
+      window_.BeginWork();
       return RenderWith(filter, picture, [this] { return window_.EscapeFlag().load(); });
     });
   }

@@ -3,9 +3,15 @@
 #include <QCloseEvent>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QMainWindow>
+#include <QMenuBar>
+#include <QScreen>
+#include <QStyle>
+#include <QToolBar>
 #include <QPixmap>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "host/PreviewPipeline.h"
 
@@ -69,6 +75,42 @@ void PreviewWindow::ShowMessage(const QString& text) {
   shown_ = QImage();
   picture1_->setPixmap(QPixmap());
   picture1_->setText(text);
+}
+
+void PreviewWindow::showEvent(QShowEvent* event) {
+  if (!placed_) {
+    placed_ = true;
+    PlaceBesideOwner();
+  }
+  QWidget::showEvent(event);
+}
+
+void PreviewWindow::PlaceBesideOwner() {
+  QWidget* owner = parentWidget() ? parentWidget()->window() : nullptr;
+  if (!owner || !owner->isVisible()) return;
+  adjustSize();
+  const QRect outer = owner->frameGeometry();
+  const QRect inner = owner->geometry();
+  const QRect screen = owner->screen() ? owner->screen()->availableGeometry() : QRect();
+  const QSize size = frameGeometry().size();
+  const int gap = 8;
+  if (screen.isValid() && outer.right() + gap + size.width() <= screen.right()) {
+    move(outer.right() + gap, outer.top());
+    return;
+  }
+  // Below the menu bar and the tool bar, at the right of the lists.
+  int top = inner.top();
+  if (auto* main = qobject_cast<QMainWindow*>(owner)) {
+    if (main->menuWidget()) top = std::max(top, main->menuWidget()->mapToGlobal(QPoint(0, main->menuWidget()->height())).y());
+    for (QToolBar* bar : main->findChildren<QToolBar*>())
+      if (bar->isVisible() && main->toolBarArea(bar) == Qt::TopToolBarArea)
+        top = std::max(top, bar->mapToGlobal(QPoint(0, bar->height())).y());
+  }
+  const int x = std::max(inner.left(), inner.right() - size.width() - gap);
+  // Before its first showing the window's frame isn't known, and a window
+  // manager may hang the title bar above the position given: leave room for it.
+  const int titleBar = frameGeometry().height() > height() ? 0 : style()->pixelMetric(QStyle::PM_TitleBarHeight);
+  move(x, top + gap + titleBar);
 }
 
 void PreviewWindow::closeEvent(QCloseEvent* event) {

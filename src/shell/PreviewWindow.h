@@ -31,9 +31,15 @@ class PreviewWindow : public QWidget {
 
  protected:
   void closeEvent(QCloseEvent* event) override;
+  void showEvent(QShowEvent* event) override;
 
  private:
+  // Where the window first opens: beside the main window when the screen has
+  // room, otherwise over its lists, never over its menu bar.
+  void PlaceBesideOwner();
+
   QLabel* picture1_ = nullptr;
+  bool placed_ = false;
   QImage shown_;
 };
 

@@ -6,11 +6,15 @@
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QDialog>
+#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
+#include <QHash>
+#include <QLocale>
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QVBoxLayout>
 
 #include "filter/Paths.h"
@@ -30,6 +34,23 @@ constexpr int kZipMaskEntry = 5;
 
 // Names handed to zip and unzip never start with a dash, so none reads as an option.
 QString AsArgument(const QString& name) { return name.startsWith('-') ? "./" + name : name; }
+
+// "archive: entry  (N bytes, date time)" for each entry of a listing of
+// `unzip -l`, whose rows are: length, date, time, name.
+QHash<QString, QString> EntryLabels(const QString& archive, const QString& listing) {
+  static const QRegularExpression row(R"(^\s*(\d+)\s+(\d+-\d+-\d+)\s+(\d+:\d+)\s+(.+)$)");
+  QHash<QString, QString> labels;
+  for (const QString& line : listing.split('\n', Qt::SkipEmptyParts)) {
+    const QRegularExpressionMatch m = row.match(line);
+    if (!m.hasMatch()) continue;
+    const QString stamp = m.captured(2) + " " + m.captured(3);
+    QDateTime when = QDateTime::fromString(stamp, "yyyy-MM-dd hh:mm");
+    if (!when.isValid()) when = QDateTime::fromString(stamp, "MM-dd-yyyy hh:mm");
+    const QString date = when.isValid() ? QLocale::system().toString(when, QLocale::ShortFormat) : stamp;
+    labels.insert(m.captured(4), archive + ": " + m.captured(4) + "  (" + m.captured(1) + " bytes, " + date + ")");
+  }
+  return labels;
+}
 
 }  // namespace
 
@@ -140,6 +161,11 @@ bool ZipCommander::UnzipInto(const QString& archive, const QString& folder) {
     files->messages().ErrorMessage(archive.toStdString() + " can't be read as a zip file.");
     return false;
   }
+  // The question shows the entry that would replace the file, with the
+  // entry's own size and date, not the archive's.
+  QString details;
+  Run("unzip", {"-l", archive}, folder, &details);
+  const QHash<QString, QString> described = EntryLabels(archive, details);
   QStringList skip;
   files->OverwriteCheck("", "");
   const QString base = QString::fromStdString(WithTrailingSeparator(folder.toStdString()));
@@ -147,7 +173,7 @@ bool ZipCommander::UnzipInto(const QString& archive, const QString& folder) {
     if (entry.endsWith('/')) continue;
     const QString target = base + entry;
     if (!QFileInfo::exists(target)) continue;
-    const int answer = files->OverwriteCheck(archive.toStdString(), target.toStdString());
+    const int answer = files->OverwriteCheckDescribed(described.value(entry, archive + ": " + entry), target.toStdString());
     if (answer == 4) {
       files->OverwriteCheck("", "");
       return false;

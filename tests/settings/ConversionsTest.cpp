@@ -1,9 +1,13 @@
 #include "settings/Conversions.h"
 #include "settings/FolderHistory.h"
+#include "settings/FolderIdentity.h"
 
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <filesystem>
+
+#include "support/TempDir.h"
 
 namespace trel {
 namespace {
@@ -48,7 +52,7 @@ TEST(FolderHistory, FirstInFirstOutKeepsTheNewest) {
   const FolderHistoryOptions fifo{true, false, 3};
   for (const char* f : {"/1/", "/2/", "/3/", "/4/"}) UpdateFolderHistory(list, f, fifo);
   EXPECT_EQ(list, (List{"/2/", "/3/", "/4/"}));
-  // A known folder, compared case-blind, stays where it is.
+  // A known folder stays where it is.
   EXPECT_FALSE(UpdateFolderHistory(list, "/3/", fifo));
   EXPECT_EQ(list, (List{"/2/", "/3/", "/4/"}));
   // A limit of zero means no limit.
@@ -59,12 +63,45 @@ TEST(FolderHistory, FirstInFirstOutKeepsTheNewest) {
 TEST(FolderHistory, AutoTopMovesAKnownFolderFirstAndDropsTheLast) {
   List list{"/Plugins/", "/b/", "/c/"};
   const FolderHistoryOptions mru{true, true, 3};
-  EXPECT_TRUE(UpdateFolderHistory(list, "/plugins/", mru));
-  EXPECT_EQ(list, (List{"/Plugins/", "/b/", "/c/"}));
+  EXPECT_TRUE(UpdateFolderHistory(list, "/b", mru));  // one folder, with or without the separator
+  EXPECT_EQ(list, (List{"/b/", "/Plugins/", "/c/"}));
   EXPECT_TRUE(UpdateFolderHistory(list, "/c/", mru));
-  EXPECT_EQ(list, (List{"/c/", "/Plugins/", "/b/"}));
+  EXPECT_EQ(list, (List{"/c/", "/b/", "/Plugins/"}));
   EXPECT_TRUE(UpdateFolderHistory(list, "/d/", mru));
-  EXPECT_EQ(list, (List{"/d/", "/c/", "/Plugins/"}));
+  EXPECT_EQ(list, (List{"/d/", "/c/", "/b/"}));
+}
+
+TEST(FolderHistory, TwoFoldersWhoseNamesDifferInCaseAreTwoEntries) {
+  test::TempDir root;
+  std::filesystem::create_directory(root.file("Plugins"));
+  std::filesystem::create_directory(root.file("plugins"));
+  List list;
+  const FolderHistoryOptions fifo{true, false, 0};
+  EXPECT_TRUE(UpdateFolderHistory(list, root.file("Plugins/"), fifo));
+  EXPECT_TRUE(UpdateFolderHistory(list, root.file("plugins/"), fifo));
+  EXPECT_FALSE(UpdateFolderHistory(list, root.file("Plugins/../plugins"), fifo));
+  EXPECT_EQ(list, (List{root.file("Plugins/"), root.file("plugins/")}));
+}
+
+TEST(FolderIdentity, TheFileSystemDecidesWhatIsOneFolder) {
+  test::TempDir root;
+  namespace fs = std::filesystem;
+  fs::create_directories(root.file("a/Plugins/deep"));
+  fs::create_directory(root.file("a/plugins"));
+  fs::create_directory_symlink(root.file("a/Plugins"), root.file("link"));
+  EXPECT_FALSE(SameFolder(root.file("a/Plugins"), root.file("a/plugins")));
+  EXPECT_TRUE(SameFolder(root.file("a/Plugins/"), root.file("a/Plugins")));
+  EXPECT_TRUE(SameFolder(root.file("link/"), root.file("a/Plugins")));
+  EXPECT_TRUE(SameFolder(root.file("a/plugins/../Plugins"), root.file("a/Plugins/")));
+  // Names of folders that don't exist compare as written.
+  EXPECT_TRUE(SameFolder("/no/such/Dir/", "/no/such/Dir"));
+  EXPECT_FALSE(SameFolder("/no/such/Dir/", "/no/such/dir/"));
+  EXPECT_FALSE(SameFolder(root.file("a/Plugins"), "/no/such/Dir"));
+
+  EXPECT_TRUE(IsInsideFolder(root.file("a/Plugins/deep/"), root.file("a/Plugins/")));
+  EXPECT_TRUE(IsInsideFolder(root.file("a/Plugins/deep/new/"), root.file("link")));
+  EXPECT_FALSE(IsInsideFolder(root.file("a/Plugins/deep/"), root.file("a/plugins/")));
+  EXPECT_FALSE(IsInsideFolder(root.file("a/"), root.file("a/Plugins/")));
 }
 
 }  // namespace

@@ -72,6 +72,63 @@ TEST_F(PreferencesTest, OkGrowsAFontByOnePointAndStoresALimitOfZeroAsTwenty) {
   EXPECT_FALSE(small.fonts[1].set);
 }
 
+TEST_F(PreferencesTest, ARoundTripAcrossARestartKeepsWhatTheStoreHolds) {
+  Preferences before;
+  before.interfaceFile = "Mine.des";
+  before.noFFOptimize = 1;
+  before.scanSubDirs = 1;
+  before.autoAdd = {1, 0, 1};
+  before.autoTop = 1;
+  before.folderItemLimit = "7";
+  before.fileview = {1, 1, 1, 0, 1, 0};
+  before.passivePaneFolder = 1;
+  before.ffl10 = 0;
+  before.fullStartUp = 1;
+  before.fonts[0] = {"DejaVu Sans", 10, false, true, true};
+  before.fonts[1] = {"DejaVu Serif", 8.25, true, false, true};
+  before.apps = {"/usr/bin/gimp %1", "/usr/bin/xterm"};
+  before.pics = {"/pics/a.png"};
+  before.includeSources = 1;  // holds for the run only
+  CommitPreferences(store, before);
+  ASSERT_TRUE(store.Flush());
+
+  // The next run: a new store on the same file, and the design values to start from.
+  SettingsStore next(dir.file("Trel10.ini"));
+  Preferences after;
+  LoadPreferences(next, after);
+  EXPECT_EQ(after.interfaceFile, before.interfaceFile);
+  EXPECT_EQ(after.noFFOptimize, 1);
+  EXPECT_EQ(after.scanSubDirs, 1);
+  EXPECT_EQ(after.autoAdd, before.autoAdd);
+  EXPECT_EQ(after.autoTop, 1);
+  EXPECT_EQ(after.folderItemLimit, "7");
+  EXPECT_EQ(after.fileview, before.fileview);
+  EXPECT_EQ(after.passivePaneFolder, 1);
+  EXPECT_EQ(after.ffl10, 0);
+  EXPECT_EQ(after.fullStartUp, 1);
+  EXPECT_EQ(after.apps, before.apps);
+  EXPECT_EQ(after.pics, before.pics);
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(after.fonts[i].name, before.fonts[i].name);
+    EXPECT_EQ(after.fonts[i].bold, before.fonts[i].bold);
+    EXPECT_EQ(after.fonts[i].italic, before.fonts[i].italic);
+  }
+  // The size comes back as its whole part plus one, as the store keeps it;
+  // the sources option isn't in the store and starts off in every run.
+  EXPECT_DOUBLE_EQ(after.fonts[0].size, 11);
+  EXPECT_DOUBLE_EQ(after.fonts[1].size, 9);
+  EXPECT_EQ(after.includeSources, 0);
+
+  // Within that run a second OK writes what the first one did.
+  CommitPreferences(next, after);
+  CommitPreferences(next, after);
+  ASSERT_TRUE(next.Flush());
+  SettingsStore third(dir.file("Trel10.ini"));
+  EXPECT_EQ(third.Get(kSectionSettings, "FontSize1"), "12");
+  EXPECT_EQ(third.Get(kSectionSettings, "App1"), "/usr/bin/xterm");
+  EXPECT_EQ(third.Get(kSectionSettings, "App2"), "");
+}
+
 TEST_F(PreferencesTest, TheStoredCompileChoicesReachTheOptionsTheCoreTakes) {
   struct Row {
     std::string usedFF, encrypt0, editor0, noFF;

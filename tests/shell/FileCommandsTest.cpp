@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QLabel>
+#include <QLineEdit>
 #include <QListView>
 #include <QMimeData>
 #include <QPushButton>
@@ -370,6 +371,129 @@ TEST_F(FileCommandsTest, RenameOneInPlaceOrManyByExtension) {
   EXPECT_TRUE(left.Exists("a.8bf"));
 }
 
+TEST_F(FileCommandsTest, ANameWithASeparatorIsRefusedAndTheReturnOfAnInPlaceRenameOpensNothing) {
+  FilePane* p = window->pane(0);
+  commander->ListView1_AfterLabelEdit(0, "b.txt", "sub/b.txt");
+  EXPECT_TRUE(left.Exists("b.txt"));
+  EXPECT_FALSE(left.Exists("sub/b.txt"));
+  EXPECT_EQ(recorder.said, std::vector<std::string>{
+                               "Trel: \"sub/b.txt\" can't be a name: a file or folder name can't contain \"/\"."});
+  p->SetViewMode(FilePane::kClassic);
+  ASSERT_TRUE(p->SelectInFile1("b.txt"));
+  dialogs->inputs = {QString("sub/x.txt")};
+  commander->cmd_RenameFiles();
+  EXPECT_TRUE(left.Exists("b.txt"));
+  EXPECT_NE(Said().find("can't contain \"/\""), std::string::npos);
+  p->SetViewMode(FileListView::kDetails);
+
+  // Shift+F6 opens the edit box; its Return renames, and the list never sees it.
+  std::vector<QString> opened;
+  window->SetShellOpener([&](const QString& path) {
+    opened.push_back(path);
+    return true;
+  });
+  window->show();
+  QAbstractItemView* list = p->listView()->current();
+  Select({"b.txt"});
+  list->setFocus();
+  commander->cmd_RenameFiles();
+  QLineEdit* edit = list->findChild<QLineEdit*>();
+  ASSERT_NE(edit, nullptr);
+  edit->selectAll();
+  QTest::keyClicks(edit, "notes.txt");
+  QTest::keyClick(edit, Qt::Key_Return);
+  QTest::qWait(50);
+  EXPECT_TRUE(left.Exists("notes.txt"));
+  EXPECT_FALSE(left.Exists("b.txt"));
+  EXPECT_TRUE(opened.empty()) << opened.front().toStdString();
+  // A Return in the list itself still opens.
+  Select({"notes.txt"});
+  QTest::keyClick(list, Qt::Key_Return);
+  ASSERT_EQ(opened.size(), 1u);
+  EXPECT_EQ(opened.front().toStdString(), left.file("notes.txt"));
+}
+
+TEST_F(FileCommandsTest, FoldersWhoseNamesDifferInCaseAreTwoFolders) {
+  fs::create_directories(left.file("x/Plugins"));
+  fs::create_directories(left.file("x/plugins"));
+  left.Write("x/Plugins/a.8bf", "upper");
+  Open(0, left.file("x/Plugins"));
+  Open(1, left.file("x/plugins"));
+  window->prefs().passivePaneFolder = 1;
+  Select({"a.8bf"});
+  commander->cmd_CopyFiles();
+  EXPECT_TRUE(recorder.said.empty()) << Said();
+  EXPECT_EQ(left.Read("x/plugins/a.8bf"), "upper");
+  EXPECT_NE(window->pane(1)->model()->FindText("a.8bf"), -1);
+  // One folder under two spellings still is one.
+  Open(1, left.file("x/plugins/../Plugins/"));
+  commander->cmd_CopyFiles();
+  EXPECT_NE(Said().find("The source folder is identical to the destination folder!"), std::string::npos);
+}
+
+TEST_F(FileCommandsTest, AShownFolderChangedByAnotherProgramShowsTheChangeAndKeepsTheSelection) {
+  FilePane* p = window->pane(0);
+  Select({"b.txt"});
+  left.Write("from outside.txt", "x");
+  fs::remove(left.file("c.afs"));
+  QTRY_VERIFY_WITH_TIMEOUT(p->model()->FindText("from outside.txt") != -1, 5000);
+  EXPECT_EQ(p->model()->FindText("c.afs"), -1);
+  EXPECT_EQ(p->SelectedTexts(), QStringList{"b.txt"});
+  // The pane follows its folder: the old one is no longer watched.
+  Open(0, right.path());
+  left.Write("later.txt", "x");
+  right.Write("here.txt", "x");
+  QTRY_VERIFY_WITH_TIMEOUT(p->model()->FindText("here.txt") != -1, 5000);
+  EXPECT_EQ(p->model()->FindText("later.txt"), -1);
+}
+
+TEST_F(FileCommandsTest, ReverseNameOrderKeepsTheParentAndFoldersOnTopAndTypingFindsFolders) {
+  FilePane* p = window->pane(0);
+  fs::create_directory(left.file("zeta"));
+  p->Refresh(true);
+  auto texts = [&] {
+    QStringList all;
+    for (int row = 0; row < p->model()->rowCount(); ++row) all << p->model()->item(row).text;
+    return all;
+  };
+  p->ListView1_ColumnClick(0);
+  const QStringList first = texts();
+  p->ListView1_ColumnClick(0);
+  const QStringList second = texts();
+  const QStringList up{" ..", " sub", " zeta", "a.8bf", "b.txt", "c.afs"};
+  const QStringList down{" ..", " zeta", " sub", "c.afs", "b.txt", "a.8bf"};
+  EXPECT_TRUE((first == up && second == down) || (first == down && second == up))
+      << first.join('|').toStdString() << " then " << second.join('|').toStdString();
+
+  // Typing a name reaches a folder as it is shown, without its blank.
+  window->show();
+  QAbstractItemView* list = p->listView()->current();
+  list->setFocus();
+  Select({"c.afs"});
+  QTest::keyClicks(list, "su");
+  EXPECT_EQ(p->model()->item(list->currentIndex().row()).text, " sub");
+  QTest::qWait(QApplication::keyboardInputInterval() + 50);
+  QTest::keyClicks(list, "b");
+  EXPECT_EQ(p->model()->item(list->currentIndex().row()).text, "b.txt");
+}
+
+TEST_F(FileCommandsTest, ADropFromTheOtherPaneAsksForTheFolderAsTheMoveCommandDoes) {
+  window->Switchit(0);
+  dialogs->folders = {""};  // cancelled: nothing moves
+  commander->DropFiles(1, {QString::fromStdString(left.file("a.8bf"))}, "", -2);
+  ASSERT_EQ(dialogs->folderEntries.size(), 1u);
+  EXPECT_EQ(dialogs->folderEntries.back().value(0).toStdString(), right.path());
+  EXPECT_TRUE(left.Exists("a.8bf"));
+  dialogs->folders = {"="};
+  commander->DropFiles(1, {QString::fromStdString(left.file("a.8bf"))}, "", -2);
+  EXPECT_EQ(right.Read("a.8bf"), "left a.8bf");
+  EXPECT_FALSE(left.Exists("a.8bf"));
+  // Onto a folder row the target is named: no question.
+  commander->DropFiles(1, {QString::fromStdString(left.file("b.txt"))}, right.path(), -2);
+  EXPECT_EQ(dialogs->folderEntries.size(), 2u);
+  EXPECT_TRUE(right.Exists("b.txt"));
+}
+
 TEST_F(FileCommandsTest, EnableDisableTogglesTheSelectionAndRefusesOtherTypes) {
   Select({"a.8bf"});
   commander->Command1_Click(3);
@@ -435,6 +559,7 @@ TEST_F(FileCommandsTest, DropsMoveBetweenPanesOntoFoldersAndFromOtherPrograms) {
   // A drop on the other pane's list from a widget that isn't the list's own
   // (the other pane, or another program) moves into its folder.
   emit target->listView()->filesDropped({QString::fromStdString(left.file("a.8bf"))}, -1, nullptr);
+  QCoreApplication::processEvents();  // a drop is handled once the drag has ended
   EXPECT_FALSE(left.Exists("a.8bf"));
   EXPECT_EQ(right.Read("a.8bf"), "left a.8bf");
   EXPECT_NE(target->model()->FindText("a.8bf"), -1);
@@ -456,6 +581,7 @@ TEST_F(FileCommandsTest, DropsMoveBetweenPanesOntoFoldersAndFromOtherPrograms) {
   EXPECT_TRUE(enter.isAccepted());
   QDropEvent drop(QPointF(5, 5), Qt::MoveAction | Qt::CopyAction, &desktop, Qt::LeftButton, Qt::NoModifier);
   QApplication::sendEvent(viewport, &drop);
+  QCoreApplication::processEvents();
   EXPECT_EQ(right.Read("desk.txt"), "from the desktop");
   // The classic list takes drops too.
   left.Write("classic.txt", "x");
@@ -465,6 +591,7 @@ TEST_F(FileCommandsTest, DropsMoveBetweenPanesOntoFoldersAndFromOtherPrograms) {
   QApplication::sendEvent(target->file1()->viewport(), &classicEnter);
   QDropEvent classicDrop(QPointF(5, 5), Qt::MoveAction, &desktop, Qt::LeftButton, Qt::NoModifier);
   QApplication::sendEvent(target->file1()->viewport(), &classicDrop);
+  QCoreApplication::processEvents();
   EXPECT_TRUE(right.Exists("classic.txt"));
   target->SetViewMode(FileListView::kDetails);
   // A folder from elsewhere moves in whole.
@@ -562,7 +689,12 @@ TEST_F(FileCommandsTest, ZipAddListTestAndUnzipWithAwkwardNames) {
   right.Write("with blank.afs", "keep me");
   dialogs->overwrite = {1};
   window->command("mnuUnzip")->trigger();
-  EXPECT_EQ(dialogs->overwriteAsked.size(), 1u);
+  ASSERT_EQ(dialogs->overwriteAsked.size(), 1u);
+  // The question shows the entry, with the entry's size, not the archive's.
+  EXPECT_TRUE(dialogs->overwriteAsked[0].contains(
+      " | " + QString::fromStdString(left.file("my pack.zip")) + ": with blank.afs  (5 bytes, "))
+      << dialogs->overwriteAsked[0].toStdString();
+  EXPECT_TRUE(dialogs->overwriteAsked[0].endsWith(") ?"));
   EXPECT_EQ(right.Read("with blank.afs"), "keep me");
   EXPECT_EQ(right.Read("-dash.txt"), "dash");
   EXPECT_NE(window->pane(1)->model()->FindText("Größe.pff"), -1);

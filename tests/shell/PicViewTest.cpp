@@ -149,9 +149,19 @@ TEST_F(PicViewTest, BadFilesAreRefusedWithTheirPath) {
     shell.boxes.clear();
     EXPECT_FALSE(view.OpenFile(QString::fromStdString(path))) << path;
     ASSERT_EQ(shell.boxes.size(), 1u) << path;
-    EXPECT_EQ(shell.boxes[0].text, "Couldn't open " + path);
+    EXPECT_EQ(shell.boxes[0].text.rfind("Couldn't open " + path + "\n", 0), 0u) << shell.boxes[0].text;
     EXPECT_EQ(view.Picture(), Sample());
   }
+  // The reason is named: what isn't there, and what isn't a picture at all.
+  shell.boxes.clear();
+  EXPECT_FALSE(view.OpenFile(QString::fromStdString(dir.file("gone.png"))));
+  ASSERT_EQ(shell.boxes.size(), 1u);
+  EXPECT_EQ(shell.boxes[0].text, "Couldn't open " + dir.file("gone.png") + "\nThe file doesn't exist.");
+  shell.boxes.clear();
+  EXPECT_FALSE(view.OpenFile(QString::fromStdString(dir.Write("notes.xyz", "plain words"))));
+  ASSERT_EQ(shell.boxes.size(), 1u);
+  EXPECT_EQ(shell.boxes[0].text,
+            "Couldn't open " + dir.file("notes.xyz") + "\nIt isn't a picture of a kind this program reads.");
   // A good file opens with nothing to undo.
   ASSERT_TRUE(view.OpenFile(QString::fromStdString(png)));
   EXPECT_EQ(view.PictureFile().toStdString(), png);

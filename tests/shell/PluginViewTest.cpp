@@ -264,9 +264,11 @@ TEST_F(PluginViewTest, ChangeCatAsksUntilItHasANameAndCountsFailures) {
   window->command("mnuChangeCat")->trigger();
   EXPECT_EQ(asked, 3);
   EXPECT_EQ(offered, (Strings{"Blur", "FF Cat", "Noise", "Warp"}));  // no bracketed rows
-  // "Grain" has no room for nine letters; "Soft Blur" has.
+  // "Grain" has no room for nine letters; "Soft Blur" has. The message names the room.
   ASSERT_EQ(shell.boxes.size(), 1u);
-  EXPECT_EQ(shell.boxes[0].text, "Changing the category didn't work for 1 plugin(s).");
+  EXPECT_EQ(shell.boxes[0].text,
+            "Changing the category didn't work for 1 plugin(s).\n"
+            "noise32.8bf: the file has room for a category of 7 characters; \"Sharp New\" has 9.");
   EXPECT_EQ(page->SelectedCategories(), Strings{"Sharp New"});  // the new row, chosen
   EXPECT_EQ(Texts(page->Rows()), Strings{"+ Soft Blur"});
 

@@ -52,6 +52,34 @@ class OpenerRecorder {
   UrlOpener saved_;
 };
 
+TEST(PreferencesDesktopTest, HelpAndFeedbackWithoutABrowserOrMailProgramSaySo) {
+  // A desktop with nothing installed: no applications, no browser command.
+  TempDir data, empty;
+  ScopedEnv home("XDG_DATA_HOME", QByteArray::fromStdString(data.path()));
+  ScopedEnv dirs("XDG_DATA_DIRS", QByteArray::fromStdString(empty.path()));
+  ScopedEnv path("PATH", QByteArray::fromStdString(empty.path()));
+  ScopedEnv browser("BROWSER", "");
+  const QUrl page = QUrl::fromLocalFile(QString::fromStdString(data.Write("Help.htm", "<html></html>")));
+  const QUrl mail("mailto:someone@example.org?subject=Feedback");
+  EXPECT_FALSE(HasHandlerFor(page));
+  EXPECT_FALSE(HasHandlerFor(mail));
+  RecordingShell shell;
+  EXPECT_FALSE(ShowHelp(shell, QString::fromStdString(data.path()), "Help.htm"));
+  EXPECT_FALSE(SendEmail(shell, "someone@example.org", "Feedback", {}));
+  ASSERT_EQ(shell.boxes.size(), 2u);
+  EXPECT_EQ(shell.boxes[0].text, "You have no HTML Viewer installed!");
+  EXPECT_EQ(shell.boxes[1].text, "You have no email application installed!");
+
+  // An application that takes the type, or a browser named in $BROWSER, is enough.
+  std::filesystem::create_directories(data.file("applications"));
+  data.Write("applications/mail.desktop",
+             "[Desktop Entry]\nType=Application\nName=Mail\nExec=mail %u\nMimeType=x-scheme-handler/mailto;\n");
+  EXPECT_TRUE(HasHandlerFor(mail));
+  EXPECT_FALSE(HasHandlerFor(page));
+  ScopedEnv named("BROWSER", "somebrowser");
+  EXPECT_TRUE(HasHandlerFor(page));
+}
+
 TEST(PreferencesDesktopTest, AssociationsAreRegisteredInTheUserDataFolderAndRemovedWhenTurnedOff) {
   TempDir data, config;
   const ScopedEnv dataHome("XDG_DATA_HOME", QByteArray::fromStdString(data.path()));

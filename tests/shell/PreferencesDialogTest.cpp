@@ -21,7 +21,9 @@
 
 #include "settings/SettingsStore.h"
 #include "settings/ui/Form2.h"
+#include "shell/FileListModel.h"
 #include "shell/FileListView.h"
+#include "shell/FilePane.h"
 #include "shell/MainWindow.h"
 #include "shell/PreferencesCommands.h"
 #include "support/RecordingShell.h"
@@ -381,6 +383,43 @@ TEST_F(PreferencesDialogTest, ListOptionsAndFontsChangeThePanes) {
   EXPECT_EQ(button->font().family(), "DejaVu Serif");
   EXPECT_TRUE(button->font().italic());
   EXPECT_EQ(Ini("FontSize1"), "14");  // the whole size plus one
+}
+
+TEST_F(PreferencesDialogTest, WithGridlinesTheSelectedNameStaysReadable) {
+  home.Write("selected name.8bf", "x");
+  Start();
+  FilePane* pane = window->pane(0);
+  pane->ChangeFolder(home.path());
+  window->show();
+  window->Switchit(0);
+  QTreeView* details = pane->listView()->details();
+  // Pixels of the name cell that stand out from the cell's own background.
+  auto inked = [&] {
+    const int row = pane->model()->FindText("selected name.8bf");
+    pane->SelectTexts({"selected name.8bf"}, "selected name.8bf");
+    QCoreApplication::processEvents();
+    const QRect cell = details->visualRect(pane->model()->index(row, 0)).adjusted(24, 3, -3, -3);
+    const QImage shot = details->viewport()->grab().toImage();
+    const QColor background = shot.pixelColor(cell.right(), cell.center().y());
+    int count = 0;
+    for (int y = cell.top(); y <= cell.bottom(); ++y)
+      for (int x = cell.left(); x <= cell.right(); ++x) {
+        const QColor c = shot.pixelColor(x, y);
+        if (std::abs(c.red() - background.red()) + std::abs(c.green() - background.green()) +
+                std::abs(c.blue() - background.blue()) > 150)
+          ++count;
+      }
+    return count;
+  };
+  const int plain = inked();
+  ASSERT_GT(plain, 20);
+  // Gridlines, then Hot Tracking with them: each rule for the items keeps the name readable.
+  for (const char* box : {"Check12_2", "Check12_4"}) {
+    Find<QCheckBox>(box)->setChecked(true);
+    Find<QCheckBox>(box)->clicked(true);
+    EXPECT_GT(inked(), plain / 2) << box;
+  }
+  ASSERT_TRUE(details->styleSheet().contains("border-bottom"));
 }
 
 TEST_F(PreferencesDialogTest, HelpOpensThePageOfTheShownTab) {

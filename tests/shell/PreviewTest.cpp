@@ -4,6 +4,7 @@
 #include <QAction>
 #include <QDir>
 #include <QLabel>
+#include <QMenuBar>
 #include <QListWidget>
 #include <QSignalSpy>
 #include <QElapsedTimer>
@@ -164,6 +165,41 @@ TEST_F(PreviewTest, APreviewShowsTheFilteredThumbnailAndIsCachedUntilUpdated) {
   EXPECT_TRUE(fs::exists(entry));
 }
 
+TEST_F(PreviewTest, AnEscBelongsToTheRunItWasPressedForNotToTheNextPreviews) {
+  window->prefs().previewCache = 0;  // every preview is a run
+  const std::string invert = Plugin("255 - c", "invert"), half = Plugin("c / 2", "half");
+  // Esc in the main window, with nothing running, and between two previews.
+  window->show();
+  QTest::keyClick(window.get(), Qt::Key_Escape);
+  ASSERT_TRUE(window->EscapeFlag().load());
+  ASSERT_TRUE(preview->PreviewPlugin(invert));
+  EXPECT_EQ(Shown().convertToFormat(QImage::Format_RGB32),
+            RenderWith(PrepareFilter(invert), Thumb()).convertToFormat(QImage::Format_RGB32));
+  QTest::keyClick(window.get(), Qt::Key_Escape);
+  ASSERT_TRUE(preview->PreviewPlugin(half));
+  EXPECT_EQ(Shown().convertToFormat(QImage::Format_RGB32),
+            RenderWith(PrepareFilter(half), Thumb()).convertToFormat(QImage::Format_RGB32));
+}
+
+TEST_F(PreviewTest, ThePreviewWindowOpensBesideTheMainWindowOrBelowItsMenuBar) {
+  for (const QSize size : {QSize(500, 400), QSize(4000, 3000)}) {  // room beside it, and none
+    TearDown();
+    SetUp();
+    window->resize(size);
+    window->move(0, 0);
+    window->show();
+    QTest::qWait(10);
+    preview->previewWindow()->show();
+    const QRect menu(window->menuBar()->mapToGlobal(QPoint(0, 0)), window->menuBar()->size());
+    const QRect placed = preview->previewWindow()->frameGeometry();
+    EXPECT_FALSE(placed.intersects(menu)) << size.width() << ": " << placed.x() << "," << placed.y();
+    if (size.width() > 1000) {  // over the window: at its top, not down by the buttons
+      EXPECT_LT(placed.top(), window->geometry().center().y()) << placed.y();
+    }
+    preview->previewWindow()->hide();
+  }
+}
+
 TEST_F(PreviewTest, AnUnwritableCacheSaysSoOnceAndThePreviewStillShows) {
   ClearPreviewCache(home.path());
   fs::remove_all(home.file("cache"));
@@ -201,6 +237,9 @@ TEST_F(PreviewTest, InvokeRunsOnThePreviewOrTheOpenPictureEditor) {
   EXPECT_TRUE(shell.boxes.empty());
   EXPECT_EQ(Shown().convertToFormat(QImage::Format_RGB32),
             RenderWith(PrepareFilter(plugin), Thumb()).convertToFormat(QImage::Format_RGB32));
+  // It says where the run went.
+  EXPECT_EQ(preview->previewWindow()->windowTitle().toStdString(),
+            "Preview - Ran invert.8bf on the preview picture: no picture is open in the Picture Editor");
 
   PicView* pic = preview->picView();
   const QImage picture = test::PatternPicture(30, 20, false);
@@ -381,6 +420,24 @@ TEST_F(PreviewTest, BrowseFillsEveryTileAndBatchWritesThePassiveFolder) {
   EXPECT_EQ(shell.boxes[0].text.rfind(ImgStatusText(IMG_ERR_NOT_SUPPORTED), 0), 0u) << shell.boxes[0].text;
   EXPECT_NE(shell.boxes[0].text.find("no Windows DLL"), std::string::npos) << shell.boxes[0].text;
   EXPECT_TRUE(fs::is_empty(out2.path()));
+}
+
+TEST_F(PreviewTest, BatchOnThePicturesOfTheOtherPaneNeverWritesOverThem) {
+  selected = Plugin("255 - c", "invert");
+  test::TempDir pics;
+  const QImage original = test::PatternPicture(6, 6, false);
+  ASSERT_TRUE(original.save(QString::fromStdString(pics.file("p.png"))));
+  window->pane(0)->ChangeFolder(plugins.path());
+  window->pane(1)->ChangeFolder(pics.path());
+  window->Switchit(0);
+  preview->mnuBatchProcessing_Click();
+  EXPECT_TRUE(shell.boxes.empty() || shell.boxes.back().title == "Batch");
+  for (const auto& box : shell.boxes) EXPECT_EQ(box.text.find("Do you want to replace it?"), std::string::npos);
+  EXPECT_EQ(QImage(QString::fromStdString(pics.file("p.png"))).convertToFormat(QImage::Format_RGB32),
+            original.convertToFormat(QImage::Format_RGB32));
+  ASSERT_TRUE(pics.Exists("invert/p.png"));
+  EXPECT_EQ(QImage(QString::fromStdString(pics.file("invert/p.png"))).pixelColor(1, 1).red(),
+            255 - original.pixelColor(1, 1).red());
 }
 
 }  // namespace

@@ -78,8 +78,32 @@ bool WriteText(const QString& path, const QString& text) {
 
 }  // namespace
 
+bool HasHandlerFor(const QUrl& url) {
+  QString type;
+  if (url.isLocalFile()) {
+    type = QMimeDatabase().mimeTypeForFile(url.toLocalFile()).name();
+  } else {
+    type = "x-scheme-handler/" + url.scheme().toLower();
+  }
+  if (!AppsForMimeType(type).empty()) return true;
+  // xdg-open falls back on $BROWSER and the usual browser commands for pages,
+  // but mail needs an application that says it takes mailto.
+  if (url.scheme() == "mailto") return false;
+  if (!qEnvironmentVariable("BROWSER").isEmpty()) return true;
+  for (const char* browser : {"x-www-browser", "www-browser", "firefox", "firefox-esr", "chromium",
+                              "google-chrome", "epiphany", "konqueror", "lynx", "w3m", "links"})
+    if (!QStandardPaths::findExecutable(browser).isEmpty()) return true;
+  return false;
+}
+
 UrlOpener& DesktopOpener() {
-  static UrlOpener opener = [](const QString& url) { return QDesktopServices::openUrl(QUrl(url)); };
+  // The desktop's opener starts xdg-open and reports success whether or not
+  // anything can show the address; so the question is asked first, and "no
+  // viewer" reaches the user as a message instead of nothing at all.
+  static UrlOpener opener = [](const QString& url) {
+    const QUrl parsed(url);
+    return HasHandlerFor(parsed) && QDesktopServices::openUrl(parsed);
+  };
   return opener;
 }
 

@@ -7,6 +7,7 @@
 #include <QDialog>
 #include <QString>
 #include <QStringList>
+#include <QUrl>
 #include <array>
 #include <functional>
 #include <string>
@@ -19,6 +20,9 @@ class ShellHooks;
 // How addresses and documents are handed to the desktop; tests replace it.
 using UrlOpener = std::function<bool(const QString& url)>;
 UrlOpener& DesktopOpener();  // QDesktopServices::openUrl unless replaced
+// Whether anything on this desktop opens `url`: an application for its type
+// (its scheme for mail and web addresses), or a browser for pages.
+bool HasHandlerFor(const QUrl& url);
 
 // $XDG_DATA_HOME, else ~/.local/share.
 QString UserDataHome();
