@@ -53,10 +53,11 @@ struct OpenEditor {
 };
 
 // xdotool drives the X server as a user's hands do; Qt then reads the events
-// from the server like any other.
+// from the server like any other. They arrive some time after xdotool returns,
+// later on a loaded machine, hence the generous pause.
 bool Xdo(const QStringList& args) {
   const int code = QProcess::execute("xdotool", args);
-  QTest::qWait(150);
+  QTest::qWait(350);
   return code == 0;
 }
 bool ClickAt(QWidget* w, QPoint at = {-1, -1}) {
