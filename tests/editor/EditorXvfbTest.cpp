@@ -188,21 +188,9 @@ TEST(EditorXvfb, RealClicksOpenEveryBoxAndKeysLandThere) {
 
 TEST(EditorXvfb, DoubleClickOpensTheSkinnedEditorAndTypingPreviews) {
   if (!std::getenv("TREL_EDITOR_XVFB")) GTEST_SKIP() << "runs under the Xvfb test only";
-  test::TempDir home;
-  FillProgramFolder(home.path(), {TREL_SHIPPED_DATA_DIR, TREL_TEMPLATE_DIR});
-  const std::string samples = std::string(TREL_SHIPPED_DATA_DIR) + "/samples/";
-  SettingsStore store(home.file("Trel10.ini"));
-  QDir::setCurrent(QString::fromStdString(samples));
-  auto window = std::make_unique<MainWindow>(store, home.path());
-  window->Form_Initialize();
-  window->Form_Load({});
-  window->show();
-  FilePane* pane = window->pane(0);
-  pane->FillDirList(samples);
-  pane->listView()->SelectOnly(pane->model()->FindText("WarmTone.afs"));
-  pane->ListView1_KeyDown(Qt::Key_Return, Qt::NoModifier);
-
-  FFEditorType1* editor = window->FFEditor(false);
+  OpenEditor open;
+  MainWindow* window = open.window.get();
+  FFEditorType1* editor = open.editor;
   ASSERT_NE(editor, nullptr);
   ASSERT_TRUE(QTest::qWaitForWindowExposed(editor, 5000));
   EXPECT_EQ(editor->interfaceFile(), "Interfc4.des");
@@ -234,7 +222,6 @@ TEST(EditorXvfb, DoubleClickOpensTheSkinnedEditorAndTypingPreviews) {
   EXPECT_FALSE(editor->mask().contains(QPoint(2, 240)));
   QTest::qWait(300);
   editor->screen()->grabWindow(0).save(artifacts + "/editor-orbit.png");
-  window->close();
 }
 
 }  // namespace
