@@ -4,6 +4,7 @@
 #include <optional>
 #include <unordered_map>
 
+#include "host/ff/FFMath.h"
 #include "host/ff/FFTreeEval.h"
 
 namespace trel::ff {
@@ -13,7 +14,7 @@ namespace {
 bool IsPureFunction(Fn f) {
   switch (f) {
     case Fn::Src: case Fn::Rad: case Fn::Cnv: case Fn::Ctl: case Fn::Val: case Fn::Map:
-    case Fn::Rnd: case Fn::Rst: case Fn::Get: case Fn::Put:
+    case Fn::Rnd: case Fn::Get: case Fn::Put:
       return false;
     default:
       return true;  // depends on its arguments alone
@@ -61,7 +62,7 @@ OpCode CallCode(Fn f) {
     case Fn::Get: return OpCode::Get;
     case Fn::Put: return OpCode::Put;
     case Fn::Rnd: return OpCode::Rnd;
-    case Fn::Rst: return OpCode::Rst;
+    case Fn::Rst: break;  // never emitted: rst is the constant 0
   }
   return OpCode::Min;
 }
@@ -110,6 +111,10 @@ class ChannelCompiler {
       case NodeKind::Call: {
         Fn f = static_cast<Fn>(node.code);
         if (HasSideEffect(f)) info.effects = true;
+        if (f == Fn::Rst) {  // 0 whatever its argument; the argument still runs
+          info.value = 0;
+          return;
+        }
         if (!IsPureFunction(f)) return;
         break;
       }
@@ -276,8 +281,27 @@ class ChannelCompiler {
     return in.dst;
   }
 
-  // The arithmetic functions spelled out in operators, so that their divisions
-  // by known numbers and their known parts are simplified like any other.
+  // a * b / d with a 64-bit product (mix and scl), folded where it is known;
+  // a known divisor gets its own instruction. The operands stay alive.
+  uint16_t MulDiv(uint16_t a, uint16_t b, uint16_t d) {
+    std::optional<int32_t> ka = ConstantIn(a), kb = ConstantIn(b), kd = ConstantIn(d);
+    if ((kd && *kd == 0) || (ka && *ka == 0) || (kb && *kb == 0)) return Constant(0);
+    if (ka && kb && kd) return Constant(MulDiv64(*ka, *kb, *kd));
+    Instr in{OpCode::MulDiv};
+    in.a = a;
+    in.b = b;
+    in.c = d;
+    if (kd && *kd != -1) {
+      in.op = OpCode::MulDivC;
+      in.imm = *kd;
+    }
+    in.dst = NewTemp();
+    out_.code.push_back(in);
+    return in.dst;
+  }
+
+  // The arithmetic functions spelled out, so that their divisions by known
+  // numbers and their known parts are simplified like any other.
   uint16_t Lowered(Fn f, const uint16_t* r) {
     auto bin = [&](BinOp op, uint16_t a, uint16_t b, bool releaseA, bool releaseB) {
       uint16_t d = Binary(op, a, b, false);
@@ -287,18 +311,18 @@ class ChannelCompiler {
     };
     uint16_t res = 0;
     if (f == Fn::Mix) {  // a*n/d + b*(d-n)/d
-      uint16_t left = bin(BinOp::Mul, r[0], r[2], false, false);
-      left = bin(BinOp::Div, left, r[3], true, false);
+      uint16_t left = MulDiv(r[0], r[2], r[3]);
       uint16_t w = bin(BinOp::Sub, r[3], r[2], false, false);
-      uint16_t right = bin(BinOp::Mul, r[1], w, false, true);
-      right = bin(BinOp::Div, right, r[3], true, false);
+      uint16_t right = MulDiv(r[1], w, r[3]);
+      if (w != right) Release(w);
       res = bin(BinOp::Add, left, right, true, true);
-    } else if (f == Fn::Scl) {  // ol + (oh-ol)*(a-il)/(ih-il)
+    } else if (f == Fn::Scl) {  // ol + (oh-ol)*(a-il)/(ih-il), the range known and not empty
       uint16_t span = bin(BinOp::Sub, r[4], r[3], false, false);
       uint16_t off = bin(BinOp::Sub, r[0], r[1], false, false);
-      uint16_t prod = bin(BinOp::Mul, span, off, true, true);
       uint16_t range = bin(BinOp::Sub, r[2], r[1], false, false);
-      uint16_t q = bin(BinOp::Div, prod, range, true, true);
+      uint16_t q = MulDiv(span, off, range);
+      if (span != q) Release(span);
+      if (off != q) Release(off);
       res = bin(BinOp::Add, r[3], q, false, true);
     }
     return res;
@@ -378,7 +402,18 @@ class ChannelCompiler {
     }
     uint16_t regs[10];
     for (int k = 0; k < count; ++k) regs[k] = Gen(ast_.kid(node, k));
-    if (f == Fn::Mix || f == Fn::Scl) {
+    if (f == Fn::Rst) {
+      Release(regs[0]);
+      return Constant(0);
+    }
+    // scl is spelled out only when its input range is known and not empty
+    // (an empty range gives 0, which the spelled-out form would not).
+    const bool sclRangeKnown = f == Fn::Scl && ConstantIn(regs[1]) && ConstantIn(regs[2]);
+    if (sclRangeKnown && *ConstantIn(regs[1]) == *ConstantIn(regs[2])) {
+      for (int k = 0; k < count; ++k) Release(regs[k]);
+      return Constant(0);
+    }
+    if (f == Fn::Mix || sclRangeKnown) {
       uint16_t res = Lowered(f, regs);
       // Arguments stay alive until the whole function is computed.
       for (int k = 0; k < count; ++k)

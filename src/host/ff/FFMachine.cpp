@@ -47,6 +47,18 @@ inline void ReadColumns(const uint8_t* row, int ch, int64_t xs, int len, int32_t
   for (; k < len; ++k) out[k] = lastValue;
 }
 
+// True when every product A[k] * B[k] of the block fits 31 bits, so that the
+// 32-bit (vectorisable) arithmetic gives the 64-bit result. One OR over the
+// magnitudes bounds them all; it costs far less than 64-bit divisions.
+inline bool ProductsFit(const int32_t* A, const int32_t* B, int len) {
+  uint32_t ma = 0, mb = 0;
+  for (int k = 0; k < len; ++k) {
+    ma |= uint32_t(A[k]) ^ uint32_t(A[k] >> 31);
+    mb |= uint32_t(B[k]) ^ uint32_t(B[k] >> 31);
+  }
+  return std::bit_width(ma) + std::bit_width(mb) <= 30;
+}
+
 inline uint8_t ClampByte(int32_t v) { return static_cast<uint8_t>(v < 0 ? 0 : (v > 255 ? 255 : v)); }
 
 inline const uint8_t* ClampedRow(const ConstImageView& img, int32_t y) {
@@ -106,7 +118,35 @@ void Exec(const Instr* code, size_t count, int32_t* regs, size_t stride, Len n, 
       case OpCode::Scl: {
         const uint16_t* a = c.args + in.extra;
         const int32_t *P = R(a[0]), *IL = R(a[1]), *IH = R(a[2]), *OL = R(a[3]), *OH = R(a[4]);
-        TREL_LOOP D[k] = FnScl(P[k], IL[k], IH[k], OL[k], OH[k]);
+        int32_t* span = c.scratch;
+        int32_t* off = c.scratch + c.block;
+        TREL_LOOP {
+          span[k] = Sub(OH[k], OL[k]);
+          off[k] = Sub(P[k], IL[k]);
+        }
+        if (ProductsFit(span, off, len)) {
+          TREL_LOOP D[k] = IH[k] == IL[k] ? 0 : Add(OL[k], DivFast(Mul(span[k], off[k]), Sub(IH[k], IL[k])));
+        } else {
+          TREL_LOOP D[k] = IH[k] == IL[k] ? 0 : Add(OL[k], MulDiv64(span[k], off[k], Sub(IH[k], IL[k])));
+        }
+        break;
+      }
+      case OpCode::MulDiv:
+        if (ProductsFit(A, B, len)) {
+          TREL_LOOP D[k] = DivFast(Mul(A[k], B[k]), C[k]);
+        } else {
+          TREL_LOOP D[k] = MulDiv64(A[k], B[k], C[k]);
+        }
+        break;
+      case OpCode::MulDivC: {
+        const ConstDivisor cd(in.imm);
+        if (!ProductsFit(A, B, len)) {
+          TREL_LOOP D[k] = MulDiv64(A[k], B[k], in.imm);
+        } else if (cd.shift >= 0) {
+          TREL_LOOP D[k] = cd.QuotShift(Mul(A[k], B[k]));
+        } else {
+          TREL_LOOP D[k] = cd.QuotMul(Mul(A[k], B[k]));
+        }
         break;
       }
       case OpCode::Sqr: TREL_LOOP D[k] = Sqr(A[k]); break;
@@ -233,12 +273,6 @@ void Exec(const Instr* code, size_t count, int32_t* regs, size_t stride, Len n, 
         ReadColumns(row, ch, int64_t(R(kRegX)[0]) + int32_t(in.extra), len, c.src.width, D);
         break;
       }
-      case OpCode::Rst:
-        TREL_LOOP {
-          c.state->rng.Seed(A[k]);
-          D[k] = 0;
-        }
-        break;
     }
   }
 #undef TREL_LOOP
@@ -264,7 +298,7 @@ Machine::Machine(const Program& prog, const ConstImageView& src, const int32_t* 
   fill(kRegCentre, CentreMagnitude(src.width, src.height));
   for (int i = 0; i < 8; ++i) fill(uint16_t(kRegCtl0 + i), ctl[i]);
   for (const auto& [reg, value] : prog.constants) fill(reg, value);
-  if (channels_ < 4) fill(kRegA, 255);
+  if (channels_ < 4) fill(kRegA, 0);  // `a` of a picture without alpha
   for (int z = 0; z < channels_; ++z)
     pixelCode_.code.insert(pixelCode_.code.end(), prog.channels[z].code.begin(), prog.channels[z].code.end());
 }
