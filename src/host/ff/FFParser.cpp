@@ -61,6 +61,25 @@ const NameEntry kNames[] = {
     {"m1", false, 0, Sym::m},
 };
 
+// Where Trel departs from genuine Filter Factory 3.0 on purpose. Everything
+// else, every function below included, gives the original's values (held
+// against what the original computed in the corpus test).
+//
+//   What                           Original            Trel, and why
+//   `sqrt(x)`                      unknown name: the   the same as `sqr`; filters written for
+//                                  channel gives 0     other hosts use it. Compat warning.
+//   a comma inside brackets or an  refused: the        a sequence, the right side's value, as
+//   argument, `(x, 2)`,            channel gives 0     at the top of a code; filters rely on
+//   `max((1,9), 3)`                                    it to run put() first. Compat warning.
+//   `INT_MIN / -1`, `INT_MIN % -1` crashes             INT_MIN and 0: no run may fault.
+//   a quotient of mix or scl       crashes             wraps to 32 bits, for the same reason.
+//   beyond 32 bits
+//   `cnv` at the picture's border  reads memory        repeats the edge pixels.
+//                                  beyond the picture
+//   `rad` of a channel the         reads memory        0, as `src` gives (measured) there.
+//   picture does not have          beyond the picture
+//
+// A compat warning tells the user where a real host would refuse the code.
 struct FnEntry {
   std::string_view name;
   Fn fn;
@@ -117,8 +136,8 @@ class Parser {
   }
 
  private:
-  void Note(size_t pos, std::string message) {
-    if (compat_) compat_->push_back(CompatNote{pos, std::move(message)});
+  void Note(size_t pos, size_t len, std::string message) {
+    if (compat_) compat_->push_back(CompatNote{pos, len, std::move(message)});
   }
 
   bool Fail(size_t pos, std::string message) {
@@ -313,7 +332,7 @@ class Parser {
       if (!ParseTernary(rhs)) return false;
       if (!Make(NodeKind::Seq, 0, pos, {out, rhs}, out)) return false;
       if (brackets_ > 0)
-        Note(pos, "A comma inside brackets: a real Filter Factory host refuses this code.");
+        Note(pos, 1, "A comma inside brackets: a real Filter Factory host refuses this code.");
     }
     return true;
   }
@@ -447,7 +466,7 @@ class Parser {
       for (const FnEntry& e : kFunctions)
         if (e.name == name) fn = &e;
       if (fn && !fn->original)
-        Note(t.pos, Quoted(name) + " is Trel's own: a real Filter Factory host does not know it.");
+        Note(t.pos, t.len, Quoted(name) + " is Trel's own: a real Filter Factory host does not know it.");
       if (!fn) {
         for (const NameEntry& e : kNames)
           if (e.name == name)

@@ -27,6 +27,7 @@ constexpr uint32_t kMaxHeight = 1000;
 // Factory host refuses (it then computes 0 for the whole channel).
 struct CompatNote {
   size_t position = 0;
+  size_t length = 1;  // characters from `position` that make up the construct
   std::string message;
 };
 
