@@ -376,3 +376,56 @@ TEST_F(FF30Corpus, EveryEvaluatorGivesTheOriginalsBytes) {
 
 }  // namespace
 }  // namespace trel::ff::test
+
+namespace trel::ff::test {
+namespace {
+
+// Two filters people wrote that depend on measured behaviour, written out by
+// hand: a displacement by a logical shift (a negative difference becomes a
+// huge offset, so the read clamps to the far edge), and `a` without alpha.
+TEST(FF30Behaviour, FiltersThatDependOnTheMeasuredRulesRenderAsTheOriginal) {
+  ImageRGBA8 src(29, 17, false);
+  for (int y = 0; y < src.height; ++y)
+    for (int x = 0; x < src.width; ++x) {
+      uint8_t* p = src.at(x, y);
+      p[0] = uint8_t(x * 9 + y * 5);
+      p[1] = uint8_t(120 + (x * 7 ^ y * 3));
+      p[2] = uint8_t(255 - y * 13 + x);
+      p[3] = 255;
+    }
+  const Controls ctl{};
+  auto clampTo = [](int64_t v, int hi) { return int(v < 0 ? 0 : (v > hi ? hi : v)); };
+
+  const std::string shift = "src(x+((r-g)>>3), y+((b-g)>>3), z)";
+  ImageRGBA8 shifted(src.width, src.height, false);
+  for (int y = 0; y < src.height; ++y)
+    for (int x = 0; x < src.width; ++x) {
+      const uint8_t* p = src.at(x, y);
+      const int32_t dx = int32_t(uint32_t(p[0] - p[1]) >> 3), dy = int32_t(uint32_t(p[2] - p[1]) >> 3);
+      const uint8_t* from = src.at(clampTo(int64_t(int32_t(uint32_t(x) + uint32_t(dx))), src.width - 1),
+                                   clampTo(int64_t(int32_t(uint32_t(y) + uint32_t(dy))), src.height - 1));
+      uint8_t* o = shifted.at(x, y);
+      for (int z = 0; z < 3; ++z) o[z] = from[z];
+      o[3] = 255;
+    }
+
+  const std::string alpha = "a>0 ? 255-a : r";
+  ImageRGBA8 unchanged = src;  // a reads 0, so R keeps r
+
+  const std::pair<Code, const ImageRGBA8*> filters[] = {{{shift, shift, shift, "a"}, &shifted},
+                                                        {{alpha, "g", "b", "a"}, &unchanged}};
+  for (const auto& [code, want] : filters) {
+    EXPECT_EQ(TreeRender(code, ctl, src, nullptr).pixels, want->pixels) << code[0];
+    for (int threads : {1, 4}) {
+      const auto engine = EngineRender(code, ctl, src, threads);
+      ASSERT_TRUE(engine) << code[0];
+      EXPECT_EQ(engine->pixels, want->pixels) << code[0];
+    }
+    const auto mini = MiniRender(code, ctl, src);
+    ASSERT_TRUE(mini) << code[0];
+    EXPECT_EQ(mini->pixels, want->pixels) << code[0];
+  }
+}
+
+}  // namespace
+}  // namespace trel::ff::test
