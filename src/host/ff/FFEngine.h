@@ -63,6 +63,7 @@ class CompiledFilter {
 // and `err` (if given) names the first faulty channel, the position and why.
 CompiledFilter CompileFilter(const std::array<std::string, 4>& code, CompileError* err);
 
+// The eight slider values, 0..255; a value outside reads as the nearest of them.
 using Controls = std::array<int32_t, 8>;
 
 struct RenderOptions {

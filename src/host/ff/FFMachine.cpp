@@ -47,16 +47,24 @@ inline void ReadColumns(const uint8_t* row, int ch, int64_t xs, int len, int32_t
   for (; k < len; ++k) out[k] = lastValue;
 }
 
-// True when every product A[k] * B[k] of the block fits 31 bits, so that the
-// 32-bit (vectorisable) arithmetic gives the 64-bit result. One OR over the
-// magnitudes bounds them all; it costs far less than 64-bit divisions.
-inline bool ProductsFit(const int32_t* A, const int32_t* B, int len) {
-  uint32_t ma = 0, mb = 0;
+// The 64-bit products of mix and scl, kept out of line: they are rare, and
+// in the loop of every instruction they would cost the common ones.
+[[gnu::noinline]] void SclRun(int32_t* D, const int32_t* P, const int32_t* IL, const int32_t* IH,
+                              const int32_t* OL, const int32_t* OH, int len) {
+  for (int k = 0; k < len; ++k) D[k] = FnSclFast(P[k], IL[k], IH[k], OL[k], OH[k]);
+}
+[[gnu::noinline]] void MulDivRun(int32_t* D, const int32_t* A, const int32_t* B, const int32_t* C, int len) {
+  for (int k = 0; k < len; ++k) D[k] = MulDivFast(A[k], B[k], C[k]);
+}
+// The 64-bit division only where the product leaves 32 bits; the branch
+// almost always goes one way.
+[[gnu::noinline]] void MulDivConstRun(int32_t* D, const int32_t* A, const int32_t* B, int32_t d, int len) {
+  const ConstDivisor cd(d);
   for (int k = 0; k < len; ++k) {
-    ma |= uint32_t(A[k]) ^ uint32_t(A[k] >> 31);
-    mb |= uint32_t(B[k]) ^ uint32_t(B[k] >> 31);
+    const int64_t p = int64_t(A[k]) * int64_t(B[k]);
+    D[k] = p != int32_t(p) ? Wrap(uint32_t(uint64_t(p / d)))
+                           : (cd.shift >= 0 ? cd.QuotShift(int32_t(p)) : cd.QuotMul(int32_t(p)));
   }
-  return std::bit_width(ma) + std::bit_width(mb) <= 30;
 }
 
 inline uint8_t ClampByte(int32_t v) { return static_cast<uint8_t>(v < 0 ? 0 : (v > 255 ? 255 : v)); }
@@ -117,38 +125,11 @@ void Exec(const Instr* code, size_t count, int32_t* regs, size_t stride, Len n, 
       }
       case OpCode::Scl: {
         const uint16_t* a = c.args + in.extra;
-        const int32_t *P = R(a[0]), *IL = R(a[1]), *IH = R(a[2]), *OL = R(a[3]), *OH = R(a[4]);
-        int32_t* span = c.scratch;
-        int32_t* off = c.scratch + c.block;
-        TREL_LOOP {
-          span[k] = Sub(OH[k], OL[k]);
-          off[k] = Sub(P[k], IL[k]);
-        }
-        if (ProductsFit(span, off, len)) {
-          TREL_LOOP D[k] = IH[k] == IL[k] ? 0 : Add(OL[k], DivFast(Mul(span[k], off[k]), Sub(IH[k], IL[k])));
-        } else {
-          TREL_LOOP D[k] = IH[k] == IL[k] ? 0 : Add(OL[k], MulDiv64(span[k], off[k], Sub(IH[k], IL[k])));
-        }
+        SclRun(D, R(a[0]), R(a[1]), R(a[2]), R(a[3]), R(a[4]), len);
         break;
       }
-      case OpCode::MulDiv:
-        if (ProductsFit(A, B, len)) {
-          TREL_LOOP D[k] = DivFast(Mul(A[k], B[k]), C[k]);
-        } else {
-          TREL_LOOP D[k] = MulDiv64(A[k], B[k], C[k]);
-        }
-        break;
-      case OpCode::MulDivC: {
-        const ConstDivisor cd(in.imm);
-        if (!ProductsFit(A, B, len)) {
-          TREL_LOOP D[k] = MulDiv64(A[k], B[k], in.imm);
-        } else if (cd.shift >= 0) {
-          TREL_LOOP D[k] = cd.QuotShift(Mul(A[k], B[k]));
-        } else {
-          TREL_LOOP D[k] = cd.QuotMul(Mul(A[k], B[k]));
-        }
-        break;
-      }
+      case OpCode::MulDiv: MulDivRun(D, A, B, C, len); break;
+      case OpCode::MulDivC: MulDivConstRun(D, A, B, in.imm, len); break;
       case OpCode::Sqr: TREL_LOOP D[k] = Sqr(A[k]); break;
       case OpCode::Sin: TREL_LOOP D[k] = Sin(c.t, A[k]); break;
       case OpCode::Cos: TREL_LOOP D[k] = Cos(c.t, A[k]); break;
@@ -296,7 +277,7 @@ Machine::Machine(const Program& prog, const ConstImageView& src, const int32_t* 
   fill(kRegHeight, src.height);
   fill(kRegChannels, channels_);
   fill(kRegCentre, CentreMagnitude(src.width, src.height));
-  for (int i = 0; i < 8; ++i) fill(uint16_t(kRegCtl0 + i), ctl[i]);
+  for (int i = 0; i < 8; ++i) fill(uint16_t(kRegCtl0 + i), CtlByte(ctl, i));
   for (const auto& [reg, value] : prog.constants) fill(reg, value);
   if (channels_ < 4) fill(kRegA, 0);  // `a` of a picture without alpha
   for (int z = 0; z < channels_; ++z)

@@ -100,8 +100,8 @@ int32_t Sqr(int32_t x) {
 
 int32_t FnMap(const int32_t* ctl, int32_t i, int32_t n) {
   if (i < 0 || i > 3) return 0;
-  int32_t h = ctl[2 * i];
-  int32_t l = ctl[2 * i + 1];
+  int32_t h = CtlByte(ctl, 2 * i);
+  int32_t l = CtlByte(ctl, 2 * i + 1);
   n = Clamp(n, 0, 255);
   if (h == l) return n < h ? 0 : 255;
   if (h > l) {

@@ -115,6 +115,11 @@ inline int32_t MulDiv64(int32_t a, int32_t b, int32_t d) {
   if (d == 0) return 0;
   return Wrap(uint32_t(uint64_t((int64_t(a) * int64_t(b)) / int64_t(d))));
 }
+// MulDiv64 that divides in 32 bits (through DivFast) when the product fits.
+inline int32_t MulDivFast(int32_t a, int32_t b, int32_t d) {
+  const int64_t p = int64_t(a) * int64_t(b);
+  return p == int32_t(p) ? DivFast(int32_t(p), d) : MulDiv64(a, b, d);
+}
 inline int32_t FnMix(int32_t a, int32_t b, int32_t n, int32_t d) {
   return Add(MulDiv64(a, n, d), MulDiv64(b, Sub(d, n), d));
 }
@@ -123,10 +128,17 @@ inline int32_t FnScl(int32_t a, int32_t il, int32_t ih, int32_t ol, int32_t oh) 
   if (ih == il) return 0;
   return Add(ol, MulDiv64(Sub(oh, ol), Sub(a, il), Sub(ih, il)));
 }
-inline int32_t FnCtl(const int32_t* ctl, int32_t i) { return i >= 0 && i <= 7 ? ctl[i] : 0; }
+inline int32_t FnSclFast(int32_t a, int32_t il, int32_t ih, int32_t ol, int32_t oh) {
+  if (ih == il) return 0;
+  return Add(ol, MulDivFast(Sub(oh, ol), Sub(a, il), Sub(ih, il)));
+}
+// A control is a slider's byte; a value outside 0..255 handed in by a caller
+// reads as the nearest (the compiler relies on the range).
+inline int32_t CtlByte(const int32_t* ctl, int32_t i) { return Clamp(ctl[i], 0, 255); }
+inline int32_t FnCtl(const int32_t* ctl, int32_t i) { return i >= 0 && i <= 7 ? CtlByte(ctl, i) : 0; }
 inline int32_t FnVal(const int32_t* ctl, int32_t i, int32_t a, int32_t b) {
   if (i < 0 || i > 7) return 0;
-  return Add(DivFast(Mul(ctl[i], Sub(b, a)), 255), a);
+  return Add(DivFast(Mul(CtlByte(ctl, i), Sub(b, a)), 255), a);
 }
 int32_t FnMap(const int32_t* ctl, int32_t i, int32_t n);
 

@@ -55,6 +55,9 @@ static uint32_t SmallQuot(uint64_t n, uint64_t d) {
   return q;
 }
 
+/* A control is a slider's byte; anything else reads as the nearest, as in the engine. */
+static int32_t CtlByte(const int32_t* ctl, int i) { return ctl[i] < 0 ? 0 : (ctl[i] > 255 ? 255 : ctl[i]); }
+
 /* ---- tables ---------------------------------------------------------------- */
 
 /* The cosine quarter wave and the arctangent table as second differences,
@@ -190,7 +193,7 @@ static int32_t Sqr(int32_t x) {
 
 static int32_t FnMap(const int32_t* ctl, int32_t i, int32_t n) {
   if (i < 0 || i > 3) return 0;
-  const int32_t h = ctl[2 * i], l = ctl[2 * i + 1];
+  const int32_t h = CtlByte(ctl, 2 * i), l = CtlByte(ctl, 2 * i + 1);
   n = n < 0 ? 0 : (n > 255 ? 255 : n);
   if (h == l) return n < h ? 0 : 255;
   if (h > l) {
@@ -652,8 +655,8 @@ static int32_t Call(Run* r, int fn, const int32_t* v) {
         for (int i = 0; i < 3; ++i) sum = Add(sum, Mul(v[j * 3 + i], Source(r, Add(r->x, i - 1), Add(r->y, j - 1), r->z)));
       return Div(sum, v[9]);
     }
-    case fCtl: return v[0] >= 0 && v[0] <= 7 ? r->ctl[v[0]] : 0;
-    case fVal: return v[0] >= 0 && v[0] <= 7 ? Add(Div(Mul(r->ctl[v[0]], Sub(v[2], v[1])), 255), v[1]) : 0;
+    case fCtl: return v[0] >= 0 && v[0] <= 7 ? CtlByte(r->ctl, v[0]) : 0;
+    case fVal: return v[0] >= 0 && v[0] <= 7 ? Add(Div(Mul(CtlByte(r->ctl, v[0]), Sub(v[2], v[1])), 255), v[1]) : 0;
     case fMap: return FnMap(r->ctl, v[0], v[1]);
     case fMin: return Min(v[0], v[1]);
     case fMax: return Max(v[0], v[1]);
