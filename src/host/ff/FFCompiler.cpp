@@ -79,9 +79,14 @@ class ChannelCompiler {
     }
     // Children always come before their parents in the node array, so one
     // forward sweep settles every node's facts.
+    // Bounds only serve mix and scl; most formulas have neither.
+    bool bounds = false;
+    for (const Node& node : ast.nodes)
+      bounds = bounds || (node.kind == NodeKind::Call &&
+                          (static_cast<Fn>(node.code) == Fn::Mix || static_cast<Fn>(node.code) == Fn::Scl));
     for (uint32_t n = 0; n < ast.nodes.size(); ++n) {
       Analyse(n);
-      info_[n].bounds = BoundsOf(n);
+      if (bounds) info_[n].bounds = BoundsOf(n);
     }
   }
 
