@@ -269,6 +269,9 @@ Machine::Machine(const Program& prog, const ConstImageView& src, const int32_t* 
   regs_.assign(size_t(prog.regCount) * size_t(block_), 0);
   scratch_.assign(size_t(block_) * 2, 0);
   for (int z = 0; z < channels_; ++z) used_ |= prog.inputsUsed[z];
+  // x along a row, the same for every row: copied, not counted, per block.
+  columns_.resize(size_t(src.width));
+  for (int x = 0; x < src.width; ++x) columns_[size_t(x)] = x;
   auto fill = [&](uint16_t reg, int32_t v) {
     int32_t* p = Reg(reg);
     for (int k = 0; k < block_; ++k) p[k] = v;
@@ -325,10 +328,7 @@ void Machine::LoadInputs(int x0, int n, uint32_t used) {
       for (int k = 0; k < n; ++k) d[k] = ChromaV(r[k], g[k], b[k]);
     }
   }
-  if (uses(kRegX)) {
-    int32_t* d = Reg(kRegX);
-    for (int k = 0; k < n; ++k) d[k] = x0 + k;
-  }
+  if (uses(kRegX)) std::memcpy(Reg(kRegX), columns_.data() + x0, size_t(n) * sizeof(int32_t));
   if (uses(kRegD)) {
     int32_t* d = Reg(kRegD);
     for (int k = 0; k < n; ++k) d[k] = PixelDirection(x0 + k, y_, src_.width, src_.height);
