@@ -1,5 +1,7 @@
 #include "editor/CodeHighlighter.h"
 
+#include <algorithm>
+
 #include <QPlainTextEdit>
 #include <QSet>
 #include <QTextEdit>
@@ -39,7 +41,27 @@ QTextCharFormat Format(const QColor& colour, bool bold = false, bool italic = fa
 
 CodeHighlighter::CodeHighlighter(QTextDocument* document) : QSyntaxHighlighter(document) {}
 
+void CodeHighlighter::SetMarks(std::vector<std::pair<int, int>> marks) {
+  if (marks == marks_) return;
+  marks_ = std::move(marks);
+  rehighlight();
+}
+
 void CodeHighlighter::highlightBlock(const QString& text) {
+  Colour(text);
+  const int start = currentBlock().position(), n = int(text.size());
+  for (const auto& [pos, len] : marks_) {
+    const int from = std::max(pos - start, 0), to = std::min(pos + len - start, n);
+    for (int i = from; i < to; ++i) {
+      QTextCharFormat f = format(i);
+      f.setUnderlineStyle(QTextCharFormat::WaveUnderline);
+      f.setUnderlineColor(QColor(230, 140, 0));
+      setFormat(i, 1, f);
+    }
+  }
+}
+
+void CodeHighlighter::Colour(const QString& text) {
   static const QTextCharFormat function = Format(QColor(0, 70, 170), true);
   static const QTextCharFormat variable = Format(QColor(140, 20, 110));
   static const QTextCharFormat number = Format(QColor(0, 120, 40));

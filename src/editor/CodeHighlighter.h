@@ -4,6 +4,9 @@
 
 #include <QSyntaxHighlighter>
 
+#include <utility>
+#include <vector>
+
 class QPlainTextEdit;
 
 namespace trel {
@@ -12,9 +15,16 @@ class CodeHighlighter : public QSyntaxHighlighter {
   Q_OBJECT
  public:
   explicit CodeHighlighter(QTextDocument* document);
+  // Places (position in the document, length) underlined as refused by a
+  // genuine Filter Factory host; replaces the earlier marks.
+  void SetMarks(std::vector<std::pair<int, int>> marks);
 
  protected:
   void highlightBlock(const QString& text) override;
+
+ private:
+  void Colour(const QString& text);
+  std::vector<std::pair<int, int>> marks_;
 };
 
 // The position of the bracket matching the one at `pos` (or just before it),

@@ -38,6 +38,7 @@
 
 #include "editor/ClickLabel.h"
 #include "editor/CodeHighlighter.h"
+#include "editor/CompatWarnings.h"
 #include "editor/EditorAccessible.h"
 #include "editor/EditorLayout.h"
 #include "editor/PreviewRunner.h"
@@ -1060,7 +1061,10 @@ bool FFEditorType1::UpdatePreview() {
   if (command10_->text() == "3") f.codeG = f.codeB = f.codeR;
   // The engine says at once where a code is wrong; the plugin route would only fail.
   ff::CompileError err;
-  if (!ff::CompileFilter({f.codeR, f.codeG, f.codeB, f.codeA}, &err).valid()) {
+  const ff::CompiledFilter compiled = ff::CompileFilter({f.codeR, f.codeG, f.codeB, f.codeA}, &err);
+  ShowCompatWarnings(this, codeError_, {text5_[1], text5_[2], text5_[3], text5_[0]}, command10_->text() == "3",
+                     compiled.valid() ? compiled.compatWarnings() : std::vector<ff::CompatWarning>{});
+  if (!compiled.valid()) {
     ShowCodeError(err.channel, err.position, err.message);
     setWindowTitle(kCaption);
     return false;

@@ -14,6 +14,8 @@
 #include <QPlainTextEdit>
 #include <QPrinter>
 #include <QProcess>
+#include <QTextBlock>
+#include <QTextLayout>
 #include <filesystem>
 
 #include "editor/FFEditorType1.h"
@@ -181,6 +183,36 @@ TEST_F(EditorWindow, CompileErrorsShowChannelAndPosition) {
   Type(2, "g");
   EXPECT_TRUE(editor->UpdatePreview());
   EXPECT_TRUE(editor->codeError().isEmpty());
+}
+
+TEST_F(EditorWindow, CodeARealHostRefusesIsWarnedNotRefused) {
+  Type(1, "max((r,9), 3)");
+  Type(2, "g");
+  Type(3, "sqrt(b) * 16");
+  EXPECT_TRUE(editor->UpdatePreview());  // Trel runs it
+  EXPECT_TRUE(editor->codeError().isEmpty());
+  auto* warning = child<QLabel>("CompatWarning");
+  ASSERT_NE(warning, nullptr);
+  EXPECT_TRUE(warning->isVisibleTo(editor.get()));
+  EXPECT_TRUE(warning->text().startsWith("Warning: R: position 7: ")) << warning->text().toStdString();
+  EXPECT_TRUE(warning->text().contains("(and 1 more)")) << warning->text().toStdString();
+  EXPECT_EQ(warning->accessibleDescription(), warning->text());
+  // At the place: the comma in R and the name in B are underlined.
+  auto marked = [&](int i, int pos) {
+    const QTextBlock block = box(i)->document()->firstBlock();
+    for (const QTextLayout::FormatRange& r : block.layout()->formats())
+      if (r.start <= pos && pos < r.start + r.length && r.format.underlineStyle() == QTextCharFormat::WaveUnderline)
+        return true;
+    return false;
+  };
+  EXPECT_TRUE(marked(1, 6));
+  EXPECT_FALSE(marked(1, 5));
+  EXPECT_TRUE(marked(3, 0) && marked(3, 3));
+  Type(1, "r");
+  Type(3, "b");
+  EXPECT_TRUE(editor->UpdatePreview());
+  EXPECT_FALSE(warning->isVisibleTo(editor.get()));
+  EXPECT_FALSE(marked(1, 0) || marked(3, 0));
 }
 
 TEST_F(EditorWindow, TypingPreviewsAfterTheDelay) {

@@ -45,6 +45,7 @@ struct Ast {
 };
 
 // True when evaluating the function can change the run's state (cells, generator).
-inline bool HasSideEffect(Fn f) { return f == Fn::Put || f == Fn::Rnd || f == Fn::Rst; }
+// rst is not one: the original leaves the running stream alone, so it is 0.
+inline bool HasSideEffect(Fn f) { return f == Fn::Put || f == Fn::Rnd; }
 
 }  // namespace trel::ff

@@ -1,9 +1,11 @@
 #include "host/ff/FFCompiler.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <optional>
 #include <unordered_map>
 
+#include "host/ff/FFMath.h"
 #include "host/ff/FFTreeEval.h"
 
 namespace trel::ff {
@@ -13,7 +15,7 @@ namespace {
 bool IsPureFunction(Fn f) {
   switch (f) {
     case Fn::Src: case Fn::Rad: case Fn::Cnv: case Fn::Ctl: case Fn::Val: case Fn::Map:
-    case Fn::Rnd: case Fn::Rst: case Fn::Get: case Fn::Put:
+    case Fn::Rnd: case Fn::Get: case Fn::Put:
       return false;
     default:
       return true;  // depends on its arguments alone
@@ -61,7 +63,7 @@ OpCode CallCode(Fn f) {
     case Fn::Get: return OpCode::Get;
     case Fn::Put: return OpCode::Put;
     case Fn::Rnd: return OpCode::Rnd;
-    case Fn::Rst: return OpCode::Rst;
+    case Fn::Rst: break;  // never emitted: rst is the constant 0
   }
   return OpCode::Min;
 }
@@ -77,7 +79,15 @@ class ChannelCompiler {
     }
     // Children always come before their parents in the node array, so one
     // forward sweep settles every node's facts.
-    for (uint32_t n = 0; n < ast.nodes.size(); ++n) Analyse(n);
+    // Bounds only serve mix and scl; most formulas have neither.
+    bool bounds = false;
+    for (const Node& node : ast.nodes)
+      bounds = bounds || (node.kind == NodeKind::Call &&
+                          (static_cast<Fn>(node.code) == Fn::Mix || static_cast<Fn>(node.code) == Fn::Scl));
+    for (uint32_t n = 0; n < ast.nodes.size(); ++n) {
+      Analyse(n);
+      if (bounds) info_[n].bounds = BoundsOf(n);
+    }
   }
 
   bool Run() {
@@ -88,10 +98,73 @@ class ChannelCompiler {
   }
 
  private:
+  // Bounds of a value for every pixel; controls count as 0..255, which the
+  // machine guarantees. Wide enough for any product of two 32-bit values.
+  struct Bounds {
+    int64_t lo = INT32_MIN, hi = INT32_MAX;
+  };
+
   struct Info {
     bool effects = false;  // evaluating the subtree may change cells or the generator
     std::optional<int32_t> value;  // known without a pixel
+    Bounds bounds;
   };
+
+  static Bounds Within(int64_t lo, int64_t hi) {
+    if (lo < INT32_MIN || hi > INT32_MAX) return Bounds{};  // it may wrap
+    return Bounds{lo, hi};
+  }
+
+  // Interval arithmetic over the few forms that matter for mix and scl.
+  Bounds BoundsOf(uint32_t n) const {
+    const Node& node = ast_.at(n);
+    const Info& info = info_[n];
+    if (info.value) return Bounds{*info.value, *info.value};
+    auto kid = [&](int k) { return info_[ast_.kid(node, k)].bounds; };
+    switch (node.kind) {
+      case NodeKind::Sym:
+        switch (static_cast<Sym>(node.code)) {
+          case Sym::r: case Sym::g: case Sym::b: case Sym::a: case Sym::c: case Sym::i: return {0, 255};
+          case Sym::u: case Sym::v: return {-256, 256};
+          case Sym::d: return {-512, 512};
+          default: return Bounds{};
+        }
+      case NodeKind::Unary:
+        if (static_cast<UnOp>(node.code) == UnOp::Neg) return Within(-kid(0).hi, -kid(0).lo);
+        if (static_cast<UnOp>(node.code) == UnOp::Not) return {0, 1};
+        return Bounds{};
+      case NodeKind::Binary: {
+        const Bounds a = kid(0), b = kid(1);
+        switch (static_cast<BinOp>(node.code)) {
+          case BinOp::Add: return Within(a.lo + b.lo, a.hi + b.hi);
+          case BinOp::Sub: return Within(a.lo - b.hi, a.hi - b.lo);
+          case BinOp::Mul: {
+            const int64_t p[4] = {a.lo * b.lo, a.lo * b.hi, a.hi * b.lo, a.hi * b.hi};
+            return Within(*std::min_element(p, p + 4), *std::max_element(p, p + 4));
+          }
+          default: return Bounds{};
+        }
+      }
+      case NodeKind::Cond: {
+        const Bounds a = kid(1), b = kid(2);
+        return Bounds{std::min(a.lo, b.lo), std::max(a.hi, b.hi)};
+      }
+      case NodeKind::Call:
+        switch (static_cast<Fn>(node.code)) {
+          case Fn::Ctl: case Fn::Map: case Fn::Src: case Fn::Rad: return {0, 255};
+          case Fn::Sin: case Fn::Cos: return {-512, 512};
+          default: return Bounds{};
+        }
+      default: return Bounds{};
+    }
+  }
+
+  // True when every product of values within a and b fits 31 bits, so that
+  // the 64-bit product of mix and scl may be computed in 32 bits.
+  static bool ProductFits(Bounds a, Bounds b) {
+    const int64_t ma = std::max(-a.lo, a.hi), mb = std::max(-b.lo, b.hi);
+    return ma < (int64_t(1) << 31) && mb < (int64_t(1) << 31) && ma * mb <= INT32_MAX;
+  }
 
   void Analyse(uint32_t n) {
     const Node& node = ast_.at(n);
@@ -110,6 +183,10 @@ class ChannelCompiler {
       case NodeKind::Call: {
         Fn f = static_cast<Fn>(node.code);
         if (HasSideEffect(f)) info.effects = true;
+        if (f == Fn::Rst) {  // 0 whatever its argument; the argument still runs
+          info.value = 0;
+          return;
+        }
         if (!IsPureFunction(f)) return;
         break;
       }
@@ -276,9 +353,39 @@ class ChannelCompiler {
     return in.dst;
   }
 
-  // The arithmetic functions spelled out in operators, so that their divisions
-  // by known numbers and their known parts are simplified like any other.
-  uint16_t Lowered(Fn f, const uint16_t* r) {
+  // a * b / d with a 64-bit product (mix and scl), folded where it is known;
+  // a known divisor gets its own instruction. The operands stay alive.
+  uint16_t MulDiv(uint16_t a, uint16_t b, uint16_t d) {
+    std::optional<int32_t> ka = ConstantIn(a), kb = ConstantIn(b), kd = ConstantIn(d);
+    if ((kd && *kd == 0) || (ka && *ka == 0) || (kb && *kb == 0)) return Constant(0);
+    if (ka && kb && kd) return Constant(MulDiv64(*ka, *kb, *kd));
+    Instr in{OpCode::MulDiv};
+    in.a = a;
+    in.b = b;
+    in.c = d;
+    if (kd && *kd != -1) {
+      in.op = OpCode::MulDivC;
+      in.imm = *kd;
+    }
+    in.dst = NewTemp();
+    out_.code.push_back(in);
+    return in.dst;
+  }
+
+  // The arithmetic functions spelled out, so that their divisions by known
+  // numbers and their known parts are simplified like any other.
+  uint16_t Lowered(Fn f, const uint16_t* r, const Node& node) {
+    auto bounds = [&](int k) { return info_[ast_.kid(node, k)].bounds; };
+    auto diff = [](Bounds a, Bounds b) { return Within(a.lo - b.hi, a.hi - b.lo); };
+    // a * b / d: in 32 bits (a division by a known number becomes cheap)
+    // where the product provably fits, else with the 64-bit product.
+    auto mulDiv = [&](uint16_t a, uint16_t b, uint16_t d, bool fits) -> uint16_t {
+      if (!fits) return MulDiv(a, b, d);
+      uint16_t p = Binary(BinOp::Mul, a, b, false);
+      uint16_t q = Binary(BinOp::Div, p, d, false);
+      if (q != p) Release(p);
+      return q;
+    };
     auto bin = [&](BinOp op, uint16_t a, uint16_t b, bool releaseA, bool releaseB) {
       uint16_t d = Binary(op, a, b, false);
       if (releaseA && a != d) Release(a);
@@ -287,18 +394,19 @@ class ChannelCompiler {
     };
     uint16_t res = 0;
     if (f == Fn::Mix) {  // a*n/d + b*(d-n)/d
-      uint16_t left = bin(BinOp::Mul, r[0], r[2], false, false);
-      left = bin(BinOp::Div, left, r[3], true, false);
+      uint16_t left = mulDiv(r[0], r[2], r[3], ProductFits(bounds(0), bounds(2)));
       uint16_t w = bin(BinOp::Sub, r[3], r[2], false, false);
-      uint16_t right = bin(BinOp::Mul, r[1], w, false, true);
-      right = bin(BinOp::Div, right, r[3], true, false);
+      uint16_t right = mulDiv(r[1], w, r[3], ProductFits(bounds(1), diff(bounds(3), bounds(2))));
+      if (w != right) Release(w);
       res = bin(BinOp::Add, left, right, true, true);
-    } else if (f == Fn::Scl) {  // ol + (oh-ol)*(a-il)/(ih-il)
+    } else if (f == Fn::Scl) {  // ol + (oh-ol)*(a-il)/(ih-il), the range known and not empty
       uint16_t span = bin(BinOp::Sub, r[4], r[3], false, false);
       uint16_t off = bin(BinOp::Sub, r[0], r[1], false, false);
-      uint16_t prod = bin(BinOp::Mul, span, off, true, true);
       uint16_t range = bin(BinOp::Sub, r[2], r[1], false, false);
-      uint16_t q = bin(BinOp::Div, prod, range, true, true);
+      uint16_t q = mulDiv(span, off, range,
+                          ProductFits(diff(bounds(4), bounds(3)), diff(bounds(0), bounds(1))));
+      if (span != q) Release(span);
+      if (off != q) Release(off);
       res = bin(BinOp::Add, r[3], q, false, true);
     }
     return res;
@@ -378,8 +486,19 @@ class ChannelCompiler {
     }
     uint16_t regs[10];
     for (int k = 0; k < count; ++k) regs[k] = Gen(ast_.kid(node, k));
-    if (f == Fn::Mix || f == Fn::Scl) {
-      uint16_t res = Lowered(f, regs);
+    if (f == Fn::Rst) {
+      Release(regs[0]);
+      return Constant(0);
+    }
+    // scl is spelled out only when its input range is known and not empty
+    // (an empty range gives 0, which the spelled-out form would not).
+    const bool sclRangeKnown = f == Fn::Scl && ConstantIn(regs[1]) && ConstantIn(regs[2]);
+    if (sclRangeKnown && *ConstantIn(regs[1]) == *ConstantIn(regs[2])) {
+      for (int k = 0; k < count; ++k) Release(regs[k]);
+      return Constant(0);
+    }
+    if (f == Fn::Mix || sclRangeKnown) {
+      uint16_t res = Lowered(f, regs, node);
       // Arguments stay alive until the whole function is computed.
       for (int k = 0; k < count; ++k)
         if (regs[k] != res) Release(regs[k]);

@@ -31,7 +31,11 @@ CompiledFilter CompileFilter(const std::array<std::string, 4>& code, CompileErro
   bool independent[4] = {};
   for (int z = 0; z < 4; ++z) {
     ParseError pe;
-    if (!ParseExpression(code[z], ast, pe)) {
+    std::vector<CompatNote> notes;
+    const bool parsed = ParseExpression(code[z], ast, pe, &notes);
+    for (CompatNote& n : notes)
+      result.compat_.push_back(CompatWarning{z, n.position, n.length, std::move(n.message)});
+    if (!parsed) {
       if (err) *err = CompileError{z, pe.position, pe.message};
       return result;
     }

@@ -18,6 +18,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "host/ff/FFImage.h"
 
@@ -31,9 +32,22 @@ struct CompileError {
   std::string message;
 };
 
+// A place where the code uses something that Trel accepts and a genuine
+// Filter Factory host refuses: there the host computes 0 for the whole channel.
+// A warning, not a fault; the filter runs in Trel.
+struct CompatWarning {
+  int channel = 0;      // 0..3 for R, G, B, A
+  size_t position = 0;  // 0-based character position in that channel's code
+  size_t length = 1;
+  std::string message;
+};
+
 class CompiledFilter {
  public:
   bool valid() const { return program_ != nullptr; }
+  // Where a genuine Filter Factory host would refuse the code, channel by
+  // channel in text order; also filled when a later channel fails to compile.
+  const std::vector<CompatWarning>& compatWarnings() const { return compat_; }
   // True when the channels that run on such a picture have no side effects,
   // so rows may be computed in any order.
   bool parallel(bool hasAlpha) const;
@@ -42,12 +56,14 @@ class CompiledFilter {
  private:
   friend CompiledFilter CompileFilter(const std::array<std::string, 4>&, CompileError*);
   std::shared_ptr<const Program> program_;
+  std::vector<CompatWarning> compat_;
 };
 
 // Compiles the R, G, B and A expressions. On a fault the result is not valid
 // and `err` (if given) names the first faulty channel, the position and why.
 CompiledFilter CompileFilter(const std::array<std::string, 4>& code, CompileError* err);
 
+// The eight slider values, 0..255; a value outside reads as the nearest of them.
 using Controls = std::array<int32_t, 8>;
 
 struct RenderOptions {

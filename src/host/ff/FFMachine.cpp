@@ -47,6 +47,26 @@ inline void ReadColumns(const uint8_t* row, int ch, int64_t xs, int len, int32_t
   for (; k < len; ++k) out[k] = lastValue;
 }
 
+// The 64-bit products of mix and scl, kept out of line: they are rare, and
+// in the loop of every instruction they would cost the common ones.
+[[gnu::noinline]] void SclRun(int32_t* D, const int32_t* P, const int32_t* IL, const int32_t* IH,
+                              const int32_t* OL, const int32_t* OH, int len) {
+  for (int k = 0; k < len; ++k) D[k] = FnSclFast(P[k], IL[k], IH[k], OL[k], OH[k]);
+}
+[[gnu::noinline]] void MulDivRun(int32_t* D, const int32_t* A, const int32_t* B, const int32_t* C, int len) {
+  for (int k = 0; k < len; ++k) D[k] = MulDivFast(A[k], B[k], C[k]);
+}
+// The 64-bit division only where the product leaves 32 bits; the branch
+// almost always goes one way.
+[[gnu::noinline]] void MulDivConstRun(int32_t* D, const int32_t* A, const int32_t* B, int32_t d, int len) {
+  const ConstDivisor cd(d);
+  for (int k = 0; k < len; ++k) {
+    const int64_t p = int64_t(A[k]) * int64_t(B[k]);
+    D[k] = p != int32_t(p) ? Wrap(uint32_t(uint64_t(p / d)))
+                           : (cd.shift >= 0 ? cd.QuotShift(int32_t(p)) : cd.QuotMul(int32_t(p)));
+  }
+}
+
 inline uint8_t ClampByte(int32_t v) { return static_cast<uint8_t>(v < 0 ? 0 : (v > 255 ? 255 : v)); }
 
 inline const uint8_t* ClampedRow(const ConstImageView& img, int32_t y) {
@@ -105,10 +125,11 @@ void Exec(const Instr* code, size_t count, int32_t* regs, size_t stride, Len n, 
       }
       case OpCode::Scl: {
         const uint16_t* a = c.args + in.extra;
-        const int32_t *P = R(a[0]), *IL = R(a[1]), *IH = R(a[2]), *OL = R(a[3]), *OH = R(a[4]);
-        TREL_LOOP D[k] = FnScl(P[k], IL[k], IH[k], OL[k], OH[k]);
+        SclRun(D, R(a[0]), R(a[1]), R(a[2]), R(a[3]), R(a[4]), len);
         break;
       }
+      case OpCode::MulDiv: MulDivRun(D, A, B, C, len); break;
+      case OpCode::MulDivC: MulDivConstRun(D, A, B, in.imm, len); break;
       case OpCode::Sqr: TREL_LOOP D[k] = Sqr(A[k]); break;
       case OpCode::Sin: TREL_LOOP D[k] = Sin(c.t, A[k]); break;
       case OpCode::Cos: TREL_LOOP D[k] = Cos(c.t, A[k]); break;
@@ -233,12 +254,6 @@ void Exec(const Instr* code, size_t count, int32_t* regs, size_t stride, Len n, 
         ReadColumns(row, ch, int64_t(R(kRegX)[0]) + int32_t(in.extra), len, c.src.width, D);
         break;
       }
-      case OpCode::Rst:
-        TREL_LOOP {
-          c.state->rng.Seed(A[k]);
-          D[k] = 0;
-        }
-        break;
     }
   }
 #undef TREL_LOOP
@@ -254,6 +269,9 @@ Machine::Machine(const Program& prog, const ConstImageView& src, const int32_t* 
   regs_.assign(size_t(prog.regCount) * size_t(block_), 0);
   scratch_.assign(size_t(block_) * 2, 0);
   for (int z = 0; z < channels_; ++z) used_ |= prog.inputsUsed[z];
+  // x along a row, the same for every row: copied, not counted, per block.
+  columns_.resize(size_t(src.width));
+  for (int x = 0; x < src.width; ++x) columns_[size_t(x)] = x;
   auto fill = [&](uint16_t reg, int32_t v) {
     int32_t* p = Reg(reg);
     for (int k = 0; k < block_; ++k) p[k] = v;
@@ -262,9 +280,9 @@ Machine::Machine(const Program& prog, const ConstImageView& src, const int32_t* 
   fill(kRegHeight, src.height);
   fill(kRegChannels, channels_);
   fill(kRegCentre, CentreMagnitude(src.width, src.height));
-  for (int i = 0; i < 8; ++i) fill(uint16_t(kRegCtl0 + i), ctl[i]);
+  for (int i = 0; i < 8; ++i) fill(uint16_t(kRegCtl0 + i), CtlByte(ctl, i));
   for (const auto& [reg, value] : prog.constants) fill(reg, value);
-  if (channels_ < 4) fill(kRegA, 255);
+  if (channels_ < 4) fill(kRegA, 0);  // `a` of a picture without alpha
   for (int z = 0; z < channels_; ++z)
     pixelCode_.code.insert(pixelCode_.code.end(), prog.channels[z].code.begin(), prog.channels[z].code.end());
 }
@@ -310,10 +328,7 @@ void Machine::LoadInputs(int x0, int n, uint32_t used) {
       for (int k = 0; k < n; ++k) d[k] = ChromaV(r[k], g[k], b[k]);
     }
   }
-  if (uses(kRegX)) {
-    int32_t* d = Reg(kRegX);
-    for (int k = 0; k < n; ++k) d[k] = x0 + k;
-  }
+  if (uses(kRegX)) std::memcpy(Reg(kRegX), columns_.data() + x0, size_t(n) * sizeof(int32_t));
   if (uses(kRegD)) {
     int32_t* d = Reg(kRegD);
     for (int k = 0; k < n; ++k) d[k] = PixelDirection(x0 + k, y_, src_.width, src_.height);

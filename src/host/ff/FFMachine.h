@@ -47,6 +47,7 @@ class Machine {
   uint32_t used_ = 0;
   std::vector<int32_t> regs_;
   std::vector<int32_t> scratch_;
+  std::vector<int32_t> columns_;  // 0, 1, ... width - 1
   // The channels' instructions one after the other, R first: one pass of it
   // computes a whole pixel in the language's order.
   ChannelCode pixelCode_;

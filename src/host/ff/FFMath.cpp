@@ -60,7 +60,9 @@ int32_t C2d(const Tables& t, int32_t x, int32_t y) {
     // small, so the double division truncates to the exact integer result
     // and costs far less than a 64-bit integer division.
     a = static_cast<int64_t>(double(ay << 10) / double(ax));
-    if (a != 0) a = (int64_t(t.atanT[a - 1]) << 9) / 205888;
+    // A quotient of 0 (y far below x) makes the original read the word
+    // before its table, which comes out as 40 (measured).
+    a = a != 0 ? (int64_t(t.atanT[a - 1]) << 9) / 205888 : kC2dBelowTable;
   }
   if (f & 1) a = 256 - a;
   if (f & 2) a += 256;
@@ -98,16 +100,18 @@ int32_t Sqr(int32_t x) {
 
 int32_t FnMap(const int32_t* ctl, int32_t i, int32_t n) {
   if (i < 0 || i > 3) return 0;
-  int32_t h = ctl[2 * i];
-  int32_t l = ctl[2 * i + 1];
+  int32_t h = CtlByte(ctl, 2 * i);
+  int32_t l = CtlByte(ctl, 2 * i + 1);
   n = Clamp(n, 0, 255);
   if (h == l) return n < h ? 0 : 255;
   if (h > l) {
     if (n <= l) return 0;
     if (n >= h) return 255;
   } else {
+    // Falling: the original counts down from 255, which rounds differently.
     if (n <= h) return 255;
     if (n >= l) return 0;
+    return Sub(255, Div(Mul(Sub(n, h), 255), Sub(l, h)));
   }
   return Div(Mul(Sub(n, l), 255), Sub(h, l));
 }

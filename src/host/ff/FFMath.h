@@ -71,7 +71,8 @@ struct ConstDivisor {
 };
 
 inline int32_t Shl(int32_t a, int32_t b) { return Wrap(uint32_t(a) << (uint32_t(b) & 31u)); }
-inline int32_t Shr(int32_t a, int32_t b) { return a >> (uint32_t(b) & 31u); }
+// A logical shift, as the original's: -1 >> 28 is 15.
+inline int32_t Shr(int32_t a, int32_t b) { return Wrap(uint32_t(a) >> (uint32_t(b) & 31u)); }
 
 inline int32_t Min(int32_t a, int32_t b) { return a < b ? a : b; }
 inline int32_t Max(int32_t a, int32_t b) { return a > b ? a : b; }
@@ -97,6 +98,8 @@ inline int32_t R2x(const Tables& t, int32_t d, int32_t m) {
   return Wrap(uint32_t(uint64_t(p >> 14)));
 }
 inline int32_t R2y(const Tables& t, int32_t d, int32_t m) { return R2x(t, Sub(d, 256), m); }
+// c2d of a point just off the axis, where the original reads before its table.
+constexpr int32_t kC2dBelowTable = 40;
 int32_t C2d(const Tables& t, int32_t x, int32_t y);
 int32_t C2m(const Tables& t, int32_t x, int32_t y);
 
@@ -104,18 +107,38 @@ int32_t C2m(const Tables& t, int32_t x, int32_t y);
 int32_t Sqr(int32_t x);
 
 inline int32_t FnAdd(int32_t a, int32_t b, int32_t c) { return Min(Add(a, b), c); }
-inline int32_t FnSub(int32_t a, int32_t b, int32_t c) { return Max(Abs(Sub(a, b)), c); }
+inline int32_t FnSub(int32_t a, int32_t b, int32_t c) { return Max(Sub(a, b), c); }
 inline int32_t FnDif(int32_t a, int32_t b) { return Abs(Sub(a, b)); }
+// a * b / d with the product in 64 bits, as the original's scl and mix
+// compute it; the quotient wraps to 32 bits, and a zero divisor gives 0.
+inline int32_t MulDiv64(int32_t a, int32_t b, int32_t d) {
+  if (d == 0) return 0;
+  return Wrap(uint32_t(uint64_t((int64_t(a) * int64_t(b)) / int64_t(d))));
+}
+// MulDiv64 that divides in 32 bits (through DivFast) when the product fits.
+inline int32_t MulDivFast(int32_t a, int32_t b, int32_t d) {
+  const int64_t p = int64_t(a) * int64_t(b);
+  return p == int32_t(p) ? DivFast(int32_t(p), d) : MulDiv64(a, b, d);
+}
 inline int32_t FnMix(int32_t a, int32_t b, int32_t n, int32_t d) {
-  return Add(DivFast(Mul(a, n), d), DivFast(Mul(b, Sub(d, n)), d));
+  return Add(MulDiv64(a, n, d), MulDiv64(b, Sub(d, n), d));
 }
+// An empty input range gives 0, not ol: the original tests for it first.
 inline int32_t FnScl(int32_t a, int32_t il, int32_t ih, int32_t ol, int32_t oh) {
-  return Add(ol, DivFast(Mul(Sub(oh, ol), Sub(a, il)), Sub(ih, il)));
+  if (ih == il) return 0;
+  return Add(ol, MulDiv64(Sub(oh, ol), Sub(a, il), Sub(ih, il)));
 }
-inline int32_t FnCtl(const int32_t* ctl, int32_t i) { return i >= 0 && i <= 7 ? ctl[i] : 0; }
+inline int32_t FnSclFast(int32_t a, int32_t il, int32_t ih, int32_t ol, int32_t oh) {
+  if (ih == il) return 0;
+  return Add(ol, MulDivFast(Sub(oh, ol), Sub(a, il), Sub(ih, il)));
+}
+// A control is a slider's byte; a value outside 0..255 handed in by a caller
+// reads as the nearest (the compiler relies on the range).
+inline int32_t CtlByte(const int32_t* ctl, int32_t i) { return Clamp(ctl[i], 0, 255); }
+inline int32_t FnCtl(const int32_t* ctl, int32_t i) { return i >= 0 && i <= 7 ? CtlByte(ctl, i) : 0; }
 inline int32_t FnVal(const int32_t* ctl, int32_t i, int32_t a, int32_t b) {
   if (i < 0 || i > 7) return 0;
-  return Add(DivFast(Mul(ctl[i], Sub(b, a)), 255), a);
+  return Add(DivFast(Mul(CtlByte(ctl, i), Sub(b, a)), 255), a);
 }
 int32_t FnMap(const int32_t* ctl, int32_t i, int32_t n);
 

@@ -51,7 +51,7 @@ const NameEntry kNames[] = {
     {"umax", true, 255, Sym::x},   {"vmax", true, 255, Sym::x},   {"xmax", false, 0, Sym::X},
     {"ymax", false, 0, Sym::Y},    {"zmax", false, 0, Sym::Z},    {"pmax", false, 0, Sym::Z},
     {"mmax", false, 0, Sym::M},    {"dmax", true, 1024, Sym::x},  {"t", true, 0, Sym::x},
-    {"tmax", true, 255, Sym::x},   {"total", true, 255, Sym::x},  {"r0", false, 0, Sym::r},
+    {"tmax", true, 1, Sym::x},     {"total", true, 1, Sym::x},  {"r0", false, 0, Sym::r},
     {"g0", false, 0, Sym::g},      {"b0", false, 0, Sym::b},      {"a0", false, 0, Sym::a},
     {"c0", false, 0, Sym::c},      {"i0", false, 0, Sym::i},      {"u0", false, 0, Sym::u},
     {"v0", false, 0, Sym::v},      {"d0", false, 0, Sym::d},      {"m0", false, 0, Sym::m},
@@ -61,10 +61,30 @@ const NameEntry kNames[] = {
     {"m1", false, 0, Sym::m},
 };
 
+// Where Trel departs from genuine Filter Factory 3.0 on purpose. Everything
+// else, every function below included, gives the original's values (held
+// against what the original computed in the corpus test).
+//
+//   What                           Original            Trel, and why
+//   `sqrt(x)`                      unknown name: the   the same as `sqr`; filters written for
+//                                  channel gives 0     other hosts use it. Compat warning.
+//   a comma inside brackets or an  refused: the        a sequence, the right side's value, as
+//   argument, `(x, 2)`,            channel gives 0     at the top of a code; filters rely on
+//   `max((1,9), 3)`                                    it to run put() first. Compat warning.
+//   `INT_MIN / -1`, `INT_MIN % -1` crashes             INT_MIN and 0: no run may fault.
+//   a quotient of mix or scl       crashes             wraps to 32 bits, for the same reason.
+//   beyond 32 bits
+//   `cnv` at the picture's border  reads memory        repeats the edge pixels.
+//                                  beyond the picture
+//   `rad` of a channel the         reads memory        0, as `src` gives (measured) there.
+//   picture does not have          beyond the picture
+//
+// A compat warning tells the user where a real host would refuse the code.
 struct FnEntry {
   std::string_view name;
   Fn fn;
   int arity;
+  bool original = true;  // false: Trel's own name, see kFunctions
 };
 
 const FnEntry kFunctions[] = {
@@ -73,7 +93,7 @@ const FnEntry kFunctions[] = {
     {"cnv1", Fn::Cnv, 10}, {"ctl", Fn::Ctl, 1}, {"val", Fn::Val, 3},   {"map", Fn::Map, 2},
     {"min", Fn::Min, 2},  {"max", Fn::Max, 2},  {"abs", Fn::Abs, 1},   {"add", Fn::AddF, 3},
     {"sub", Fn::SubF, 3}, {"dif", Fn::Dif, 2},  {"mix", Fn::Mix, 4},   {"scl", Fn::Scl, 5},
-    {"sqr", Fn::Sqr, 1},  {"sqrt", Fn::Sqr, 1}, {"sin", Fn::Sin, 1},   {"cos", Fn::Cos, 1},
+    {"sqr", Fn::Sqr, 1},  {"sqrt", Fn::Sqr, 1, false}, {"sin", Fn::Sin, 1},   {"cos", Fn::Cos, 1},
     {"tan", Fn::Tan, 1},  {"r2x", Fn::R2x, 2},  {"r2y", Fn::R2y, 2},   {"c2d", Fn::C2d, 2},
     {"c2m", Fn::C2m, 2},  {"rnd", Fn::Rnd, 2},  {"rst", Fn::Rst, 1},   {"get", Fn::Get, 1},
     {"put", Fn::Put, 2},
@@ -99,7 +119,8 @@ bool IsHexDigit(char ch) {
 
 class Parser {
  public:
-  Parser(std::string_view src, Ast& ast, ParseError& err) : src_(src), ast_(ast), err_(err) {}
+  Parser(std::string_view src, Ast& ast, ParseError& err, std::vector<CompatNote>* compat)
+      : src_(src), ast_(ast), err_(err), compat_(compat) {}
 
   bool Run() {
     ast_.nodes.clear();
@@ -115,6 +136,10 @@ class Parser {
   }
 
  private:
+  void Note(size_t pos, size_t len, std::string message) {
+    if (compat_) compat_->push_back(CompatNote{pos, len, std::move(message)});
+  }
+
   bool Fail(size_t pos, std::string message) {
     if (!failed_) {
       err_.position = pos;
@@ -306,6 +331,8 @@ class Parser {
       uint32_t rhs;
       if (!ParseTernary(rhs)) return false;
       if (!Make(NodeKind::Seq, 0, pos, {out, rhs}, out)) return false;
+      if (brackets_ > 0)
+        Note(pos, 1, "A comma inside brackets: a real Filter Factory host refuses this code.");
     }
     return true;
   }
@@ -328,37 +355,42 @@ class Parser {
     return Make(NodeKind::Cond, 0, pos, {out, yes, no}, out);
   }
 
-  // The binary levels from the loosest (&& ||) to the tightest (* / %).
+  // The binary levels from the loosest (||) to the tightest (* / %). They are
+  // the original's, not C's: comparisons bind tighter than shifts, and ^ and |
+  // share one level.
+  static constexpr int kTightestLevel = 7;
   static bool BinaryAt(int level, Tok t, BinOp& op) {
     switch (level) {
       case 0:
-        if (t == Tok::AndAnd) return op = BinOp::LogAnd, true;
         if (t == Tok::OrOr) return op = BinOp::LogOr, true;
         return false;
       case 1:
-        if (t == Tok::Amp) return op = BinOp::BitAnd, true;
+        if (t == Tok::AndAnd) return op = BinOp::LogAnd, true;
+        return false;
+      case 2:
         if (t == Tok::Caret) return op = BinOp::BitXor, true;
         if (t == Tok::Bar) return op = BinOp::BitOr, true;
         return false;
-      case 2:
-        if (t == Tok::Eq) return op = BinOp::Eq, true;
-        if (t == Tok::Ne) return op = BinOp::Ne, true;
-        return false;
       case 3:
-        if (t == Tok::Lt) return op = BinOp::Lt, true;
-        if (t == Tok::Le) return op = BinOp::Le, true;
-        if (t == Tok::Gt) return op = BinOp::Gt, true;
-        if (t == Tok::Ge) return op = BinOp::Ge, true;
+        if (t == Tok::Amp) return op = BinOp::BitAnd, true;
         return false;
       case 4:
         if (t == Tok::Shl) return op = BinOp::Shl, true;
         if (t == Tok::Shr) return op = BinOp::Shr, true;
         return false;
       case 5:
+        if (t == Tok::Eq) return op = BinOp::Eq, true;
+        if (t == Tok::Ne) return op = BinOp::Ne, true;
+        if (t == Tok::Lt) return op = BinOp::Lt, true;
+        if (t == Tok::Le) return op = BinOp::Le, true;
+        if (t == Tok::Gt) return op = BinOp::Gt, true;
+        if (t == Tok::Ge) return op = BinOp::Ge, true;
+        return false;
+      case 6:
         if (t == Tok::Plus) return op = BinOp::Add, true;
         if (t == Tok::Minus) return op = BinOp::Sub, true;
         return false;
-      case 6:
+      case 7:
         if (t == Tok::Star) return op = BinOp::Mul, true;
         if (t == Tok::Slash) return op = BinOp::Div, true;
         if (t == Tok::Percent) return op = BinOp::Mod, true;
@@ -369,7 +401,7 @@ class Parser {
   }
 
   bool ParseBinary(int level, uint32_t& out) {
-    if (level > 6) return ParseUnary(out);
+    if (level > kTightestLevel) return ParseUnary(out);
     if (!ParseBinary(level + 1, out)) return false;
     BinOp op;
     while (BinaryAt(level, tok_.kind, op)) {
@@ -408,7 +440,9 @@ class Parser {
         return MakeConst(t.value, t.pos, out);
       case Tok::LParen: {
         if (!Advance()) return false;
+        ++brackets_;
         if (!ParseSequence(out)) return false;
+        --brackets_;
         if (tok_.kind != Tok::RParen)
           return Fail(tok_.pos, "Expected ')' to close the '(' at position " +
                                     std::to_string(t.pos) + ", found " + Describe(tok_) + ".");
@@ -431,6 +465,8 @@ class Parser {
       const FnEntry* fn = nullptr;
       for (const FnEntry& e : kFunctions)
         if (e.name == name) fn = &e;
+      if (fn && !fn->original)
+        Note(t.pos, t.len, Quoted(name) + " is Trel's own: a real Filter Factory host does not know it.");
       if (!fn) {
         for (const NameEntry& e : kNames)
           if (e.name == name)
@@ -455,6 +491,7 @@ class Parser {
     if (!Advance()) return false;
     uint32_t args[10];
     int n = 0;
+    ++brackets_;
     if (tok_.kind != Tok::RParen) {
       for (;;) {
         uint32_t arg;
@@ -468,6 +505,7 @@ class Parser {
         break;
       }
     }
+    --brackets_;
     if (tok_.kind != Tok::RParen)
       return Fail(tok_.pos, "Expected ',' or ')' in the arguments of '" + std::string(fn.name) +
                                 "' opened at position " + std::to_string(open) + ", found " +
@@ -483,6 +521,8 @@ class Parser {
   std::string_view src_;
   Ast& ast_;
   ParseError& err_;
+  std::vector<CompatNote>* compat_;
+  int brackets_ = 0;  // open brackets and argument lists around the token
   Token tok_;
   size_t pos_ = 0;
   int depth_ = 0;
@@ -491,8 +531,8 @@ class Parser {
 
 }  // namespace
 
-bool ParseExpression(std::string_view code, Ast& out, ParseError& err) {
-  Parser p(code, out, err);
+bool ParseExpression(std::string_view code, Ast& out, ParseError& err, std::vector<CompatNote>* compat) {
+  Parser p(code, out, err, compat);
   return p.Run();
 }
 

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "host/ff/FFAst.h"
 
@@ -22,6 +23,17 @@ struct ParseError {
 constexpr int kMaxNesting = 256;
 constexpr uint32_t kMaxHeight = 1000;
 
-bool ParseExpression(std::string_view code, Ast& out, ParseError& err);
+// A place where the code uses something that Trel accepts and a genuine Filter
+// Factory host refuses (it then computes 0 for the whole channel).
+struct CompatNote {
+  size_t position = 0;
+  size_t length = 1;  // characters from `position` that make up the construct
+  std::string message;
+};
+
+// With `compat`, the places a genuine host would refuse are added to it, in
+// the order of the text; they are not faults.
+bool ParseExpression(std::string_view code, Ast& out, ParseError& err,
+                     std::vector<CompatNote>* compat = nullptr);
 
 }  // namespace trel::ff

@@ -21,9 +21,11 @@ enum class OpCode : uint8_t {
   Rad,   // a, b, c: direction, magnitude, channel
   RadC,  // a, b; imm: channel
   Cnv,   // ten registers from args[extra]; imm: channel; c: 1 when the weights are uniform
-  Get, Put, Rnd, Rst,
+  Get, Put, Rnd,
   DivC, ModC,  // a by the constant imm (neither 0 nor -1)
   SrcRel,      // src(x + extra, y + imm2, imm)
+  MulDiv,      // a * b / c with a 64-bit product
+  MulDivC,     // a * b / imm with a 64-bit product (imm neither 0 nor -1)
 };
 
 struct Instr {

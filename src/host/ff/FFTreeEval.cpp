@@ -22,10 +22,8 @@ int32_t Source(const PixelEnv& e, int32_t x, int32_t y, int32_t z) {
 }
 
 int32_t SymbolValue(Sym s, const PixelEnv& e) {
-  auto channel = [&](int k) -> int32_t {
-    if (k == 3 && e.channels < 4) return 255;
-    return Source(e, e.x, e.y, k);
-  };
+  // Without alpha, `a` reads the missing channel like src does: 0.
+  auto channel = [&](int k) -> int32_t { return Source(e, e.x, e.y, k); };
   switch (s) {
     case Sym::x: return e.x;
     case Sym::y: return e.y;
@@ -135,7 +133,7 @@ int32_t ApplyNode(const Node& n, const int32_t* v, const PixelEnv& e) {
     case Fn::C2d: return C2d(t, v[0], v[1]);
     case Fn::C2m: return C2m(t, v[0], v[1]);
     case Fn::Rnd: return e.state->rng.Next(v[0], v[1]);
-    case Fn::Rst: e.state->rng.Seed(v[0]); return 0;
+    case Fn::Rst: return 0;  // the original leaves the running stream alone
     case Fn::Get: return v[0] >= 0 && v[0] <= 255 ? e.state->cells[v[0]] : v[0];
     case Fn::Put:
       if (v[1] >= 0 && v[1] <= 255) e.state->cells[v[1]] = v[0];

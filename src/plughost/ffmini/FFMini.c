@@ -24,6 +24,26 @@ static int32_t Mod(int32_t a, int32_t b) {
   return a % b;
 }
 
+/* a * b / d with the product in 64 bits, as the original's scl and mix
+   compute it; the quotient wraps to 32 bits and a zero divisor gives 0. The
+   division is long division by shifts: no 64-bit division routine. */
+static int32_t MulDiv64(int32_t a, int32_t b, int32_t d) {
+  if (d == 0) return 0;
+  const int64_t p = (int64_t)a * (int64_t)b;
+  const uint64_t n = p < 0 ? 0u - (uint64_t)p : (uint64_t)p;
+  const uint64_t m = d < 0 ? 0u - (uint64_t)(int64_t)d : (uint64_t)d;
+  uint64_t q = 0, r = 0;
+  for (int bit = 63; bit >= 0; --bit) {
+    r = r << 1 | ((n >> bit) & 1u);
+    if (r >= m) {
+      r -= m;
+      q |= (uint64_t)1 << bit;
+    }
+  }
+  if ((p < 0) != (d < 0)) q = 0u - q;
+  return (int32_t)(uint32_t)q;
+}
+
 /* n / d for quotients below 2048, by shifts: no 64-bit division routine. */
 static uint32_t SmallQuot(uint64_t n, uint64_t d) {
   uint32_t q = 0;
@@ -34,6 +54,9 @@ static uint32_t SmallQuot(uint64_t n, uint64_t d) {
     }
   return q;
 }
+
+/* A control is a slider's byte; anything else reads as the nearest, as in the engine. */
+static int32_t CtlByte(const int32_t* ctl, int i) { return ctl[i] < 0 ? 0 : (ctl[i] > 255 ? 255 : ctl[i]); }
 
 /* ---- tables ---------------------------------------------------------------- */
 
@@ -127,7 +150,9 @@ static int32_t C2d(int32_t x, int32_t y) {
   int32_t a = 0;
   if (ay > 0) {
     a = (int32_t)SmallQuot((uint64_t)ay << 10, (uint64_t)ax); /* ay <= ax: 0..1024 */
-    if (a != 0) a = (g_tables.atanT[a - 1] << 9) / 205888;
+    /* A quotient of 0 makes the original read the word before its table,
+       which comes out as 40 (measured). */
+    a = a != 0 ? (g_tables.atanT[a - 1] << 9) / 205888 : 40;
   }
   if (f & 1) a = 256 - a;
   if (f & 2) a += 256;
@@ -168,17 +193,19 @@ static int32_t Sqr(int32_t x) {
 
 static int32_t FnMap(const int32_t* ctl, int32_t i, int32_t n) {
   if (i < 0 || i > 3) return 0;
-  const int32_t h = ctl[2 * i], l = ctl[2 * i + 1];
+  const int32_t h = CtlByte(ctl, 2 * i), l = CtlByte(ctl, 2 * i + 1);
   n = n < 0 ? 0 : (n > 255 ? 255 : n);
   if (h == l) return n < h ? 0 : 255;
   if (h > l) {
     if (n <= l) return 0;
     if (n >= h) return 255;
   } else {
+    /* Falling: the original counts down from 255, which rounds differently. */
     if (n <= h) return 255;
     if (n >= l) return 0;
+    return 255 - (n - h) * 255 / (l - h);
   }
-  return Div(Mul(Sub(n, l), 255), Sub(h, l));
+  return (n - l) * 255 / (h - l);
 }
 
 /* ---- the tree -------------------------------------------------------------- */
@@ -201,13 +228,15 @@ enum {
   tAmp, tCaret, tBar, tAndAnd, tOrOr
 };
 
-/* Precedence of each binary operator, 0 loosest (&& ||) to 6 (* / %). */
-static const uint8_t kLevel[] = {6, 6, 6, 5, 5, 4, 4, 3, 3, 3, 3, 2, 2, 1, 1, 1, 0, 0};
+/* Precedence of each binary operator, 0 loosest (||) to 7 (* / %): the
+   original's, where comparisons bind tighter than shifts and ^ | share a level. */
+static const uint8_t kLevel[] = {7, 7, 7, 6, 6, 4, 4, 5, 5, 5, 5, 5, 5, 3, 2, 2, 1, 0};
+enum { kTightestLevel = 7 };
 
 enum { kMaxNesting = 256, kMaxHeight = 1000 };
 
 /* Every symbol name, aliases included, 0-separated; kNameMeaning says what
-   each stands for: a symbol code, or kNamed0 + k for the constants 0, 255, 1024. */
+   each stands for: a symbol code, or kNamed0 + k for the constants 0, 255, 1024, 1. */
 static const char kNames[] =
     "x\0y\0X\0Y\0z\0p\0Z\0r\0g\0b\0a\0c\0i\0u\0v\0d\0m\0M\0"
     "D\0R\0G\0B\0A\0C\0I\0U\0V\0"
@@ -215,7 +244,7 @@ static const char kNames[] =
     "rmax\0gmax\0bmax\0amax\0cmax\0imax\0umax\0vmax\0xmax\0ymax\0zmax\0pmax\0mmax\0dmax\0"
     "t\0tmax\0total\0"
     "r0\0g0\0b0\0a0\0c0\0i0\0u0\0v0\0d0\0m0\0r1\0g1\0b1\0a1\0c1\0i1\0u1\0v1\0d1\0m1\0";
-enum { kNamed0 = 32, kNamed255, kNamed1024 };
+enum { kNamed0 = 32, kNamed255, kNamed1024, kNamed1 };
 static const uint8_t kNameMeaning[] = {
     sx, sy, sX, sY, sz, sz, sZ, sr, sg, sb, sa, sc, si, su, sv, sd, sm, sM,
     kNamed1024, kNamed255, kNamed255, kNamed255, kNamed255, kNamed255, kNamed255, kNamed255, kNamed255,
@@ -223,7 +252,7 @@ static const uint8_t kNameMeaning[] = {
     kNamed0, kNamed0, kNamed0, kNamed0,
     kNamed255, kNamed255, kNamed255, kNamed255, kNamed255, kNamed255, kNamed255, kNamed255, sX, sY, sZ, sZ,
     sM, kNamed1024,
-    kNamed0, kNamed255, kNamed255,
+    kNamed0, kNamed1, kNamed1,
     sr, sg, sb, sa, sc, si, su, sv, sd, sm, sr, sg, sb, sa, sc, si, su, sv, sd, sm};
 
 static const char kFunctions[] =
@@ -402,7 +431,7 @@ static int ParseSequence(Parser* p, int* out) {
 static int ParseUnary(Parser* p, int* out);
 
 static int ParseBinary(Parser* p, int level, int* out) {
-  if (level > 6) return ParseUnary(p, out);
+  if (level > kTightestLevel) return ParseUnary(p, out);
   if (!ParseBinary(p, level + 1, out)) return 0;
   while (p->tok >= tStar && kLevel[p->tok - tStar] == level) {
     const int op = p->tok - tStar, pos = p->tokPos;
@@ -456,7 +485,8 @@ static int ParseName(Parser* p, int* out) {
   if (sym < 0) return Fail(p, pos);
   const int meaning = kNameMeaning[sym];
   if (meaning >= kNamed0)
-    return MakeConst(p, meaning == kNamed0 ? 0 : meaning == kNamed255 ? 255 : 1024, pos, out);
+    return MakeConst(p, meaning == kNamed0 ? 0 : meaning == kNamed255 ? 255 : meaning == kNamed1 ? 1 : 1024, pos,
+                     out);
   return Make(p, kSym, meaning, pos, 0, 0, out);
 }
 
@@ -566,9 +596,8 @@ static int32_t Source(const Run* r, int32_t x, int32_t y, int32_t z) {
   return s->pixels[y * s->stride + x * s->step + z];
 }
 
-static int32_t Channel(const Run* r, int k) {
-  return k == 3 && r->channels < 4 ? 255 : Source(r, r->x, r->y, k);
-}
+/* Without alpha, `a` reads the missing channel like src does: 0. */
+static int32_t Channel(const Run* r, int k) { return Source(r, r->x, r->y, k); }
 
 static int32_t Symbol(const Run* r, int s) {
   const int w = r->src->width, h = r->src->height;
@@ -599,7 +628,7 @@ static int32_t Binary(int op, int32_t a, int32_t b) {
     case bAdd: return Add(a, b);
     case bSub: return Sub(a, b);
     case bShl: return (int32_t)((uint32_t)a << ((uint32_t)b & 31u));
-    case bShr: return a >> ((uint32_t)b & 31u);
+    case bShr: return (int32_t)((uint32_t)a >> ((uint32_t)b & 31u)); /* logical, as the original */
     case bLt: return a < b;
     case bLe: return a <= b;
     case bGt: return a > b;
@@ -626,17 +655,18 @@ static int32_t Call(Run* r, int fn, const int32_t* v) {
         for (int i = 0; i < 3; ++i) sum = Add(sum, Mul(v[j * 3 + i], Source(r, Add(r->x, i - 1), Add(r->y, j - 1), r->z)));
       return Div(sum, v[9]);
     }
-    case fCtl: return v[0] >= 0 && v[0] <= 7 ? r->ctl[v[0]] : 0;
-    case fVal: return v[0] >= 0 && v[0] <= 7 ? Add(Div(Mul(r->ctl[v[0]], Sub(v[2], v[1])), 255), v[1]) : 0;
+    case fCtl: return v[0] >= 0 && v[0] <= 7 ? CtlByte(r->ctl, v[0]) : 0;
+    case fVal: return v[0] >= 0 && v[0] <= 7 ? Add(Div(Mul(CtlByte(r->ctl, v[0]), Sub(v[2], v[1])), 255), v[1]) : 0;
     case fMap: return FnMap(r->ctl, v[0], v[1]);
     case fMin: return Min(v[0], v[1]);
     case fMax: return Max(v[0], v[1]);
     case fAbs: return Abs(v[0]);
     case fAdd: return Min(Add(v[0], v[1]), v[2]);
-    case fSub: return Max(Abs(Sub(v[0], v[1])), v[2]);
+    case fSub: return Max(Sub(v[0], v[1]), v[2]);
     case fDif: return Abs(Sub(v[0], v[1]));
-    case fMix: return Add(Div(Mul(v[0], v[2]), v[3]), Div(Mul(v[1], Sub(v[3], v[2])), v[3]));
-    case fScl: return Add(v[3], Div(Mul(Sub(v[4], v[3]), Sub(v[0], v[1])), Sub(v[2], v[1])));
+    case fMix: return Add(MulDiv64(v[0], v[2], v[3]), MulDiv64(v[1], Sub(v[3], v[2]), v[3]));
+    case fScl: /* an empty input range gives 0, not ol */
+      return v[2] == v[1] ? 0 : Add(v[3], MulDiv64(Sub(v[4], v[3]), Sub(v[0], v[1]), Sub(v[2], v[1])));
     case fSqr: return Sqr(v[0]);
     case fSin: return Cos(Sub(v[0], 256));
     case fCos: return Cos(v[0]);
@@ -646,7 +676,7 @@ static int32_t Call(Run* r, int fn, const int32_t* v) {
     case fC2d: return C2d(v[0], v[1]);
     case fC2m: return C2m(v[0], v[1]);
     case fRnd: return Random(r, v[0], v[1]);
-    case fRst: Seed(r, v[0]); return 0;
+    case fRst: return 0; /* the original leaves the running stream alone */
     case fGet: return v[0] >= 0 && v[0] <= 255 ? r->cells[v[0]] : v[0];
     default: /* put */
       if (v[1] >= 0 && v[1] <= 255) r->cells[v[1]] = v[0];

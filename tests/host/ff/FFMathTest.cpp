@@ -45,7 +45,8 @@ TEST(FFPolar, MatchesPlainIntegerArithmeticEverywhere) {
     int64_t a = 0;
     if (ay > 0) {
       a = (ay << 10) / ax;
-      if (a != 0) a = (int64_t(t.atanT[a - 1]) << 9) / 205888;
+      // The original reads before its table for a quotient of 0: 40, measured.
+      a = a != 0 ? (int64_t(t.atanT[a - 1]) << 9) / 205888 : 40;
     }
     if (f & 1) a = 256 - a;
     if (f & 2) a += 256;
@@ -121,10 +122,12 @@ TEST(FFFunctions, PublishedVectors) {
   }
   EXPECT_EQ(FnVal(ctl, 8, 1, 10), 0);
   EXPECT_EQ(FnVal(ctl, -1, 1, 10), 0);
-  EXPECT_EQ(FnScl(7, 3, 3, 42, 99), 42);  // empty input range
+  EXPECT_EQ(FnScl(7, 3, 3, 42, 99), 0);  // an empty input range gives 0, measured
   EXPECT_EQ(FnAdd(20, 10, 255), 30);
-  EXPECT_EQ(FnSub(10, 200, 0), 190);
+  EXPECT_EQ(FnSub(10, 200, 0), 0);  // max(a - b, c), measured
+  EXPECT_EQ(FnSub(200, 10, 0), 190);
   EXPECT_EQ(FnSub(10, 12, 5), 5);
+  EXPECT_EQ(FnSub(10, 12, -5), -2);
   EXPECT_EQ(FnDif(3, 10), 7);
   const int rgb[][6] = {{255, 0, 0, 75, -18, 77}, {0, 0, 255, 28, 55, -12}, {255, 255, 255, 254, 0, 0},
                         {1, 0, 0, 0, 0, 0}};  // the last truncates toward zero, not down
@@ -139,7 +142,8 @@ TEST(FFFunctions, MapBuildsItsTableFromTwoControls) {
   const int32_t ctl[8] = {200, 100, 65, 181, 50, 50, 0, 0};
   const int32_t cases[][3] = {
       {0, 150, 127}, {0, 100, 0},   {0, 200, 255}, {0, 999, 255},  // n clamps to 255 first
-      {1, 100, 178}, {1, 65, 255},  {1, 181, 0},   {2, 49, 0}, {2, 50, 255},
+      {1, 100, 179},  // falling: 255 - (100-65)*255/116, not (100-181)*255/(65-181)
+      {1, 65, 255},  {1, 181, 0},   {2, 49, 0}, {2, 50, 255},
       {3, -5, 255},  // H = L = 0, n clamps to 0
       {4, 100, 0},   {-1, 100, 0}};
   for (const auto& c : cases) EXPECT_EQ(FnMap(ctl, c[0], c[1]), c[2]) << c[0] << "," << c[1];

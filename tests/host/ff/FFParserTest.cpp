@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "FFTestSupport.h"
 #include "host/ff/FFEngine.h"
@@ -54,6 +56,38 @@ TEST(FFParser, LexicalForms) {
     EXPECT_TRUE(Parses(code)) << code;
   EXPECT_FALSE(Parses("R(1)"));
   EXPECT_FALSE(Parses("Src(x,y,z)"));  // names are case-sensitive
+}
+
+TEST(FFParser, CompatWarningsMarkWhatARealHostRefuses) {
+  struct Case {
+    const char* code;
+    std::vector<std::pair<size_t, size_t>> marks;  // position, length
+  } cases[] = {
+      {"sqrt(4)", {{0, 4}}},          {"(x, 2)", {{2, 1}}},
+      {"max((1,9), 3)", {{6, 1}}},    {"src(x, (put(1,0), y), sqrt(z))", {{16, 1}, {22, 4}}},
+      {"put(x,0), get(0)", {}},       {"sqr(x) + src(x,y,z) + (r)", {}},
+      {"min(1 ? 2, 3 : 4, 5)", {{9, 1}}},
+  };
+  for (const Case& c : cases) {
+    Ast ast;
+    ParseError err;
+    std::vector<CompatNote> notes;
+    ASSERT_TRUE(ParseExpression(c.code, ast, err, &notes)) << c.code;
+    ASSERT_EQ(notes.size(), c.marks.size()) << c.code;
+    for (size_t k = 0; k < notes.size(); ++k) {
+      EXPECT_EQ(notes[k].position, c.marks[k].first) << c.code;
+      EXPECT_EQ(notes[k].length, c.marks[k].second) << c.code;
+      EXPECT_NE(notes[k].message.find("Filter Factory"), std::string::npos) << notes[k].message;
+    }
+  }
+  CompileError err;
+  const CompiledFilter f = CompileFilter({"r", "sqrt(g)", "b", "(a,1)"}, &err);
+  ASSERT_TRUE(f.valid());  // warnings, not faults
+  ASSERT_EQ(f.compatWarnings().size(), 2u);
+  EXPECT_EQ(f.compatWarnings()[0].channel, 1);
+  EXPECT_EQ(f.compatWarnings()[1].channel, 3);
+  EXPECT_EQ(f.compatWarnings()[1].position, 2u);
+  EXPECT_TRUE(CompileFilter({"r", "g", "b", "a"}, &err).compatWarnings().empty());
 }
 
 TEST(FFParser, HugeInputsAreErrorsNotCrashes) {
