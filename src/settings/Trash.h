@@ -1,4 +1,4 @@
-// Delete to the trash as the freedesktop.org trash specification has it. Qt's
+// Delete to the trash as freedesktop.org's trash standard lays it out. Qt's
 // own move falls back to a folder relative to the working folder when the
 // user's data folder is missing, and reports success; so the home trash is
 // made first, and where the file went is checked before it counts as trashed.
