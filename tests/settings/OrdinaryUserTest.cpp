@@ -16,11 +16,11 @@ TEST(OrdinaryUser, TheCheckRunsWithoutRootsRightsInWhatWasHandedOver) {
   const std::string secret = dir.Write("secret", "x");
   EXPECT_TRUE(test::RunAsOrdinaryUser({dir.path()}, [&] {
     EXPECT_NE(::geteuid(), 0u);
+    EXPECT_EQ(dir.Read("secret"), "x");  // what the test prepared is there
     EXPECT_EQ(::access(dir.Write("made-by-child", "y").c_str(), W_OK), 0);
     ::chmod(secret.c_str(), 0);
     EXPECT_NE(::access(secret.c_str(), R_OK), 0);  // root would read it anyway
   }));
-  EXPECT_EQ(dir.Read("made-by-child"), "y");
 }
 
 TEST(OrdinaryUser, AFailureInTheChildFailsTheTest) {
