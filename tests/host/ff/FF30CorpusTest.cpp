@@ -32,6 +32,7 @@
 #include <nlohmann/json.hpp>
 
 #include "FFMini.h"
+#include "FFTestSupport.h"
 #include "filter/CodeRewrite.h"
 #include "host/ff/FFEngine.h"
 #include "host/ff/FFMath.h"
@@ -225,18 +226,10 @@ Channels Prepare(const Case& k) {
 // undefined pixels it met.
 ImageRGBA8 TreeRender(const Code& code, const Controls& ctl, const ImageRGBA8& src, Undefined* undefined) {
   Ast asts[4];
-  for (int z = 0; z < 4; ++z) {
-    ParseError pe;
-    EXPECT_TRUE(ParseExpression(code[size_t(z)], asts[z], pe)) << code[size_t(z)];
-  }
+  for (int z = 0; z < 4; ++z) asts[z] = MustParse(code[size_t(z)]);
   ImageRGBA8 out(src.width, src.height, src.hasAlpha);
   RunState state;
-  state.Reset();
-  PixelEnv env;
-  env.src = src.view();
-  env.channels = src.hasAlpha ? 4 : 3;
-  env.ctl = ctl.data();
-  env.state = &state;
+  PixelEnv env = EnvFor(src, ctl, state);
   for (env.y = 0; env.y < src.height; ++env.y)
     for (int x = 0; x < src.width; ++x) {
       uint8_t* p = out.at(x, env.y);
