@@ -5,7 +5,7 @@
 #include <string>
 
 #include "FuzzSupport.h"
-#include "filter/BinFile.h"
+#include "base/BinFile.h"
 #include "filter/FFL.h"
 
 namespace {

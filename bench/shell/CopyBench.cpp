@@ -19,9 +19,9 @@
 #include <vector>
 
 #include "settings/SettingsStore.h"
-#include "shell/FileCommander.h"
-#include "shell/FilePane.h"
-#include "shell/MainWindow.h"
+#include "shell/commander/FileCommander.h"
+#include "shell/pane/FilePane.h"
+#include "shell/window/MainWindow.h"
 
 namespace {
 

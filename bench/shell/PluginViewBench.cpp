@@ -14,8 +14,8 @@
 #include <string>
 
 #include "settings/SettingsStore.h"
-#include "shell/MainWindow.h"
-#include "shell/PluginViewController.h"
+#include "shell/window/MainWindow.h"
+#include "shell/pluginview/PluginViewController.h"
 #include "support/PeBuilder.h"
 
 namespace {

@@ -12,9 +12,9 @@
 #include <string>
 
 #include "settings/SettingsStore.h"
-#include "shell/FileListModel.h"
-#include "shell/FilePane.h"
-#include "shell/MainWindow.h"
+#include "shell/pane/FileListModel.h"
+#include "shell/pane/FilePane.h"
+#include "shell/window/MainWindow.h"
 
 namespace {
 

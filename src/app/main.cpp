@@ -9,7 +9,7 @@
 
 #include "settings/ProgramFolderSetup.h"
 #include "settings/SettingsStore.h"
-#include "shell/MainWindow.h"
+#include "shell/window/MainWindow.h"
 
 int main(int argc, char** argv) {
   QElapsedTimer clock;

@@ -6,10 +6,10 @@
 #include <filesystem>
 
 #include "catalogue/EnableState.h"
-#include "filter/BinFile.h"
+#include "base/BinFile.h"
 #include "filter/ByteHelpers.h"
-#include "filter/Paths.h"
-#include "filter/SafeTarget.h"
+#include "base/Paths.h"
+#include "base/SafeTarget.h"
 #include "filter/TextFormats.h"
 
 namespace trel {

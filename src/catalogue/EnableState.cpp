@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "filter/Paths.h"
+#include "base/Paths.h"
 
 namespace trel {
 namespace {

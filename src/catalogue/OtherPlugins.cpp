@@ -3,8 +3,8 @@
 
 #include "catalogue/ByteView.h"
 #include "catalogue/PluginIdentification.h"
-#include "filter/BinFile.h"
-#include "filter/Paths.h"
+#include "base/BinFile.h"
+#include "base/Paths.h"
 
 namespace trel {
 namespace {

@@ -4,7 +4,7 @@
 #include <array>
 #include <cctype>
 
-#include "filter/Paths.h"
+#include "base/Paths.h"
 
 namespace trel {
 

@@ -7,8 +7,8 @@
 #include "catalogue/PluginIdentification.h"
 #include "catalogue/PluginList.h"
 #include "filter/CompiledReaders.h"
-#include "filter/Paths.h"
-#include "filter/SafeTarget.h"
+#include "base/Paths.h"
+#include "base/SafeTarget.h"
 
 namespace trel {
 namespace {

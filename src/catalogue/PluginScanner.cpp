@@ -13,7 +13,7 @@
 
 #include "catalogue/PluginIdentification.h"
 #include "filter/CompiledReaders.h"
-#include "filter/Paths.h"
+#include "base/Paths.h"
 #include "filter/TextFormats.h"
 
 namespace trel {

@@ -6,8 +6,8 @@
 #include <fstream>
 #include <sstream>
 
-#include "filter/Paths.h"
-#include "filter/SafeTarget.h"
+#include "base/Paths.h"
+#include "base/SafeTarget.h"
 
 namespace trel {
 

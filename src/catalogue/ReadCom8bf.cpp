@@ -9,7 +9,7 @@
 #include "catalogue/PluginIdentification.h"
 #include "catalogue/FileWindow.h"
 #include "filter/CompiledReaders.h"
-#include "filter/Paths.h"
+#include "base/Paths.h"
 
 namespace trel {
 namespace {

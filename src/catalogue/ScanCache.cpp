@@ -13,8 +13,8 @@
 #include <sstream>
 #include <string_view>
 
-#include "filter/Paths.h"
-#include "filter/SafeTarget.h"
+#include "base/Paths.h"
+#include "base/SafeTarget.h"
 
 namespace trel {
 namespace {

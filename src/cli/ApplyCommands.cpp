@@ -15,7 +15,7 @@
 
 #include "cli/Commands.h"
 #include "filter/Dispatch.h"
-#include "filter/Paths.h"
+#include "base/Paths.h"
 #include "host/ImageLibrary.h"
 #include "host/PlugHostClient.h"
 #include "host/ff/FFEngine.h"

@@ -11,7 +11,7 @@
 #include "catalogue/PluginScanner.h"
 #include "cli/Commands.h"
 #include "cli/Json.h"
-#include "filter/Paths.h"
+#include "base/Paths.h"
 
 namespace trel::cli {
 namespace {

@@ -4,7 +4,7 @@
 
 #include "cli/Commands.h"
 #include "cli/ConvertOptions.h"
-#include "filter/Paths.h"
+#include "base/Paths.h"
 
 namespace trel::cli {
 namespace {

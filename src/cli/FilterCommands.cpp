@@ -8,7 +8,7 @@
 #include "cli/Json.h"
 #include "filter/CodeRewrite.h"
 #include "filter/Dispatch.h"
-#include "filter/Paths.h"
+#include "base/Paths.h"
 
 namespace trel::cli {
 namespace {

@@ -5,8 +5,8 @@
 
 #include "filter/ByteHelpers.h"
 #include "filter/CodeRewrite.h"
-#include "filter/Paths.h"
-#include "filter/SafeTarget.h"
+#include "base/Paths.h"
+#include "base/SafeTarget.h"
 #include "filter/SourceFiles.h"
 #include "filter/TextFormats.h"
 

@@ -8,7 +8,7 @@
 
 #include "filter/Dispatch.h"
 #include "filter/LabelShortening.h"
-#include "filter/Paths.h"
+#include "base/Paths.h"
 #include "filter/PluginCompiler.h"
 #include "filter/TextFormats.h"
 

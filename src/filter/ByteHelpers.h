@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "filter/BinFile.h"
+#include "base/BinFile.h"
 
 namespace trel {
 

@@ -3,10 +3,10 @@
 #include <array>
 #include <memory>
 
-#include "filter/BinFile.h"
+#include "base/BinFile.h"
 #include "filter/ByteHelpers.h"
 #include "filter/CodeRewrite.h"
-#include "filter/Paths.h"
+#include "base/Paths.h"
 #include "filter/PremiereProbe.h"
 #include "filter/TemplateLayout.h"
 

@@ -2,7 +2,7 @@
 
 #include "filter/CodeRewrite.h"
 #include "filter/CompiledReaders.h"
-#include "filter/Paths.h"
+#include "base/Paths.h"
 #include "filter/TextFormats.h"
 
 namespace trel {

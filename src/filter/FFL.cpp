@@ -8,8 +8,8 @@
 #include "filter/ByteHelpers.h"
 #include "filter/CodeRewrite.h"
 #include "filter/Dispatch.h"
-#include "filter/Paths.h"
-#include "filter/SafeTarget.h"
+#include "base/Paths.h"
+#include "base/SafeTarget.h"
 
 namespace trel {
 namespace {

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "filter/BinFile.h"
+#include "base/BinFile.h"
 #include "filter/FFFilter.h"
 #include "filter/FilterEnv.h"
 

@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
-#include "filter/BinFile.h"
-#include "filter/Paths.h"
+#include "base/BinFile.h"
+#include "base/Paths.h"
 #include "filter/SourceFiles.h"
 #include "filter/TextFormats.h"
 

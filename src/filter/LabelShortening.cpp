@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "filter/Paths.h"
+#include "base/Paths.h"
 
 namespace trel {
 namespace {

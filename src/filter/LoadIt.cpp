@@ -1,6 +1,6 @@
 #include "filter/LoadIt.h"
 
-#include "filter/BinFile.h"
+#include "base/BinFile.h"
 #include "filter/Dispatch.h"
 #include "filter/FFL.h"
 

@@ -7,9 +7,9 @@
 #include "filter/CodeRewrite.h"
 #include "filter/DemoPlugin.h"
 #include "filter/LabelShortening.h"
-#include "filter/Paths.h"
+#include "base/Paths.h"
 #include "filter/PremiereProbe.h"
-#include "filter/SafeTarget.h"
+#include "base/SafeTarget.h"
 #include "filter/TemplateLayout.h"
 #include "filter/TemplatePatch.h"
 

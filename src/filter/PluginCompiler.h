@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "filter/BinFile.h"
+#include "base/BinFile.h"
 #include "filter/FFFilter.h"
 #include "filter/FilterEnv.h"
 

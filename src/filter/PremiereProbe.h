@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "filter/BinFile.h"
+#include "base/BinFile.h"
 #include "filter/TemplatePatch.h"
 
 namespace trel {

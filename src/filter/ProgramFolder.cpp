@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "filter/Paths.h"
+#include "base/Paths.h"
 
 namespace trel {
 

@@ -1,6 +1,6 @@
 #include "filter/SourceFiles.h"
 
-#include "filter/Paths.h"
+#include "base/Paths.h"
 
 namespace trel {
 

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <thread>
 
-#include "filter/Paths.h"
+#include "base/Paths.h"
 #include "host/PreviewPipeline.h"
 #include "host/ff/FFEngine.h"
 

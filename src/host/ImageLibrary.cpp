@@ -13,7 +13,7 @@
 #include <QSaveFile>
 
 #include "filter/CompiledReaders.h"
-#include "filter/Paths.h"
+#include "base/Paths.h"
 #include "host/PlugHostClient.h"
 #include "plughost/HostProtocol.h"
 

@@ -6,7 +6,7 @@
 #include <QString>
 #include <QStringList>
 
-#include "filter/Paths.h"
+#include "base/Paths.h"
 
 namespace trel {
 

@@ -15,7 +15,7 @@
 #include <QPainter>
 #include <QSaveFile>
 
-#include "filter/Paths.h"
+#include "base/Paths.h"
 
 namespace trel {
 

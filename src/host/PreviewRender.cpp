@@ -2,7 +2,7 @@
 
 #include "filter/CompiledReaders.h"
 #include "filter/FilterEnv.h"
-#include "filter/Paths.h"
+#include "base/Paths.h"
 #include "host/ImageLibrary.h"
 
 namespace trel {

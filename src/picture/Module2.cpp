@@ -3,7 +3,7 @@
 #include <cmath>
 #include <cstdio>
 
-#include "filter/Paths.h"
+#include "base/Paths.h"
 
 namespace trel {
 

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "filter/Paths.h"
+#include "base/Paths.h"
 
 namespace trel {
 

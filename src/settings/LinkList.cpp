@@ -3,7 +3,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "filter/SafeTarget.h"
+#include "base/SafeTarget.h"
 
 namespace trel {
 

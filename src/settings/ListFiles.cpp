@@ -5,8 +5,8 @@
 #include <fstream>
 #include <iterator>
 
-#include "filter/Paths.h"
-#include "filter/SafeTarget.h"
+#include "base/Paths.h"
+#include "base/SafeTarget.h"
 #include "settings/Conversions.h"
 
 namespace trel {

@@ -19,9 +19,9 @@
 #include "editor/FFEditorType1.h"
 #include "filter/ProgramFolder.h"
 #include "settings/SettingsStore.h"
-#include "shell/FilePane.h"
-#include "shell/FileListView.h"
-#include "shell/MainWindow.h"
+#include "shell/pane/FilePane.h"
+#include "shell/pane/FileListView.h"
+#include "shell/window/MainWindow.h"
 #include "support/RecordingShell.h"
 #include "support/TempDir.h"
 

@@ -11,7 +11,7 @@
 #include "filter/ProgramFolder.h"
 #include "picture/PicView.h"
 #include "settings/SettingsStore.h"
-#include "shell/MainWindow.h"
+#include "shell/window/MainWindow.h"
 #include "support/TempDir.h"
 
 namespace trel {

@@ -19,10 +19,10 @@
 #include "editor/FFEditorType1.h"
 #include "filter/ProgramFolder.h"
 #include "settings/SettingsStore.h"
-#include "shell/FileListModel.h"
-#include "shell/FileListView.h"
-#include "shell/FilePane.h"
-#include "shell/MainWindow.h"
+#include "shell/pane/FileListModel.h"
+#include "shell/pane/FileListView.h"
+#include "shell/pane/FilePane.h"
+#include "shell/window/MainWindow.h"
 #include "support/TempDir.h"
 
 namespace trel {

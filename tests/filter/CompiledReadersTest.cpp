@@ -3,7 +3,7 @@
 #include <random>
 
 #include "FilterKit.h"
-#include "filter/Paths.h"
+#include "base/Paths.h"
 
 namespace trel {
 namespace {

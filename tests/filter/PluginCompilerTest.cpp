@@ -9,7 +9,7 @@
 #include "filter/CompiledReaders.h"
 #include "filter/DemoPlugin.h"
 #include "filter/LabelShortening.h"
-#include "filter/Paths.h"
+#include "base/Paths.h"
 #include "filter/TemplateLayout.h"
 #include "support/OrdinaryUser.h"
 

@@ -9,7 +9,7 @@
 
 #include "filter/FFFilter.h"
 #include "filter/FilterEnv.h"
-#include "filter/Paths.h"
+#include "base/Paths.h"
 #include "filter/PluginCompiler.h"
 #include "host/ImageWrappers.h"
 #include "support/RecordingShell.h"

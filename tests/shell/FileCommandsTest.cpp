@@ -15,14 +15,14 @@
 #include <memory>
 
 #include "settings/SettingsStore.h"
-#include "shell/FileCommander.h"
-#include "shell/FileListModel.h"
-#include "shell/FileListView.h"
-#include "shell/MainWindow.h"
-#include "shell/Selection.h"
-#include "shell/StatusArea.h"
-#include "shell/ZipCommander.h"
-#include "shell/ConvertDialog.h"
+#include "shell/commander/FileCommander.h"
+#include "shell/pane/FileListModel.h"
+#include "shell/pane/FileListView.h"
+#include "shell/window/MainWindow.h"
+#include "shell/pane/Selection.h"
+#include "shell/window/StatusArea.h"
+#include "shell/commander/ZipCommander.h"
+#include "shell/dialogs/ConvertDialog.h"
 #include <QCheckBox>
 #include "support/TempDir.h"
 

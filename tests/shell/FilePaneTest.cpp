@@ -1,4 +1,4 @@
-#include "shell/FilePane.h"
+#include "shell/pane/FilePane.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -15,10 +15,10 @@
 #include <filesystem>
 
 #include "settings/Preferences.h"
-#include "shell/DirListBox.h"
-#include "shell/FileListModel.h"
-#include "shell/FileListView.h"
-#include "shell/PaneRules.h"
+#include "shell/pane/DirListBox.h"
+#include "shell/pane/FileListModel.h"
+#include "shell/pane/FileListView.h"
+#include "shell/pane/PaneRules.h"
 #include "support/OrdinaryUser.h"
 #include "support/TempDir.h"
 

@@ -5,7 +5,7 @@
 #include <QTest>
 
 #include "settings/SettingsStore.h"
-#include "shell/MainWindow.h"
+#include "shell/window/MainWindow.h"
 #include "support/TempDir.h"
 
 namespace trel {

@@ -1,4 +1,4 @@
-#include "shell/MainWindow.h"
+#include "shell/window/MainWindow.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -15,8 +15,8 @@
 #include <memory>
 
 #include "settings/SettingsStore.h"
-#include "shell/FileListModel.h"
-#include "shell/FileListView.h"
+#include "shell/pane/FileListModel.h"
+#include "shell/pane/FileListView.h"
 #include "support/OrdinaryUser.h"
 #include "support/TempDir.h"
 

@@ -1,11 +1,11 @@
-#include "shell/PaneRules.h"
+#include "shell/pane/PaneRules.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
 #include <filesystem>
 
-#include "shell/DirectoryListing.h"
+#include "base/DirectoryListing.h"
 #include "support/TempDir.h"
 
 namespace trel {

@@ -12,7 +12,7 @@
 #include <memory>
 
 #include "settings/SettingsStore.h"
-#include "shell/MainWindow.h"
+#include "shell/window/MainWindow.h"
 #include "support/PeBuilder.h"
 #include "support/TempDir.h"
 

@@ -21,11 +21,11 @@
 
 #include "settings/SettingsStore.h"
 #include "settings/ui/Form2.h"
-#include "shell/FileListModel.h"
-#include "shell/FileListView.h"
-#include "shell/FilePane.h"
-#include "shell/MainWindow.h"
-#include "shell/PreferencesCommands.h"
+#include "shell/pane/FileListModel.h"
+#include "shell/pane/FileListView.h"
+#include "shell/pane/FilePane.h"
+#include "shell/window/MainWindow.h"
+#include "shell/window/PreferencesCommands.h"
 #include "support/RecordingShell.h"
 #include "support/TempDir.h"
 

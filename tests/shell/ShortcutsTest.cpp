@@ -10,7 +10,7 @@
 #include <map>
 
 #include "settings/SettingsStore.h"
-#include "shell/MainWindow.h"
+#include "shell/window/MainWindow.h"
 #include "support/TempDir.h"
 
 namespace trel {

@@ -1,5 +1,5 @@
-#include "shell/TipDialog.h"
-#include "shell/TipOfDay.h"
+#include "shell/dialogs/TipDialog.h"
+#include "shell/dialogs/TipOfDay.h"
 
 #include <gtest/gtest.h>
 

@@ -18,7 +18,7 @@
 #include <QVBoxLayout>
 #include <set>
 
-#include "filter/SafeTarget.h"
+#include "base/SafeTarget.h"
 #include "filter/ShellHooks.h"
 #include "settings/Preferences.h"
 

@@ -1,0 +1,186 @@
+#include "base/SafeCopy.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <vector>
+
+namespace trel {
+
+namespace {
+
+std::string Reason(int error) { return std::strerror(error); }
+
+std::string FolderPart(const std::string& path) {
+  const auto cut = path.rfind('/');
+  return cut == std::string::npos ? std::string("./") : path.substr(0, cut + 1);
+}
+
+std::string NamePart(const std::string& path) {
+  const auto cut = path.rfind('/');
+  return cut == std::string::npos ? path : path.substr(cut + 1);
+}
+
+class Fd {
+ public:
+  explicit Fd(int fd) : fd_(fd) {}
+  ~Fd() {
+    if (fd_ >= 0) ::close(fd_);
+  }
+  Fd(const Fd&) = delete;
+  Fd& operator=(const Fd&) = delete;
+  int get() const { return fd_; }
+  int release() {
+    const int fd = fd_;
+    fd_ = -1;
+    return fd;
+  }
+
+ private:
+  int fd_;
+};
+
+// Writes all of `size` bytes from `in` to `out`, in the kernel where it can.
+bool CopyBytes(int in, int out, int64_t size, const CopyProgress& progress, const std::atomic<bool>* abort,
+               int& error, bool& cancelled) {
+  constexpr int64_t kBlock = 8 << 20;
+  int64_t done = 0;
+  bool kernel = true;
+  std::vector<char> buffer;
+  while (done < size) {
+    if (abort && abort->load()) {
+      cancelled = true;
+      return false;
+    }
+    const size_t want = static_cast<size_t>(std::min(kBlock, size - done));
+    ssize_t got = -1;
+    if (kernel) {
+      got = ::copy_file_range(in, nullptr, out, nullptr, want, 0);
+      if (got < 0 && (errno == EXDEV || errno == ENOSYS || errno == EINVAL || errno == EOPNOTSUPP)) {
+        kernel = false;
+        continue;
+      }
+    } else {
+      buffer.resize(1 << 20);
+      got = ::read(in, buffer.data(), std::min(want, buffer.size()));
+      if (got > 0) {
+        ssize_t written = 0;
+        while (written < got) {
+          const ssize_t w = ::write(out, buffer.data() + written, static_cast<size_t>(got - written));
+          if (w < 0) {
+            if (errno == EINTR) continue;
+            error = errno;
+            return false;
+          }
+          written += w;
+        }
+      }
+    }
+    if (got < 0) {
+      if (errno == EINTR) continue;
+      error = errno;
+      return false;
+    }
+    if (got == 0) break;  // the source shrank under us; the size check below tells
+    done += got;
+    if (progress) progress(done, size);
+  }
+  return true;
+}
+
+}  // namespace
+
+FileOpResult SafeCopyFile(const std::string& source, const std::string& target, const CopyProgress& progress,
+                          const std::atomic<bool>* abort) {
+  FileOpResult result;
+  Fd in(::open(source.c_str(), O_RDONLY | O_CLOEXEC));
+  if (in.get() < 0) {
+    result.error = source + " can't be read: " + Reason(errno);
+    return result;
+  }
+  struct stat info {};
+  if (::fstat(in.get(), &info) != 0 || !S_ISREG(info.st_mode)) {
+    result.error = source + " is not a file that can be copied.";
+    return result;
+  }
+  // The temporary name is hidden and distinct; it lives in the target's folder
+  // so that the final rename never crosses a file system.
+  // It is made with the source's permissions at once, and never over a file
+  // that is there.
+  static std::atomic<unsigned> counter{0};
+  const std::string stem = FolderPart(target) + ".trel-" + NamePart(target) + "." + std::to_string(::getpid()) + "-";
+  std::string temp;
+  int fd = -1;
+  for (int attempt = 0; attempt < 100 && fd < 0; ++attempt) {
+    temp = stem + std::to_string(counter++);
+    fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, info.st_mode & 0777);
+    if (fd < 0 && errno != EEXIST) break;
+  }
+  Fd out(fd);
+  if (out.get() < 0) {
+    result.error = FolderPart(target) + " can't be written to: " + Reason(errno);
+    return result;
+  }
+  auto fail = [&](const std::string& why) {
+    ::unlink(temp.c_str());
+    result.error = why;
+    return result;
+  };
+  int error = 0;
+  bool cancelled = false;
+  if (!CopyBytes(in.get(), out.get(), info.st_size, progress, abort, error, cancelled)) {
+    result.cancelled = cancelled;
+    return fail(cancelled ? std::string() : target + " couldn't be written: " + Reason(error));
+  }
+  struct stat written {};
+  if (::fstat(out.get(), &written) != 0 || written.st_size != info.st_size)
+    return fail(target + " couldn't be written completely.");
+  const struct timespec times[2] = {info.st_atim, info.st_mtim};
+  ::futimens(out.get(), times);
+  if (::close(out.release()) != 0) return fail(target + " couldn't be written: " + Reason(errno));
+  if (::rename(temp.c_str(), target.c_str()) != 0) return fail(target + " couldn't be replaced: " + Reason(errno));
+  result.ok = true;
+  return result;
+}
+
+FileOpResult SafeMoveFile(const std::string& source, const std::string& target, const CopyProgress& progress,
+                          const std::atomic<bool>* abort) {
+  FileOpResult result;
+  if (::rename(source.c_str(), target.c_str()) == 0) {
+    result.ok = true;
+    return result;
+  }
+  if (errno != EXDEV) {
+    result.error = source + " couldn't be moved: " + Reason(errno);
+    return result;
+  }
+  result = SafeCopyFile(source, target, progress, abort);
+  if (!result.ok) return result;
+  if (::unlink(source.c_str()) != 0) {
+    // The copy stands complete; the source stays too, which loses nothing.
+    result.ok = false;
+    result.error = source + " was copied but couldn't be removed: " + Reason(errno);
+  }
+  return result;
+}
+
+bool IsSameOrInside(const std::string& inner, const std::string& outer) {
+  std::error_code ec;
+  auto norm = [&](const std::string& path) {
+    std::filesystem::path p = std::filesystem::weakly_canonical(path, ec);
+    if (ec) p = std::filesystem::path(path).lexically_normal();
+    std::string text = p.string();
+    while (text.size() > 1 && text.back() == '/') text.pop_back();
+    return text;
+  };
+  const std::string in = norm(inner);
+  const std::string out = norm(outer);
+  if (in == out) return true;
+  return in.size() > out.size() && in.compare(0, out.size(), out) == 0 && (out == "/" || in[out.size()] == '/');
+}
+
+}  // namespace trel

@@ -1,0 +1,39 @@
+// Writes a target file so that a failure never leaves a half-written file where
+// a good one stood: the bytes go to a temporary file in the same folder, which
+// replaces the target only when everything was written.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "base/BinFile.h"
+
+namespace trel {
+
+class SafeTarget {
+ public:
+  // startFromExisting: the temporary file begins as a copy of the target, for
+  // writers that patch a file or don't truncate it.
+  SafeTarget(std::string targetPath, bool startFromExisting);
+  ~SafeTarget();  // drops the temporary file unless committed
+  SafeTarget(const SafeTarget&) = delete;
+  SafeTarget& operator=(const SafeTarget&) = delete;
+
+  BinFile* file() { return file_.get(); }  // null when the temporary could not be made
+  const std::string& error() const { return error_; }
+  // Closes the file and moves it over the target; false (and error()) on failure.
+  bool Commit();
+
+ private:
+  std::string target_;
+  std::string temp_;
+  std::unique_ptr<BinFile> file_;
+  std::string error_;
+  bool committed_ = false;
+};
+
+// Writes `bytes` as the whole new content of `path` through a SafeTarget: the
+// old file stays as it was unless everything could be written.
+bool WriteWholeFile(const std::string& path, const std::string& bytes);
+
+}  // namespace trel

@@ -1,0 +1,110 @@
+#include "base/SafeCopy.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "support/OrdinaryUser.h"
+#include "support/TempDir.h"
+
+namespace trel {
+namespace {
+
+using test::RunAsOrdinaryUser;
+using test::TempDir;
+namespace fs = std::filesystem;
+
+// Names that break naive command lines and string handling.
+TEST(SafeCopy, AwkwardNamesCopyAndMoveWhole) {
+  TempDir from, to;
+  for (const std::string name : {"with blank.8bf", "quote\"d 'x'.afs", "Größe ñ.txt", "-leading-dash.prm"}) {
+    SCOPED_TRACE(name);
+    const std::string bytes = "bytes of " + name;
+    from.Write(name, bytes);
+    FileOpResult copied = SafeCopyFile(from.file(name), to.file(name));
+    ASSERT_TRUE(copied.ok) << copied.error;
+    EXPECT_EQ(to.Read(name), bytes);
+    EXPECT_TRUE(from.Exists(name));
+    to.Write(name, "old target");
+    FileOpResult moved = SafeMoveFile(from.file(name), to.file(name));
+    ASSERT_TRUE(moved.ok) << moved.error;
+    EXPECT_EQ(to.Read(name), bytes);
+    EXPECT_FALSE(from.Exists(name));
+  }
+  // Nothing but the copied files is left in the target.
+  EXPECT_EQ(std::distance(fs::directory_iterator(to.path()), fs::directory_iterator()), 4);
+}
+
+TEST(SafeCopy, AFailureLeavesTheSourceAndTheOldTargetAndNoTemporaryFile) {
+  TempDir from, to;
+  from.Write("big.bin", std::string(3 << 20, 'n'));
+  to.Write("big.bin", "the old target");
+  // A file system that fills up: the process may write no more than 1 MB into
+  // one file, so the copy fails part way, as on a full disk.
+  struct rlimit saved {};
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &saved), 0);
+  struct rlimit limit = saved;
+  limit.rlim_cur = 1 << 20;
+  const auto oldHandler = signal(SIGXFSZ, SIG_IGN);
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+  const FileOpResult copied = SafeCopyFile(from.file("big.bin"), to.file("big.bin"));
+  setrlimit(RLIMIT_FSIZE, &saved);
+  signal(SIGXFSZ, oldHandler);
+  EXPECT_FALSE(copied.ok);
+  EXPECT_NE(copied.error.find("couldn't be written"), std::string::npos) << copied.error;
+  EXPECT_TRUE(to.Read("big.bin") == "the old target");
+  EXPECT_EQ(from.Read("big.bin").size(), size_t{3 << 20});
+  EXPECT_EQ(std::distance(fs::directory_iterator(to.path()), fs::directory_iterator()), 1);
+
+  // A target folder that can't be written, and a source that can't be read.
+  TempDir locked;
+  from.Write("small.txt", "x");
+  RunAsOrdinaryUser({from.path(), locked.path()}, [&] {
+    fs::permissions(locked.path(), fs::perms::owner_read | fs::perms::owner_exec);
+    const FileOpResult refused = SafeCopyFile(from.file("small.txt"), locked.file("small.txt"));
+    EXPECT_FALSE(refused.ok);
+    EXPECT_NE(refused.error.find("can't be written to"), std::string::npos) << refused.error;
+    fs::permissions(from.path(), fs::perms::none);
+    EXPECT_FALSE(SafeCopyFile(from.file("small.txt"), to.file("small.txt")).ok);
+    fs::permissions(from.path(), fs::perms::owner_all);
+    fs::permissions(locked.path(), fs::perms::owner_all);
+  });
+  const FileOpResult missing = SafeCopyFile(from.file("gone.txt"), to.file("gone.txt"));
+  EXPECT_FALSE(missing.ok);
+  EXPECT_NE(missing.error.find("can't be read"), std::string::npos);
+  const FileOpResult folder = SafeCopyFile(from.path(), to.file("folder"));
+  EXPECT_FALSE(folder.ok);
+}
+
+TEST(SafeCopy, AnAbortLeavesNoPartialFile) {
+  TempDir from, to;
+  from.Write("big.bin", std::string(20 << 20, 'a'));
+  std::atomic<bool> abort{false};
+  int calls = 0;
+  const FileOpResult result = SafeCopyFile(from.file("big.bin"), to.file("big.bin"), [&](int64_t, int64_t) {
+    if (++calls == 1) abort = true;
+  }, &abort);
+  EXPECT_FALSE(result.ok);
+  EXPECT_TRUE(result.cancelled);
+  EXPECT_EQ(std::distance(fs::directory_iterator(to.path()), fs::directory_iterator()), 0);
+}
+
+TEST(SafeCopy, InsideTellsSubFoldersFromNamesThatShareAPrefix) {
+  TempDir root;
+  fs::create_directories(root.file("a/b"));
+  fs::create_directories(root.file("ab"));
+  fs::create_directory_symlink(root.file("a/b"), root.file("link"));
+  struct Case {
+    std::string inner, outer;
+    bool inside;
+  } cases[] = {{"a", "a", true},       {"a/", "a", true},      {"a/b", "a", true},  {"a/b/", "a/", true},
+               {"ab", "a", false},     {"a", "a/b", false},    {"link", "a", true}, {"a/b/new", "a", true}};
+  for (const Case& c : cases)
+    EXPECT_EQ(IsSameOrInside(root.file(c.inner), root.file(c.outer)), c.inside) << c.inner << " in " << c.outer;
+}
+
+}  // namespace
+}  // namespace trel
