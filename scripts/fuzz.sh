@@ -10,7 +10,8 @@
 #   --planted-fault  build with one bounds check left out (one unit rebuilt):
 #                    the run must fail, which shows that the step catches faults
 #   --keep-corpus    start from the corpus of an earlier run as well as the seeds
-# Environment: TREL_FUZZ_JOBS build jobs (default: nproc).
+# Environment: TREL_FUZZ_JOBS build jobs (default: nproc); TREL_FUZZ_PARALLEL
+# targets run at once (default 2).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/deps.sh
@@ -54,21 +55,39 @@ for exe in "$dir"/fuzz/fuzz_*; do
 done
 ((${#targets[@]})) || { echo "fuzz.sh: no targets" >&2; exit 2; }
 
-failed=()
-summary=()
-for name in "${targets[@]}"; do
-  corpus=$dir/corpus/$name
-  findings=$dir/findings/$name
+# Runs one target; its log and exit status land beside its findings, so that
+# targets can run side by side and be reported in order afterwards.
+run_target() {
+  local name=$1 corpus=$dir/corpus/$1 findings=$dir/findings/$1
   ((keep)) || rm -rf "$corpus"
   rm -rf "$findings"
   mkdir -p "$corpus" "$findings" "$seeds/$name"
-  log=$dir/findings/$name.log
-  args=(-max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1
-        -artifact_prefix="$findings/")
+  local args=(-max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1
+              -artifact_prefix="$findings/")
   [[ -f fuzz/$name.dict ]] && args+=(-dict="fuzz/$name.dict")
+  local status=0
+  "$dir/fuzz/fuzz_$name" "${args[@]}" "$corpus" "$seeds/$name" >"$dir/findings/$name.log" 2>&1 || status=$?
+  echo "$status" >"$dir/findings/$name.status"
+}
+
+# Two targets at a time by default (TREL_FUZZ_PARALLEL): each is one process
+# on one core, so a two-core machine does the step in half the time.
+parallel=${TREL_FUZZ_PARALLEL:-2}
+running=0
+for name in "${targets[@]}"; do
   echo "== $name: ${seconds}s"
-  status=0
-  "$dir/fuzz/fuzz_$name" "${args[@]}" "$corpus" "$seeds/$name" >"$log" 2>&1 || status=$?
+  run_target "$name" &
+  running=$((running + 1))
+  if ((running >= parallel)); then wait -n || true; running=$((running - 1)); fi
+done
+wait
+
+failed=()
+summary=()
+for name in "${targets[@]}"; do
+  findings=$dir/findings/$name
+  log=$dir/findings/$name.log
+  status=$(cat "$dir/findings/$name.status" 2>/dev/null || echo 1)
   stats=$(grep -E '^(stat::number_of_executed_units|stat::average_exec_per_sec|stat::peak_rss_mb)' "$log" |
           sed 's/^stat:://' | tr '\n' ' ')
   cov=$(grep -oE 'cov: [0-9]+ ft: [0-9]+' "$log" | tail -n 1 || true)
