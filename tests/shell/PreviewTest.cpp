@@ -123,6 +123,7 @@ TEST_F(PreviewTest, APreviewShowsTheFilteredThumbnailAndIsCachedUntilUpdated) {
   const QImage expected = RenderWith(PrepareFilter(plugin), Thumb());
   EXPECT_EQ(Shown().convertToFormat(QImage::Format_RGB32), expected.convertToFormat(QImage::Format_RGB32));
   const std::string entry = PreviewCacheFile(home.path(), plugin);
+  preview->FinishCacheWrites();  // the JPEG is written off the window's thread
   ASSERT_TRUE(fs::exists(entry));
   EXPECT_EQ(preview->previewRuns(), 1);
 
@@ -147,6 +148,7 @@ TEST_F(PreviewTest, APreviewShowsTheFilteredThumbnailAndIsCachedUntilUpdated) {
   selected = plugin;
   preview->mnuUpdateCache_Click();
   EXPECT_EQ(preview->previewRuns(), 2);
+  preview->FinishCacheWrites();
   EXPECT_TRUE(fs::exists(entry));
 
   // Clear asks first; answered No nothing goes.
@@ -162,6 +164,7 @@ TEST_F(PreviewTest, APreviewShowsTheFilteredThumbnailAndIsCachedUntilUpdated) {
 
   // Update on a plugin without an entry makes one.
   preview->mnuUpdateCache_Click();
+  preview->FinishCacheWrites();
   EXPECT_TRUE(fs::exists(entry));
 }
 
@@ -207,6 +210,7 @@ TEST_F(PreviewTest, AnUnwritableCacheSaysSoOnceAndThePreviewStillShows) {
   ASSERT_TRUE(preview->PreviewPlugin(Plugin("255 - c", "one")));
   ASSERT_TRUE(preview->PreviewPlugin(Plugin("c / 2", "two")));
   EXPECT_FALSE(Shown().isNull());
+  preview->FinishCacheWrites();
   ASSERT_EQ(shell.boxes.size(), 1u);
   EXPECT_NE(shell.boxes[0].text.find("Couldn't write the preview cache file"), std::string::npos);
   EXPECT_EQ(test::ReadFileBytes(home.file("cache")), "a file in the cache's place");

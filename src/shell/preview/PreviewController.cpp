@@ -105,9 +105,13 @@ PreviewController::PreviewController(MainWindow& window)
   timer1_.setSingleShot(true);
   timer1_.setInterval(kPreviewDelayMs);
   connect(&timer1_, &QTimer::timeout, this, &PreviewController::cmd_Preview);
+  cacheWriter_.setMaxThreadCount(1);
 }
 
-PreviewController::~PreviewController() { CloseImages(); }
+PreviewController::~PreviewController() {
+  cacheWriter_.waitForDone();
+  CloseImages();
+}
 
 PreviewController* PreviewController::Of(MainWindow& window) {
   return window.findChild<PreviewController*>("PreviewController", Qt::FindDirectChildrenOnly);
@@ -280,6 +284,9 @@ bool PreviewController::PreviewPlugin(const std::string& pluginPath) {
   const std::string memoryKey = caching ? PreviewMemory::KeyOf(pluginPath, PictureKey()) : std::string();
   if (caching) {
     QImage cached = memory_.Find(memoryKey);
+    // A file still being written is waited for, so that a plugin of the same
+    // name shown right after finds the entry as it would have before.
+    if (cached.isNull()) cacheWriter_.waitForDone();
     if (cached.isNull() && FileExists(cacheFile)) {
       cached = ReadPreviewCache(cacheFile);
       memory_.Put(memoryKey, cached);
@@ -317,10 +324,26 @@ bool PreviewController::PreviewPlugin(const std::string& pluginPath) {
   if (caching) {
     if (const QImage* img = lib_->image(state_.PreviewImage)) {
       memory_.Put(memoryKey, *img);
-      if (!WritePreviewCache(*img, cacheFile, jpgQuality())) CacheWriteFailed(cacheFile);
+      WriteCacheInBackground(*img, cacheFile);
     }
   }
   return true;
+}
+
+// Encoding the JPEG costs about as much as making a small preview; the picture
+// is on show already, so the file is written on a worker, in order. A failure
+// comes back to the window's thread as a queued call.
+void PreviewController::WriteCacheInBackground(const QImage& picture, const std::string& path) {
+  const int quality = jpgQuality();
+  cacheWriter_.start([this, picture, path, quality] {
+    if (WritePreviewCache(picture, path, quality)) return;
+    QMetaObject::invokeMethod(this, [this, path] { CacheWriteFailed(path); }, Qt::QueuedConnection);
+  });
+}
+
+void PreviewController::FinishCacheWrites() {
+  cacheWriter_.waitForDone();
+  QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
 }
 
 void PreviewController::CacheWriteFailed(const std::string& path) {
@@ -348,6 +371,7 @@ void PreviewController::mnuUpdateCache_Click() {
   if (path.empty() || !IsPluginName(path)) path = shownPlugin_;
   if (path.empty()) return;
   const std::string cacheFile = PreviewCacheFile(window_.programFolder(), path);
+  FinishCacheWrites();
   if (FileExists(cacheFile)) QFile::remove(QString::fromLocal8Bit(cacheFile.c_str()));
   memory_.Forget(path);
   PreviewPlugin(path);
@@ -358,6 +382,7 @@ bool PreviewController::ClearCache(bool ask) {
                                        MsgIcon::Question, "Trel") != MsgResult::Yes)
     return false;
   memory_.Clear();
+  FinishCacheWrites();
   QApplication::setOverrideCursor(Qt::WaitCursor);
   const bool ok = ClearPreviewCache(window_.programFolder());
   QApplication::restoreOverrideCursor();

@@ -7,6 +7,7 @@
 #include <QObject>
 #include <QPointer>
 #include <QSize>
+#include <QThreadPool>
 #include <QTimer>
 #include <functional>
 #include <memory>
@@ -68,6 +69,8 @@ class PreviewController : public QObject {
   int previewRuns() const { return previewRuns_; }   // plugin runs, for tests
   // Recent previews, decoded; the disk cache is read only when they miss.
   PreviewMemory& previewMemory() { return memory_; }
+  // Waits for the cache files still being written and shows what failed.
+  void FinishCacheWrites();
   PreviewWindow* previewWindow(bool create = true);
 
   // --- running plugins from the window
@@ -106,6 +109,7 @@ class PreviewController : public QObject {
  private:
   void ShowPreviewImage(const QString& name, const QString& note = {});
   void CacheWriteFailed(const std::string& path);
+  void WriteCacheInBackground(const QImage& picture, const std::string& path);
   void CheckPictureEntry();
   // What the previews in memory were made on: the picture and its thumbnail.
   std::string PictureKey() const;
@@ -141,6 +145,8 @@ class PreviewController : public QObject {
   PreviewMemory memory_;
   bool userRun_ = false;  // a run from KeepWindowAlive is under way
   bool cacheWarned_ = false;
+  // Writes the JPEG cache files one after another, off the window's thread.
+  QThreadPool cacheWriter_;
   QPointer<PreviewWindow> preview_;
   QPointer<PicView> picView_;
   std::vector<QPointer<QItemSelectionModel>> hooked_;
