@@ -144,31 +144,39 @@ void FFEditorType1::PrintFilter(QPrinter& printer) {
 
 // --- save ------------------------------------------------------------------------------
 
-void FFEditorType1::SaveFilterAs(int format) {
+bool FFEditorType1::FilenameGiven() {
   const QString label = label6_[0]->text();
-  if (label == "Filename" || label.isEmpty()) {
-    (ctx_.shell ? *ctx_.shell : NullShell())
-        .MsgBox("Filename isn't specified!", MsgButtons::Ok, MsgIcon::Exclamation, "Error");
-    return;
-  }
+  if (label != "Filename" && !label.isEmpty()) return true;
+  (ctx_.shell ? *ctx_.shell : NullShell())
+      .MsgBox("Filename isn't specified!", MsgButtons::Ok, MsgIcon::Exclamation, "Error");
+  return false;
+}
+
+std::string FFEditorType1::SaveFolder() const {
   std::string folder;
   if (ctx_.batchFile && !ctx_.batchFile().empty()) {
     folder = QFileInfo(QString::fromStdString(ctx_.batchFile())).absolutePath().toStdString();
   } else {
     folder = ctx_.targetFolder ? ctx_.targetFolder() : ctx_.programFolder;
   }
+  if (!folder.empty() && folder.back() != '/') folder += '/';
+  return folder;
+}
+
+void FFEditorType1::SaveEntry(int entry) {
+  if (entry < 0 || entry >= int(std::size(kSaveEntries))) return;
+  if (const auto format = kSaveEntries[size_t(entry)].format) return SaveFilterAs(*format);
+  if (FilenameGiven() && !SaveFolder().empty()) AddToLibrary();
+}
+
+void FFEditorType1::SaveFilterAs(OutputFormat format) {
+  if (!FilenameGiven()) return;
+  const std::string folder = SaveFolder();
   if (folder.empty()) return;
-  if (folder.back() != '/') folder += '/';
   EditorToFilter();
   FFFilter out = *ctx_.filter;
   codes_->ApplyMode(out);
-  if (format == 6) {
-    AddToLibrary();
-    return;
-  }
-  const int kind = format == 5 ? 0 : format;  // the transition plug takes the plugin's name rule
-  out.filename = SaveTargetName(Latin1(label), kind);
-  if (format == 5) out.filename = out.filename.substr(0, out.filename.size() - 4) + ".prm";
+  out.filename = SaveTargetName(Latin1(label6_[0]->text()), format);
   if (QFileInfo::exists(QString::fromStdString(folder + out.filename)) && ctx_.overwriteCheck &&
       !ctx_.overwriteCheck(folder + out.filename))
     return;
@@ -176,12 +184,12 @@ void FFEditorType1::SaveFilterAs(int format) {
   env.options = Options();
   env.shell = &readerShell();  // the TXT writer asks which memory spots are taken
   switch (format) {
-    case 0: Write8bf(out, folder, false, false, env); break;
-    case 1: WritePRM(out, folder, env); break;
-    case 2: Writeafspff(out, folder, 0, env); break;
-    case 3: Writeafspff(out, folder, 1, env); break;
-    case 4: WriteTXT(out, folder, true, env); break;
-    case 5: WriteTF(out, folder, env); break;
+    case OutputFormat::Plugin8bf: Write8bf(out, folder, false, false, env); break;
+    case OutputFormat::PremierePlugin: WritePRM(out, folder, env); break;
+    case OutputFormat::TransitionPlugin: WriteTF(out, folder, env); break;
+    case OutputFormat::AFS: Writeafspff(out, folder, 0, env); break;
+    case OutputFormat::PFF: Writeafspff(out, folder, 1, env); break;
+    case OutputFormat::TXT: WriteTXT(out, folder, true, env); break;
     default: return;
   }
   if (ctx_.refreshPanes) ctx_.refreshPanes();
@@ -205,7 +213,7 @@ void FFEditorType1::AddToLibrary() {
   QTemporaryDir scratch;
   if (!scratch.isValid()) return;
   const std::string folder = scratch.path().toStdString() + "/";
-  out.filename = SaveTargetName(Latin1(label6_[0]->text()), 4);
+  out.filename = SaveTargetName(Latin1(label6_[0]->text()), OutputFormat::TXT);
   FilterEnv env;
   env.options = Options();
   env.shell = ctx_.shell;

@@ -50,16 +50,14 @@ void FFEditorType1::BuildMenus() {
       QKeySequence("Ctrl+O"));
   add(m, "mnuSavePicture_FFE", "Save Picture...", [this] { SavePreviewPicture(); });
   QMenu* saveAs = Named(m->addMenu("Save (Filter) As"), "mnuSaveAs_FFE");
-  const char* const entries[] = {"Photoshop Plugin", "Premiere Filter", "AFS File", "PFF File",
-                                 "Text File", "Transition Filter", "Add to FFL Library"};
-  for (int i = 0; i < 7; ++i) {
-    QAction* a = saveAs->addAction(entries[i]);
+  for (int i = 0; i < int(std::size(kSaveEntries)); ++i) {
+    QAction* a = saveAs->addAction(kSaveEntries[size_t(i)].menuCaption);
     a->setObjectName(QString("mnuSaveFilterAs_FFE_%1").arg(i));
-    connect(a, &QAction::triggered, this, [this, i] { SaveFilterAs(i); });
+    connect(a, &QAction::triggered, this, [this, i] { SaveEntry(i); });
   }
   QAction* save = new QAction(this);
   save->setShortcut(QKeySequence("Ctrl+S"));
-  connect(save, &QAction::triggered, this, [this] { SaveFilterAs(combo2_->currentIndex()); });
+  connect(save, &QAction::triggered, this, [this] { SaveEntry(combo2_->currentIndex()); });
   addAction(save);
   add(m, "mnuCopyPreview_FFE", "Copy Preview to Clipboard", [this] {
     QGuiApplication::clipboard()->clear();
@@ -73,8 +71,10 @@ void FFEditorType1::BuildMenus() {
   }, QKeySequence("Ctrl+P"));
 
   mnuSliderSwitch_ = Named(new QMenu("SliderSwitch", this), "mnuSliderSwitch_FFE");
-  add(mnuSliderSwitch_, "mnuDeactivate_FFE", "Lock for Randomize", [this] { SetLocked(sliders_->lockTarget(), true); });
-  add(mnuSliderSwitch_, "mnuActivate_FFE", "Unlock for Randomize", [this] { SetLocked(sliders_->lockTarget(), false); });
+  add(mnuSliderSwitch_, "mnuDeactivate_FFE", "Lock for Randomize",
+      [this] { SetLocked(sliders_->lockTarget(), true); });
+  add(mnuSliderSwitch_, "mnuActivate_FFE", "Unlock for Randomize",
+      [this] { SetLocked(sliders_->lockTarget(), false); });
 }
 
 }  // namespace trel

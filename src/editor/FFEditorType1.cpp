@@ -40,8 +40,6 @@ const char* const kTools[8] = {"Clear all Memory Spots",
                                "Reset all settings",
                                "Select the font of the code boxes"};
 const char* const kToolGlyph[8] = {"C", "D", "L", "S", "O", "?", "N", "F"};
-const char* const kSaveFormats[] = {"Photoshop Plug", "Premiere Plug", "AFS File", "PFF File",
-                                    "Text File", "Transition Plug", "FFL Library"};
 
 }  // namespace
 
@@ -206,14 +204,14 @@ void FFEditorType1::BuildControls() {
     if (on) UpdatePreview();
   });
   combo2_ = Named(new QComboBox(this), "Combo2");
-  for (const char* f : kSaveFormats) combo2_->addItem(f);
+  for (const SaveListEntry& entry : kSaveEntries) combo2_->addItem(entry.listCaption);
   combo2_->setGeometry(kSaveFormat);
   combo2_->setAccessibleName("Save format");
   auto* save = Named(new QPushButton("Save", this), "cmdSave");
   save->setGeometry(kSaveButton);
   save->setAccessibleName("Save");
   save->setToolTip("Save the filter in the chosen format (Ctrl+S)");
-  connect(save, &QPushButton::clicked, this, [this] { SaveFilterAs(combo2_->currentIndex()); });
+  connect(save, &QPushButton::clicked, this, [this] { SaveEntry(combo2_->currentIndex()); });
   mailLink_ = Named(new ClickLabel("Mail the designer", this), "MailLink");
   mailLink_->SetToolStyle(true);
   mailLink_->setGeometry(kDefaultMail);

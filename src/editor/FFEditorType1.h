@@ -73,8 +73,10 @@ class FFEditorType1 : public QWidget {
   // or the code does not compile: the fault is then shown under the code box).
   bool UpdatePreview();
   void CommitLabelEdit();
-  // 0 8bf, 1 prm, 2 afs, 3 pff, 4 txt, 5 Transition Factory prm, 6 add to an FFL library.
-  void SaveFilterAs(int format);
+  // Writes the filter into the target folder (the Batch dialog's source
+  // folder while run from there), named after the file name field.
+  void SaveFilterAs(OutputFormat format);
+  // Adds the filter to the FFL library the user chooses, making it when new.
   void AddToLibrary();
   bool RandomizeSliders();
   void ApplyFilterToPicture();
@@ -157,6 +159,11 @@ class FFEditorType1 : public QWidget {
   bool AutoPreview() const;
   bool ApplyAtOnce() const;
   bool BatchRefuses();
+  // An entry of the save list and the "Save (Filter) As" menu, by position.
+  void SaveEntry(int entry);
+  // False, with a message, while the file name field shows no name.
+  bool FilenameGiven();
+  std::string SaveFolder() const;
   void OpenPreviewPicture();
   void SavePreviewPicture();
   void Message(const std::string& text, MsgIcon icon, const std::string& title);

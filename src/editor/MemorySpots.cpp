@@ -122,7 +122,8 @@ bool MemorySpots::eventFilter(QObject* watched, QEvent* event) {
     return QObject::eventFilter(watched, event);
   const auto* me = static_cast<QMouseEvent*>(event);
   if (watched == grid_) {
-    if (!deletePending_) Store(SpotAt(int(me->position().x()), int(me->position().y()), grid_->width(), grid_->height()));
+    const QPoint at = me->position().toPoint();
+    if (!deletePending_) Store(SpotAt(at.x(), at.y(), grid_->width(), grid_->height()));
     return true;
   }
   for (int s = 0; s < 10; ++s) {
