@@ -79,7 +79,8 @@ void BM_ConvertLibrary(benchmark::State& state) {
     state.ResumeTiming();
     trel::FFFilter f;
     trel::ConvertReport report;
-    trel::Convertffl(f, setup.library.string(), out.string(), format, setup.env, &report);
+    trel::Convertffl(f, setup.library.string(), out.string(), static_cast<trel::OutputFormat>(format), setup.env,
+                     &report);
     if (report.written.size() != static_cast<size_t>(kEntries)) state.SkipWithError("entries not written");
     state.PauseTiming();
     std::error_code ignored;
@@ -90,7 +91,7 @@ void BM_ConvertLibrary(benchmark::State& state) {
 }
 BENCHMARK(BM_ConvertLibrary)
     ->ArgName("format")
-    ->DenseRange(trel::kFormat8bf, trel::kFormatTXT)
+    ->DenseRange(static_cast<int>(trel::OutputFormat::Plugin8bf), static_cast<int>(trel::OutputFormat::TXT))
     ->Unit(benchmark::kMillisecond);
 
 // Reading the table of the library, as the FFL View does when it opens one.

@@ -117,7 +117,7 @@ int main(int argc, char** argv) {
       ffl.Add(4, "warm" + bytes);
       ffl.Add(0, bytes);
       trel::FFFilter f;
-      trel::Convertffl(f, entry.path().string(), (made / "ffl").string() + "/", 5, env);
+      trel::Convertffl(f, entry.path().string(), (made / "ffl").string() + "/", trel::OutputFormat::TXT, env);
       continue;
     }
     textSources.Add(TextSourceChoice(ext), bytes);
@@ -138,8 +138,9 @@ int main(int argc, char** argv) {
     ffCode.Add(static_cast<uint8_t>(n * 0x45 + 0x09), CodeLines(f));
     const fs::path folder = made / ("f" + std::to_string(n++));
     fs::create_directories(folder);
-    for (int format = 1; format <= 5; ++format) {  // 1 and 2 both end in .prm
-      const fs::path sub = folder / ("format" + std::to_string(format));
+    for (trel::OutputFormat format : trel::kOutputFormats) {
+      if (format == trel::OutputFormat::Plugin8bf) continue;  // compiled below, once per template
+      const fs::path sub = folder / ("format" + std::to_string(static_cast<int>(format)));
       fs::create_directories(sub);
       trel::WriteByFormat(f, sub.string() + "/", format, env, nullptr);
     }
@@ -148,7 +149,7 @@ int main(int argc, char** argv) {
       compileEnv.options.compile.templateChoice = choice;
       const fs::path sub = folder / std::to_string(static_cast<int>(choice));
       fs::create_directories(sub);
-      trel::WriteByFormat(f, sub.string() + "/", 0, compileEnv, nullptr);
+      trel::WriteByFormat(f, sub.string() + "/", trel::OutputFormat::Plugin8bf, compileEnv, nullptr);
     }
   }
   std::vector<std::string> sources;

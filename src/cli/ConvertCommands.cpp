@@ -9,9 +9,9 @@
 namespace trel::cli {
 namespace {
 
-const std::map<std::string, int> kFormats = {{"8bf", kFormat8bf}, {"prm", kFormatPRM},
-                                             {"tf", kFormatTF},   {"afs", kFormatAFS},
-                                             {"pff", kFormatPFF}, {"txt", kFormatTXT}};
+const std::map<std::string, OutputFormat> kFormats = {
+    {"8bf", OutputFormat::Plugin8bf}, {"prm", OutputFormat::PremierePlugin}, {"tf", OutputFormat::TransitionPlugin},
+    {"afs", OutputFormat::AFS},       {"pff", OutputFormat::PFF},            {"txt", OutputFormat::TXT}};
 
 struct ConvertArgs {
   ConvertOptions options;
@@ -40,9 +40,9 @@ void RunConvert(const ConvertArgs& args, CliContext& ctx) {
 
 }  // namespace
 
-int ConvertOptions::Format() const {
+OutputFormat ConvertOptions::Format() const {
   const auto it = kFormats.find(to);
-  return it == kFormats.end() ? kFormat8bf : it->second;
+  return it == kFormats.end() ? OutputFormat::Plugin8bf : it->second;
 }
 
 FilterEnv ConvertOptions::Env(const FilterEnv& base) const {

@@ -20,7 +20,7 @@ struct ConvertOptions {
   bool overwrite = false;
   std::string templateChoice;
 
-  int Format() const;  // 0..5 by the name given with --to
+  OutputFormat Format() const;  // by the name given with --to
   // The environment of the run: the context's, with these options applied.
   FilterEnv Env(const FilterEnv& base) const;
   // The check: every target written with --overwrite, else existing ones kept.

@@ -172,11 +172,19 @@ std::vector<Snippet> ParseSnipets(const std::string& text) {
   return out;
 }
 
-std::string SaveTargetName(const std::string& fileLabel, int format) {
-  static const char* const kExt[] = {".8bf", ".prm", ".afs", ".pff", ".txt"};
+std::string SaveTargetName(const std::string& fileLabel, OutputFormat format) {
+  const char* ext = ".8bf";
+  switch (format) {
+    case OutputFormat::Plugin8bf: ext = ".8bf"; break;
+    case OutputFormat::PremierePlugin:
+    case OutputFormat::TransitionPlugin: ext = ".prm"; break;
+    case OutputFormat::AFS: ext = ".afs"; break;
+    case OutputFormat::PFF: ext = ".pff"; break;
+    case OutputFormat::TXT: ext = ".txt"; break;
+  }
   const size_t dot = fileLabel.find('.');
   const std::string stem = dot == std::string::npos ? fileLabel : fileLabel.substr(0, dot);
-  return stem + kExt[format < 0 || format > 4 ? 0 : format];
+  return stem + ext;
 }
 
 bool ToggleFFUIFile(const std::string& path, bool on) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "filter/FFFilter.h"
+#include "filter/OutputFormat.h"
 
 namespace trel {
 
@@ -52,8 +53,8 @@ struct Snippet {
 std::vector<Snippet> ParseSnipets(const std::string& text);
 
 // The target file name of "Save": the file name label up to its first "."
-// and the extension of save format 0..4 (".8bf", ".prm", ".afs", ".pff", ".txt").
-std::string SaveTargetName(const std::string& fileLabel, int format);
+// and the extension of `format` (both Premiere plugins end in ".prm").
+std::string SaveTargetName(const std::string& fileLabel, OutputFormat format);
 
 // Switches the built-in dialog of a compiled filter on (1) or off (0) by the
 // file's exact length; other files are left alone. True when a byte was written.

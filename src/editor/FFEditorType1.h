@@ -1,24 +1,25 @@
 // FFEditorType1, the skinned Filter Factory Editor window: five name fields,
-// eight sliders with four map switches, four code boxes, the live preview and
-// ten memory spots. It edits the program's one filter record: FilterToEditor
+// eight sliders with four map switches (SliderBank), four code boxes
+// (CodeBoxes), the live preview (LivePreview) and ten memory spots
+// (MemorySpots). It edits the program's one filter record: FilterToEditor
 // fills the controls from it, EditorToFilter writes them back; in between the
-// controls are the truth.
+// controls are the truth. The window itself holds the name fields, the tools,
+// the save list, the skin and the menus, and ties the parts together.
 #pragma once
 
 #include <QImage>
-#include <QPointer>
-#include <QThreadPool>
 #include <QTimer>
 #include <QWidget>
 #include <array>
-#include <atomic>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "editor/CodeBoxes.h"
 #include "editor/DesReader.h"
 #include "editor/FFEditorMod.h"
+#include "editor/SliderBank.h"
 #include "filter/FFFilter.h"
 #include "filter/FilterOptions.h"
 #include "filter/ShellHooks.h"
@@ -28,16 +29,15 @@ class QAction;
 class QCheckBox;
 class QComboBox;
 class QLabel;
-class QLineEdit;
 class QMenu;
-class QPlainTextEdit;
 class QPrinter;
-class QPushButton;
-class QScrollBar;
 
 namespace trel {
 
 class ClickLabel;
+class FieldEditor;
+class LivePreview;
+class MemorySpots;
 
 class SettingsStore;
 
@@ -73,8 +73,10 @@ class FFEditorType1 : public QWidget {
   // or the code does not compile: the fault is then shown under the code box).
   bool UpdatePreview();
   void CommitLabelEdit();
-  // 0 8bf, 1 prm, 2 afs, 3 pff, 4 txt, 5 Transition Factory prm, 6 add to an FFL library.
-  void SaveFilterAs(int format);
+  // Writes the filter into the target folder (the Batch dialog's source
+  // folder while run from there), named after the file name field.
+  void SaveFilterAs(OutputFormat format);
+  // Adds the filter to the FFL library the user chooses, making it when new.
   void AddToLibrary();
   bool RandomizeSliders();
   void ApplyFilterToPicture();
@@ -86,13 +88,13 @@ class FFEditorType1 : public QWidget {
   const DesSkin& skin() const { return skin_; }
   const std::string& interfaceFolder() const { return interfaceFolder_; }
   const std::string& interfaceFile() const { return interfaceFile_; }
-  bool GraphSliders() const { return graphSliders_; }
+  bool GraphSliders() const;
   const std::string& MailAddress() const { return mailAddress_; }
-  const QImage& previewSource() const { return previewImage_; }
-  QImage previewResult() const { return previewResult_; }
+  const QImage& previewSource() const;
+  QImage previewResult() const;
   // Waits (running the event loop) until no preview is running or pending.
   bool WaitForPreview(int timeoutMs = 5000);
-  int previewRuns() const { return previewRuns_; }
+  int previewRuns() const;
   QString codeError() const;
   // Memory spots: store the sliders into spot s, recall them.
   void StoreSpot(int s);
@@ -107,10 +109,12 @@ class FFEditorType1 : public QWidget {
   void InsertInCode(const QString& text);
   void InsertFunction(const QString& entry);   // the function list: caret after "("
   void InsertSnippet(int index);
-  const std::vector<Snippet>& Snippets() const { return snippets_; }
-  // Shows code box i (0 A, 1 R, 2 G, 3 B) as Label2_Click does.
+  const std::vector<Snippet>& Snippets() const;
+  // Shows code box i (0 A, 1 R, 2 G, 3 B) as a click on its switch does.
   void Label2_Click(int i);
+  // Switches between three colour boxes and one box for all colours.
   void Command10_Click();
+  CodeMode codeMode() const;
   int FindAndReplace(const QString& find, const QString& replace, bool all);
   void CopyFilterToClipboard();
   void PasteFilterFromClipboard();
@@ -120,7 +124,7 @@ class FFEditorType1 : public QWidget {
   void ShowFindReplace();
   void SetPreviewPicture(const QImage& picture);  // the source, scaled to preview size
   // The picture editor that "Apply (Filter)" fills.
-  PicView* picView() const { return picView_; }
+  PicView* picView() const;
   // Memory spot marks set by a reader of TXT files.
   ShellHooks& readerShell();
   void SetAlphaDisplay(bool on);
@@ -142,102 +146,62 @@ class FFEditorType1 : public QWidget {
   void keyReleaseEvent(QKeyEvent* event) override;
   void showEvent(QShowEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
-  bool eventFilter(QObject* watched, QEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
 
  private:
   class ReaderShell;
   void BuildControls();
   void BuildMenus();
-  void LoadSnippets();
-  void PreparePreviewPic();
-  void ShowSlider(int n, bool visible);
-  void PlaceSlider(int n, int value);
   void StartEdit(QLabel* label, int extraWidth);
-  void CancelLabelEdit();
-  QString SliderSpokenName(int n) const;
-  void ShowCodeError(int channel, size_t position, const std::string& message);
-  void ClearCodeError();
-  void PreviewDone(int job, QImage result, bool ok, QString message, bool alpha);
-  void TrackPress(int n, int x);
-  void KnobDrag(int n, int globalX);
-  int VisibleBox() const;
+  void LabelTyped(QLabel* label, const QString& typed);
+  void SliderMoved(SliderMove how);
+  void PreviewFinished(bool ok, const QString& message);
+  bool AutoPreview() const;
+  bool ApplyAtOnce() const;
   bool BatchRefuses();
+  // An entry of the save list and the "Save (Filter) As" menu, by position.
+  void SaveEntry(int entry);
+  // False, with a message, while the file name field shows no name.
+  bool FilenameGiven();
+  std::string SaveFolder() const;
   void OpenPreviewPicture();
   void SavePreviewPicture();
   void Message(const std::string& text, MsgIcon icon, const std::string& title);
   FilterOptions Options() const;
-  void SpotClick(int s);
-  void Command7_Click(int s);
 
   EditorContext ctx_;
   std::unique_ptr<ReaderShell> readerShell_;
   DesSkin skin_;
   std::string interfaceFolder_ = "interface";
   std::string interfaceFile_ = kDefaultInterfaceFile;
-  bool graphSliders_ = false;
-  int tileSet_ = 0;
   std::string mailAddress_;
   QImage background_;
-  QImage previewImage_;    // the source at preview size
-  QImage previewResult_;   // the last result shown
   bool inPluginCompile_ = false;
-  std::vector<Snippet> snippets_;
-  QLabel* editedLabel_ = nullptr;  // null: nothing is being edited
-  int lockTarget_ = 0;
-  bool deletePending_ = false;
+
+  // The parts of the window, each owning its controls' state.
+  std::unique_ptr<SliderBank> sliders_;
+  std::unique_ptr<CodeBoxes> codes_;
+  std::unique_ptr<LivePreview> preview_;
+  std::unique_ptr<MemorySpots> spots_;
+  std::unique_ptr<FieldEditor> field_;
 
   std::array<ClickLabel*, 5> label6_{};
-  std::array<ClickLabel*, 8> label7_{};
-  std::array<ClickLabel*, 8> label1_{};
-  std::array<QScrollBar*, 8> hScroll1_{};
-  std::array<QLabel*, 8> picture2_{};
-  std::array<QLabel*, 8> picture3_{};
-  std::array<int, 8> knobValue_{};
-  std::array<QCheckBox*, 4> check1_{};
-  std::array<QPlainTextEdit*, 4> text5_{};
-  std::array<ClickLabel*, 4> label2_{};
-  std::array<QPushButton*, 10> command7_{};
-  std::array<QLabel*, 10> picture7_{};
-  std::array<ClickLabel*, 8> label9_{};
   QCheckBox* check2_ = nullptr;
-  QLabel* picture1_ = nullptr;
-  QLabel* picture6_ = nullptr;
   QComboBox* combo2_ = nullptr;
-  std::array<QComboBox*, 2> combo1_{};
-  QLineEdit* text10_ = nullptr;
-  QPushButton* command8_ = nullptr;
-  QPushButton* command10_ = nullptr;
-  QPushButton* command14_ = nullptr;
   ClickLabel* mailLink_ = nullptr;
-  QLabel* codeError_ = nullptr;
   QLabel* title_ = nullptr;
+  std::array<QWidget*, 3> windowButtons_{};
   QTimer timer1_;
 
   QMenu* mnuFfeFunctions_ = nullptr;
   QMenu* mnuSliderSwitch_ = nullptr;
-  QMenu* mnuCodeSnipet_ = nullptr;
-  QMenu* mnuExpression_ = nullptr;
   QAction* mnuAlphaChannel_ = nullptr;
 
-  // The preview runs off the window's thread, one at a time; a new run
-  // cancels the one before it.
-  QThreadPool pool_;
-  std::shared_ptr<std::atomic<bool>> cancel_;
-  int jobCounter_ = 0;
-  int jobShown_ = 0;
-  int previewRuns_ = 0;
   bool dragging_ = false;
   bool bodyPress_ = false;
   QPoint pressAt_;
   QPoint dragOffset_;
-  int knobGrab_ = -1;
-  QPointer<PicView> picView_;
   std::unique_ptr<QPrinter> printer_;
-  std::string previewPath_;
-  QTimer repeat_;
-  int repeatSlider_ = -1, repeatStep_ = 0;
-  std::array<bool, 8> sliderShown_{};
 };
 
 }  // namespace trel

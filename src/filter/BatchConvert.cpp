@@ -60,8 +60,8 @@ bool MakeStage(const std::string& folder, std::string& stage) {
 // The AFS and PFF writers don't truncate an existing file: a shorter filter
 // leaves the old file's tail behind it. The stage starts from the old file so
 // that this stays true.
-std::string UntruncatedTarget(const FFFilter& f, int format) {
-  const std::string ext = format == kFormatAFS ? ".afs" : ".pff";
+std::string UntruncatedTarget(const FFFilter& f, OutputFormat format) {
+  const std::string ext = format == OutputFormat::AFS ? ".afs" : ".pff";
   std::string name = f.filename;
   if (name.find('.') == std::string::npos) name += ext;
   return name.substr(0, name.size() - std::min<size_t>(4, name.size())) + ext;
@@ -116,15 +116,15 @@ WriteOutcome TargetWriter::Fail(WriteOutcome outcome) {
   return outcome;
 }
 
-WriteOutcome TargetWriter::Write(FFFilter& f, int format) {
-  if (format < kFormat8bf || format > kFormatTXT) return Fail(WriteOutcome::WriterFailed);
+WriteOutcome TargetWriter::Write(FFFilter& f, OutputFormat format) {
+  if (!FormatAtConvertIndex(static_cast<int>(format))) return Fail(WriteOutcome::WriterFailed);
   if (stage_.empty() && !MakeStage(folder_, stage_)) {
     stage_.clear();
     return Fail(WriteOutcome::FolderFailed);
   }
   std::error_code ec;
   f.filename = ConfinedFilename(f.filename);
-  if (format == kFormatAFS || format == kFormatPFF) {
+  if (format == OutputFormat::AFS || format == OutputFormat::PFF) {
     const std::string name = UntruncatedTarget(f, format);
     if (fs::is_regular_file(folder_ + name, ec)) fs::copy_file(folder_ + name, stage_ + name, ec);
   }
@@ -132,12 +132,12 @@ WriteOutcome TargetWriter::Write(FFFilter& f, int format) {
   ErrorWatch watch(env_.hooks());
   const FilterEnv staged{env_.options, &watch};
   switch (format) {
-    case kFormat8bf: Write8bf(f, stage_, false, false, staged); break;
-    case kFormatPRM: WritePRM(f, stage_, staged); break;
-    case kFormatTF: WriteTF(f, stage_, staged); break;
-    case kFormatAFS: Writeafspff(f, stage_, 0, staged); break;
-    case kFormatPFF: Writeafspff(f, stage_, 1, staged); break;
-    default: WriteTXT(f, stage_, false, staged); break;
+    case OutputFormat::Plugin8bf: Write8bf(f, stage_, false, false, staged); break;
+    case OutputFormat::PremierePlugin: WritePRM(f, stage_, staged); break;
+    case OutputFormat::TransitionPlugin: WriteTF(f, stage_, staged); break;
+    case OutputFormat::AFS: Writeafspff(f, stage_, 0, staged); break;
+    case OutputFormat::PFF: Writeafspff(f, stage_, 1, staged); break;
+    case OutputFormat::TXT: WriteTXT(f, stage_, false, staged); break;
   }
 
   // Whatever the writer left is moved into place, or dropped after an error,
@@ -163,7 +163,7 @@ WriteOutcome TargetWriter::Write(FFFilter& f, int format) {
   return moved ? WriteOutcome::Written : Fail(WriteOutcome::WriterFailed);
 }
 
-WriteOutcome WriteByFormat(FFFilter& f, const std::string& folder, int format,
+WriteOutcome WriteByFormat(FFFilter& f, const std::string& folder, OutputFormat format,
                            const FilterEnv& env, ConvertReport* report) {
   return TargetWriter(folder, env, report).Write(f, format);
 }
@@ -172,7 +172,7 @@ ConvertReport cmd_Convert(FFFilter& f, const ConvertRequest& request, OverwriteC
                           const FilterEnv& env) {
   ConvertReport report;
   ShellHooks& shell = env.hooks();
-  const int format = request.format;
+  const OutputFormat format = request.format;
 
   if (!request.useClipboard && request.activeView == 3) {
     if (request.library)

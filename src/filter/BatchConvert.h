@@ -11,18 +11,9 @@
 #include "filter/FFFilter.h"
 #include "filter/FFL.h"
 #include "filter/FilterEnv.h"
+#include "filter/OutputFormat.h"
 
 namespace trel {
-
-// Output formats, numbered as the entries of the Convert dialog's list.
-enum ConvertFormat : int {
-  kFormat8bf = 0,  // "Photoshop FF Plugin"
-  kFormatPRM = 1,  // "Premiere FF Plugin"
-  kFormatTF = 2,   // "Premiere TF Plugin"
-  kFormatAFS = 3,  // "AFS File"
-  kFormatPFF = 4,  // "PFF File"
-  kFormatTXT = 5,  // "Text File"
-};
 
 // Answers of the overwrite question.
 constexpr int kOverwriteGo = 0;
@@ -48,7 +39,7 @@ class OverwriteAllTargets : public OverwriteChecker {
 };
 
 struct ConvertRequest {
-  int format = kFormat8bf;
+  OutputFormat format = OutputFormat::Plugin8bf;
   std::string targetFolder;  // the passive pane's folder
   // "Use Clipboard as Source": read `clipboardText` (nullopt when the clipboard
   // holds no text) instead of the selection.
@@ -85,7 +76,7 @@ enum class WriteOutcome {
   WriterFailed,  // the writer reported an error or wrote nothing; an old file stays
   FolderFailed,  // nothing can be written into the folder at all
 };
-// Writes records into one folder by format number. Whatever a writer does, an
+// Writes records into one folder in a format. Whatever a writer does, an
 // existing file is replaced only by a complete new one: the writer works in a
 // scratch folder inside the target folder (made on the first write, removed
 // with this object) and its result is then moved into place. That also keeps
@@ -99,7 +90,7 @@ class TargetWriter {
   TargetWriter(const TargetWriter&) = delete;
   TargetWriter& operator=(const TargetWriter&) = delete;
 
-  WriteOutcome Write(FFFilter& f, int format);
+  WriteOutcome Write(FFFilter& f, OutputFormat format);
 
  private:
   WriteOutcome Fail(WriteOutcome outcome);
@@ -111,7 +102,7 @@ class TargetWriter {
 };
 
 // One record through a TargetWriter of its own.
-WriteOutcome WriteByFormat(FFFilter& f, const std::string& folder, int format,
+WriteOutcome WriteByFormat(FFFilter& f, const std::string& folder, OutputFormat format,
                            const FilterEnv& env, ConvertReport* report);
 
 // The description of a FolderFailed outcome, for the caller's message.

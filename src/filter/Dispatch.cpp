@@ -99,23 +99,23 @@ bool ReadFFfile(FFFilter& f, const std::string& fullPath, const FilterEnv& env) 
   return read && f.filename != f.title;
 }
 
-std::string GetFilname(int format, const std::string& name, const FilterOptions& options) {
+std::string GetFilname(OutputFormat format, const std::string& name, const FilterOptions& options) {
   std::string extension;
   switch (format) {
-    case 0:
+    case OutputFormat::Plugin8bf:
       extension = options.compile.templateChoice == CompileTemplate::Macintosh ? "bin" : "8bf";
       break;
-    case 1:
-    case 2:
+    case OutputFormat::PremierePlugin:
+    case OutputFormat::TransitionPlugin:
       extension = "prm";
       break;
-    case 3:
+    case OutputFormat::AFS:
       extension = "afs";
       break;
-    case 4:
+    case OutputFormat::PFF:
       extension = "pff";
       break;
-    case 5:
+    case OutputFormat::TXT:
       extension = "txt";
       break;
     default:

@@ -6,6 +6,7 @@
 
 #include "filter/FFFilter.h"
 #include "filter/FilterEnv.h"
+#include "filter/OutputFormat.h"
 
 namespace trel {
 
@@ -16,7 +17,7 @@ bool LoadItFile(FFFilter& f, const std::string& folder, const std::string& name,
 // The batch path: no dialect change; an AFS, PFF or FFX whose filename equals its
 // title is refused.
 bool ReadFFfile(FFFilter& f, const std::string& fullPath, const FilterEnv& env);
-// `name` with its extension exchanged for that of output format 0..5.
-std::string GetFilname(int format, const std::string& name, const FilterOptions& options);
+// `name` with its extension exchanged for that of `format`.
+std::string GetFilname(OutputFormat format, const std::string& name, const FilterOptions& options);
 
 }  // namespace trel

@@ -347,7 +347,7 @@ std::vector<int> cmd_SearchFFL(const std::string& libraryPath, const std::string
 // ---------------------------------------------------------------- conversion
 
 bool Convertffl(FFFilter& f, const std::string& libraryPath, std::string targetFolder,
-                int format, const FilterEnv& env, ConvertReport* report,
+                OutputFormat format, const FilterEnv& env, ConvertReport* report,
                 OverwriteChecker* overwrite, bool askForEntries) {
   ShellHooks& shell = env.hooks();
   ConvertReport scratch;
@@ -419,7 +419,7 @@ bool Convertffl(FFFilter& f, const std::string& libraryPath, std::string targetF
 }
 
 bool cmd_Extract(FFFilter& f, const FFLLibrary& library, const std::vector<int>& selected,
-                 int format, const std::string& targetFolder, OverwriteChecker& check,
+                 OutputFormat format, const std::string& targetFolder, OverwriteChecker& check,
                  const FilterEnv& env, ConvertReport& report) {
   ShellHooks& shell = env.hooks();
   auto file = BinFile::Open(library.path, BinFile::Mode::Read);

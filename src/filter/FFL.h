@@ -14,6 +14,7 @@
 #include "base/BinFile.h"
 #include "filter/FFFilter.h"
 #include "filter/FilterEnv.h"
+#include "filter/OutputFormat.h"
 
 namespace trel {
 
@@ -119,18 +120,18 @@ bool ReadFFLLibrary(const std::string& libraryPath, FFLLibrary& library, const F
 std::vector<int> cmd_SearchFFL(const std::string& libraryPath, const std::string& text,
                                const FilterEnv& env);
 
-// Writes every entry not deleted in output format 0..5 (see BatchConvert.h)
+// Writes every entry not deleted in `format`
 // into targetFolder, creating it. Entries replace existing files without a
 // question unless askForEntries hands them to `overwrite`, whose standing
 // choice is reset at the end either way. isPhotoshop is not set: the writers
 // see the previous filter's dialect. False when the library could not be read
 // (with a message) or the target folder is unusable.
 bool Convertffl(FFFilter& f, const std::string& libraryPath, std::string targetFolder,
-                int format, const FilterEnv& env, ConvertReport* report = nullptr,
+                OutputFormat format, const FilterEnv& env, ConvertReport* report = nullptr,
                 OverwriteChecker* overwrite = nullptr, bool askForEntries = false);
 // Writes the selected entries (numbers) of an opened library in a format.
 bool cmd_Extract(FFFilter& f, const FFLLibrary& library, const std::vector<int>& selected,
-                 int format, const std::string& targetFolder, OverwriteChecker& check,
+                 OutputFormat format, const std::string& targetFolder, OverwriteChecker& check,
                  const FilterEnv& env, ConvertReport& report);
 
 // What a library command did with its sources.

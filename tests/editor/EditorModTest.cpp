@@ -101,9 +101,10 @@ TEST(EditorMod, SnippetLines) {
 }
 
 TEST(EditorMod, SaveNamesCutAtTheFirstDot) {
-  EXPECT_EQ(SaveTargetName("Warm.Tone.afs", 0) + SaveTargetName("NoDot", 4) + SaveTargetName("x.afs", 1) +
-                SaveTargetName("x.afs", 3),
-            "Warm.8bfNoDot.txtx.prmx.pff");
+  EXPECT_EQ(SaveTargetName("Warm.Tone.afs", OutputFormat::Plugin8bf) + SaveTargetName("NoDot", OutputFormat::TXT) +
+                SaveTargetName("x.afs", OutputFormat::PremierePlugin) + SaveTargetName("x.afs", OutputFormat::PFF) +
+                SaveTargetName("y.z", OutputFormat::TransitionPlugin) + SaveTargetName(".afs", OutputFormat::AFS),
+            "Warm.8bfNoDot.txtx.prmx.pffy.prm.afs");
 }
 
 TEST(EditorMod, ToggleFFUIWritesOneByteBySize) {

@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QAction>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QClipboard>
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -14,6 +16,7 @@
 #include <QPlainTextEdit>
 #include <QPrinter>
 #include <QProcess>
+#include <QPushButton>
 #include <QTextBlock>
 #include <QTextLayout>
 #include <filesystem>
@@ -261,7 +264,7 @@ TEST_F(EditorWindow, MemorySpotsRoundTripThroughTxt) {
   editor->RecallSpot(3);
   for (int n = 0; n < 8; ++n) EXPECT_EQ(editor->SliderValue(n), 10 * n + 3);
   child<QLabel>("Label6_0")->setText("Spots.txt");
-  editor->SaveFilterAs(4);
+  editor->SaveFilterAs(OutputFormat::TXT);
   const auto presets = filter.presets;
   editor->ClearAllSpots();
   EXPECT_FALSE(editor->SpotMarked(3));
@@ -283,25 +286,31 @@ TEST_F(EditorWindow, SaveInEveryFormatReadsBack) {
   child<QLabel>("Label6_0")->setText("Saved.afs");
   editor->EditorToFilter();
   const FFFilter expected = filter;
+  // The "Save (Filter) As" menu in its order; the save list has the same.
   const char* names[] = {"Saved.8bf", "Saved.prm", "Saved.afs", "Saved.pff", "Saved.txt", "Saved.prm"};
-  for (int format = 0; format < 6; ++format) {
-    target = dir.path() + "out" + std::to_string(format) + "/";
+  auto saveAs = [this](int entry) { child<QAction>(QString("mnuSaveFilterAs_FFE_%1").arg(entry))->trigger(); };
+  for (int entry = 0; entry < 6; ++entry) {
+    target = dir.path() + "out" + std::to_string(entry) + "/";
     std::filesystem::create_directories(target);
-    editor->SaveFilterAs(format);
+    saveAs(entry);
+    ASSERT_EQ(std::distance(std::filesystem::directory_iterator(target), {}), 1) << entry;
     FFFilter back;
     FilterEnv env = Env();
-    ASSERT_TRUE(LoadItFile(back, target, names[format], env)) << format;
+    ASSERT_TRUE(LoadItFile(back, target, names[entry], env)) << entry;
     EXPECT_EQ(std::tie(back.title, back.codeR, back.codeB, back.ctlValue),
-              std::tie(expected.title, expected.codeR, expected.codeB, expected.ctlValue)) << format;
+              std::tie(expected.title, expected.codeR, expected.codeB, expected.ctlValue)) << entry;
   }
   EXPECT_EQ(refreshes, 6);
+  // The Premiere and the transition plugin share the ending, not the bytes.
+  EXPECT_NE(dir.Read("out1/Saved.prm"), dir.Read("out5/Saved.prm"));
   // The library entry: a new library, then a second filter added to it.
-  editor->SaveFilterAs(6);  // no chooser answer yet: nothing happens
+  saveAs(6);  // no chooser answer yet: nothing happens
   EXPECT_FALSE(QFileInfo::exists(Q("Mine.ffl")));
   chosenLibrary = dir.file("Mine.ffl");
-  editor->SaveFilterAs(6);
+  saveAs(6);
   child<QLabel>("Label6_2")->setText("Second");
-  editor->SaveFilterAs(6);
+  child<QComboBox>("Combo2")->setCurrentIndex(6);
+  child<QPushButton>("cmdSave")->click();
   FFLLibrary lib;
   FilterEnv env;
   ASSERT_TRUE(ReadFFLLibrary(chosenLibrary, lib, env));
@@ -309,7 +318,7 @@ TEST_F(EditorWindow, SaveInEveryFormatReadsBack) {
   EXPECT_EQ(lib.items[0].title + "|" + lib.items[1].title, expected.title + "|Second");
   child<QLabel>("Label6_0")->setText("Filename");
   shell.boxes.clear();
-  editor->SaveFilterAs(2);
+  saveAs(2);
   ASSERT_EQ(shell.boxes.size(), 1u);
   EXPECT_EQ(shell.boxes[0].text, "Filename isn't specified!");
 }

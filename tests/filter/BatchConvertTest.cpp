@@ -47,7 +47,7 @@ class BatchConvert : public FilterTest {
     fs::create_directory(dir.file("out"));
     env.options.programFolder = dir.file("prog/");
     request.targetFolder = dir.file("out");
-    request.format = kFormatAFS;
+    request.format = OutputFormat::AFS;
   }
   Names Files() const { return FilesBelow(dir.file("out")); }
   // Sources a.txt, b.txt, ... of the given titles.
@@ -98,7 +98,7 @@ TEST_F(BatchConvert, SameTitleWithFilterNameAsFileNameOverwritesWithoutAQuestion
   env.options.useFilterNameAsFileName = true;
   request.selection = {dir.Write("a.txt", Txt("My Filter")),
                        dir.Write("b.txt", "Author: Second\r\n" + Txt("My Filter", "b2.8bf"))};
-  request.format = kFormatTXT;
+  request.format = OutputFormat::TXT;
   SkipExistingTargets keep;
   // The question saw a.txt and b2.txt, neither there; both wrote MyFilter.txt.
   EXPECT_EQ(Run(keep).written.size(), 2u);
@@ -115,7 +115,7 @@ TEST_F(BatchConvert, EscapeLeavesTheFilesWrittenSoFar) {
 }
 
 TEST_F(BatchConvert, LibrariesGetSubFoldersThatNest) {
-  request.format = kFormatTXT;
+  request.format = OutputFormat::TXT;
   request.createSubFolders = true;
   request.selection = {dir.Write("One.FFL", Library(2)), dir.Write("two.ffl", Library(1, "t")),
                        dir.Write("late.txt", Txt("Late"))};
@@ -139,7 +139,7 @@ TEST_F(BatchConvert, TheFFLViewExtractsTheSelectedEntries) {
   request.library = &lib;
   request.selectedEntries = {4, 2};
   Select({"A"});  // not the source in this view
-  request.format = kFormatPFF;
+  request.format = OutputFormat::PFF;
   EXPECT_EQ(Run().read, 2);
   EXPECT_EQ(Files(), (Names{"e2.pff", "e4.pff"}));
   EXPECT_EQ(check.asked, (Names{"e2.pff", "e4.pff"}));
@@ -167,7 +167,7 @@ TEST_F(BatchConvert, ClipboardTextGoesThroughTempTxt) {
 
 TEST_F(BatchConvert, AFailingWriterLeavesTheOldFileInPlace) {
   dir.Write("out/a.8bf", "the good old plugin");
-  request.format = kFormat8bf;  // no template in the program folder: the compiler reports an error
+  request.format = OutputFormat::Plugin8bf;  // no template in the program folder: the compiler reports an error
   Select({"A"});
   const ConvertReport r = Run();
   EXPECT_EQ(dir.Read("out/a.8bf"), "the good old plugin");

@@ -222,11 +222,11 @@ TEST_F(FFLTest, DeletingItemsAsksFirst) {
 }
 
 TEST_F(FFLTest, ConvertWalksToTheEndWhateverTheCountAndSkipsDeletedEntries) {
-  ASSERT_TRUE(Convertffl(f, dir.Write("lib.ffl", Library(kABC, "    1")), dir.file("out"), kFormatTXT, env));
+  ASSERT_TRUE(Convertffl(f, dir.Write("lib.ffl", Library(kABC, "    1")), dir.file("out"), OutputFormat::TXT, env));
   EXPECT_EQ(FilesIn("out"), (Names{"a.txt", "b.txt", "c.txt"}));
   EXPECT_EQ(shell.statuses, (Names{"1 of 1", "2 of 1", "3 of 1", ""}));
   ConvertReport report;
-  ASSERT_TRUE(Convertffl(f, dir.Write("del.ffl", WithSecondDeleted(kABC)), dir.file("del"), kFormatAFS, env, &report));
+  ASSERT_TRUE(Convertffl(f, dir.Write("del.ffl", WithSecondDeleted(kABC)), dir.file("del"), OutputFormat::AFS, env, &report));
   EXPECT_EQ(FilesIn("del"), (Names{"a.afs", "c.afs"}));
   EXPECT_EQ(shell.statuses[6], "3 of 3");  // the deleted entry is counted
   EXPECT_EQ(report.read, 2);
@@ -239,36 +239,36 @@ TEST_F(FFLTest, ConvertReplacesExistingFilesAndLeavesDialectAlone) {
   dir.Write("out/a.txt", "old");
   f.isPhotoshop = false;
   SkipExistingTargets skip;  // entries aren't handed to it in the program
-  ASSERT_TRUE(Convertffl(f, path, dir.file("out"), kFormatTXT, env, nullptr, &skip));
+  ASSERT_TRUE(Convertffl(f, path, dir.file("out"), OutputFormat::TXT, env, nullptr, &skip));
   EXPECT_NE(dir.Read("out/a.txt"), "old");
   EXPECT_FALSE(f.isPhotoshop);
   // The command line hands entries to its check.
   dir.Write("out/a.txt", "old");
   ConvertReport report;
-  ASSERT_TRUE(Convertffl(f, path, dir.file("out"), kFormatTXT, env, &report, &skip, true));
+  ASSERT_TRUE(Convertffl(f, path, dir.file("out"), OutputFormat::TXT, env, &report, &skip, true));
   EXPECT_EQ(dir.Read("out/a.txt"), "old");
   EXPECT_EQ(report.skipped, 1);
 }
 
 TEST_F(FFLTest, ConvertOfBadLibrariesGivesAMessageAndWritesNothingWrong) {
   const std::string junk = dir.Write("junk.ffl", std::string("\x00\xff\x13\x10garbage", 11));
-  EXPECT_FALSE(Convertffl(f, junk, dir.file("out"), kFormatTXT, env));
+  EXPECT_FALSE(Convertffl(f, junk, dir.file("out"), OutputFormat::TXT, env));
   ASSERT_EQ(shell.boxes.size(), 1u);
   EXPECT_EQ(shell.boxes[0].text, junk + " is not a Filter Factory Library File!");
   EXPECT_TRUE(FilesIn("out").empty());
   // Good entries before a broken one are written; then the general error.
   const std::string cut = Library({Named("a.8bf", "A"), Named("b.8bf", "B")});
-  EXPECT_FALSE(Convertffl(f, dir.Write("cut.ffl", cut.substr(0, cut.size() - 30)), dir.file("out"), kFormatTXT, env));
+  EXPECT_FALSE(Convertffl(f, dir.Write("cut.ffl", cut.substr(0, cut.size() - 30)), dir.file("out"), OutputFormat::TXT, env));
   EXPECT_EQ(FilesIn("out"), Names{"a.txt"});
   ASSERT_EQ(shell.errors.size(), 1u);
   EXPECT_NE(shell.errors[0].find("of 29 lines"), std::string::npos);
   // Junk after a valid header: one error, no crash.
   dir.Write("bin.ffl", "FFL1.1\r\n    9\r\n" + std::string(5000, '\0') + "\xff\r\x01");
-  EXPECT_FALSE(Convertffl(f, dir.file("bin.ffl"), dir.file("out"), kFormatTXT, env));
+  EXPECT_FALSE(Convertffl(f, dir.file("bin.ffl"), dir.file("out"), OutputFormat::TXT, env));
   EXPECT_EQ(shell.errors.size(), 2u);
   // Entry names cannot lead out of the target folder.
   ASSERT_TRUE(Convertffl(f, dir.Write("evil.ffl", Library({Named("../../evil.8bf", "E")})), dir.file("a/b/out"),
-                         kFormatTXT, env));
+                         OutputFormat::TXT, env));
   EXPECT_EQ(FilesIn("a/b/out"), Names{".._.._evil.txt"});
   EXPECT_FALSE(dir.Exists("evil.txt"));
   EXPECT_FALSE(dir.Exists("a/evil.txt"));
@@ -277,7 +277,7 @@ TEST_F(FFLTest, ConvertOfBadLibrariesGivesAMessageAndWritesNothingWrong) {
 TEST_F(FFLTest, ConvertEscapeStopsBetweenEntries) {
   shell.escapeAfterPolls = 2;
   ConvertReport report;
-  ASSERT_TRUE(Convertffl(f, dir.Write("lib.ffl", Library(kABC)), dir.file("out"), kFormatTXT, env, &report));
+  ASSERT_TRUE(Convertffl(f, dir.Write("lib.ffl", Library(kABC)), dir.file("out"), OutputFormat::TXT, env, &report));
   EXPECT_EQ(FilesIn("out"), (Names{"a.txt", "b.txt"}));
   EXPECT_TRUE(report.stopped);
 }
@@ -297,19 +297,19 @@ TEST_F(FFLTest, ConvertedSourceFormatsRoundTrip) {
   FFFilter expected;
   ASSERT_TRUE(ReadFFLEntryII(expected, *file));
   OptimizeCode(expected, env.options);
-  for (int format : {kFormatAFS, kFormatPFF, kFormatTXT}) {
-    SCOPED_TRACE(format);
-    const std::string out = dir.file("out" + std::to_string(format));
+  for (OutputFormat format : {OutputFormat::AFS, OutputFormat::PFF, OutputFormat::TXT}) {
+    SCOPED_TRACE(static_cast<int>(format));
+    const std::string out = dir.file("out" + std::to_string(static_cast<int>(format)));
     f.isPhotoshop = true;
     ASSERT_TRUE(Convertffl(f, path, out, format, env));
     FFFilter back;
     ASSERT_TRUE(ReadFFfile(back, out + "/" + GetFilname(format, "round.x", env.options), env));
-    if (format == kFormatPFF)
+    if (format == OutputFormat::PFF)
       for (auto* code : {&back.codeR, &back.codeG, &back.codeB, &back.codeA}) *code = Correctprmcode(*code);
     EXPECT_EQ(Texts(back), Texts(expected));
     EXPECT_EQ(Codes(back), Codes(expected));
     EXPECT_EQ(back.ctlValue, expected.ctlValue);
-    if (format == kFormatTXT) {
+    if (format == OutputFormat::TXT) {
       EXPECT_EQ(back.mapName, expected.mapName);
     }
   }

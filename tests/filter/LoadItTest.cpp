@@ -106,14 +106,16 @@ using Dispatch = FilterTest;
 
 TEST(GetFilname, ExchangesTheExtensionByFormat) {
   FilterOptions options;
-  EXPECT_EQ(GetFilname(3, "abc", options), "abcafs");  // no dot: glued on as it is
-  EXPECT_EQ(GetFilname(9, "a.txt", options), "a.txt");
-  EXPECT_EQ(GetFilname(0, "a.b.afs", options), "a.8bf");
-  EXPECT_EQ(GetFilname(1, "f.afs", options) + GetFilname(2, "f.afs", options), "f.prmf.prm");
-  EXPECT_EQ(GetFilname(4, "f.txt", options), "f.pff");
-  EXPECT_EQ(GetFilname(5, "f.8bf", options), "f.txt");
+  EXPECT_EQ(GetFilname(OutputFormat::AFS, "abc", options), "abcafs");  // no dot: glued on as it is
+  EXPECT_EQ(GetFilname(static_cast<OutputFormat>(9), "a.txt", options), "a.txt");
+  EXPECT_EQ(GetFilname(OutputFormat::Plugin8bf, "a.b.afs", options), "a.8bf");
+  EXPECT_EQ(GetFilname(OutputFormat::PremierePlugin, "f.afs", options) +
+                GetFilname(OutputFormat::TransitionPlugin, "f.afs", options),
+            "f.prmf.prm");
+  EXPECT_EQ(GetFilname(OutputFormat::PFF, "f.txt", options), "f.pff");
+  EXPECT_EQ(GetFilname(OutputFormat::TXT, "f.8bf", options), "f.txt");
   options.compile.templateChoice = CompileTemplate::Macintosh;
-  EXPECT_EQ(GetFilname(0, "f.afs", options), "f.bin");
+  EXPECT_EQ(GetFilname(OutputFormat::Plugin8bf, "f.afs", options), "f.bin");
 }
 
 TEST_F(Dispatch, EditorAndBatchRulesForTheSourceFormats) {

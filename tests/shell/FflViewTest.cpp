@@ -164,7 +164,7 @@ TEST_F(FflViewTest, SearchSelectsTheMatchingEntries) {
 TEST_F(FflViewTest, ExtractWritesTheSelectionIntoThePassivePanesFolder) {
   controller->Open(libraryPath);
   Select({1, 2});
-  EXPECT_EQ(controller->Extract(0, 3), 2);  // AFS
+  EXPECT_EQ(controller->Extract(0, OutputFormat::AFS), 2);
   FFFilter back;
   FilterEnv env;
   ASSERT_TRUE(ReadAFS(back, files.file("out/"), "b.afs", env));
@@ -175,13 +175,13 @@ TEST_F(FflViewTest, ExtractWritesTheSelectionIntoThePassivePanesFolder) {
   // An existing file is left alone and the user is told.
   files.Write("out/b.afs", "mine");
   std::filesystem::remove(files.file("out/c.afs"));
-  EXPECT_EQ(controller->Extract(0, 3), 1);
+  EXPECT_EQ(controller->Extract(0, OutputFormat::AFS), 1);
   EXPECT_EQ(files.Read("out/b.afs"), "mine");
   ASSERT_EQ(shell.boxes.size(), 1u);
 
   Select({});
   shell.boxes.clear();
-  EXPECT_EQ(controller->Extract(0, 0), 0);
+  EXPECT_EQ(controller->Extract(0, OutputFormat::Plugin8bf), 0);
   ASSERT_EQ(shell.boxes.size(), 1u);
   EXPECT_EQ(shell.boxes[0].text, "Please select one or more files.");
 }

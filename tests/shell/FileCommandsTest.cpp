@@ -719,10 +719,13 @@ TEST_F(FileCommandsTest, TheConvertDialogEnablesByFormatAndWritesIntoThePassiveP
   ConvertDialog dialog;
   auto* settings = dialog.findChild<QPushButton*>("Command3");
   auto* mac = dialog.findChild<QCheckBox*>("Check3");
-  for (int format = 0; format < 6; ++format) {
+  for (OutputFormat format : kOutputFormats) {
     dialog.SetFormat(format);
-    EXPECT_EQ(settings->isEnabled(), format <= 2) << format;
-    EXPECT_EQ(mac->isEnabled(), format >= 3) << format;
+    EXPECT_EQ(dialog.format(), format);
+    const bool plugin = format == OutputFormat::Plugin8bf || format == OutputFormat::PremierePlugin ||
+                        format == OutputFormat::TransitionPlugin;
+    EXPECT_EQ(settings->isEnabled(), plugin) << static_cast<int>(format);
+    EXPECT_EQ(mac->isEnabled(), !plugin) << static_cast<int>(format);
   }
 
   // The window's dialog converts the selection into the passive pane's folder.
@@ -731,7 +734,7 @@ TEST_F(FileCommandsTest, TheConvertDialogEnablesByFormatAndWritesIntoThePassiveP
   Select({"Warm.afs"});
   auto* windowDialog = window->findChild<ConvertDialog*>("Convert");
   ASSERT_NE(windowDialog, nullptr);
-  windowDialog->SetFormat(5);
+  windowDialog->SetFormat(OutputFormat::TXT);
   dialogs->folders = {"="};
   windowDialog->accept();
   std::string written;

@@ -103,20 +103,23 @@ ConvertDialog::ConvertDialog(QWidget* parent) : QDialog(parent) {
   connect(command1_, &QPushButton::clicked, this, &QDialog::accept);
   connect(command2_, &QPushButton::clicked, this, &QDialog::reject);
   connect(command3_, &QPushButton::clicked, this, &ConvertDialog::outputSettingsRequested);
-  SetFormat(kFormat8bf);
-  Combo1_Click(kFormat8bf);
+  SetFormat(OutputFormat::Plugin8bf);
+  Combo1_Click(ConvertListIndex(OutputFormat::Plugin8bf));
 }
 
 void ConvertDialog::Combo1_Click(int index) {
   // Plugin formats take their settings from the preferences; source formats
   // can be adapted for the Macintosh.
-  const bool plugin = index >= kFormat8bf && index <= kFormatTF;
+  const bool plugin = index >= ConvertListIndex(OutputFormat::Plugin8bf) &&
+                      index <= ConvertListIndex(OutputFormat::TransitionPlugin);
   command3_->setEnabled(plugin);
   check3_->setEnabled(!plugin);
 }
 
-int ConvertDialog::format() const { return combo1_->currentIndex(); }
-void ConvertDialog::SetFormat(int format) { combo1_->setCurrentIndex(format); }
+OutputFormat ConvertDialog::format() const {
+  return FormatAtConvertIndex(combo1_->currentIndex()).value_or(OutputFormat::Plugin8bf);
+}
+void ConvertDialog::SetFormat(OutputFormat format) { combo1_->setCurrentIndex(ConvertListIndex(format)); }
 bool ConvertDialog::nameFromTitle() const { return check2_->isChecked(); }
 bool ConvertDialog::useClipboard() const { return check1_->isChecked(); }
 void ConvertDialog::SetUseClipboard(bool on) { check1_->setChecked(on); }

@@ -4,6 +4,8 @@
 
 #include <QDialog>
 
+#include "filter/OutputFormat.h"
+
 class QCheckBox;
 class QComboBox;
 class QPushButton;
@@ -15,8 +17,8 @@ class ConvertDialog : public QDialog {
  public:
   explicit ConvertDialog(QWidget* parent = nullptr);
 
-  int format() const;
-  void SetFormat(int format);
+  OutputFormat format() const;
+  void SetFormat(OutputFormat format);
   bool nameFromTitle() const;
   bool useClipboard() const;
   void SetUseClipboard(bool on);

@@ -128,7 +128,7 @@ int FflController::Search(int index, const std::string& text) {
   return static_cast<int>(found.size());
 }
 
-int FflController::Extract(int index, int format) {
+int FflController::Extract(int index, OutputFormat format) {
   FflViewPage* page = window_.pane(index)->fflView();
   const std::vector<int> selected = page->SelectedNumbers();
   if (page->libraryPath().empty() || selected.empty()) {
@@ -243,8 +243,8 @@ void InstallFflCommands(MainWindow& window) {
                        QObject::connect(open, &QAction::triggered, controller,
                                         [controller, page, index] { controller->OpenEntry(index, page->CurrentIndex()); });
                        QMenu* extract = menu.addMenu("E&xtract to the Other Pane");
-                       for (int format = 0; format < 6; ++format) {
-                         QAction* as = extract->addAction(kFormatNames[format]);
+                       for (OutputFormat format : kOutputFormats) {
+                         QAction* as = extract->addAction(kFormatNames[ConvertListIndex(format)]);
                          QObject::connect(as, &QAction::triggered, controller,
                                           [controller, index, format] { controller->Extract(index, format); });
                        }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "filter/FilterEnv.h"
+#include "filter/OutputFormat.h"
 
 namespace trel {
 
@@ -48,8 +49,8 @@ class FflController : public QObject {
   // Selects the entries whose texts or code hold the text; returns how many.
   int Search(int pane);
   int Search(int pane, const std::string& text);
-  // Writes the selected entries in output format 0..5 into the passive pane's folder.
-  int Extract(int pane, int format);
+  // Writes the selected entries in `format` into the passive pane's folder.
+  int Extract(int pane, OutputFormat format);
   int AddFiles(int pane, const std::vector<std::string>& paths);
   int AddFilesAsked(int pane);
   // "Create FFL": a new library of the active pane's selected filters.
