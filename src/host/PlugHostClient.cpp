@@ -15,13 +15,13 @@
 #include <QTemporaryDir>
 #include <QThread>
 
-#include "plughost/HostProtocol.h"
+#include "hostprotocol/HostProtocol.h"
 
 namespace trel {
 
 namespace {
 
-namespace P = plughost;
+namespace P = hostprotocol;
 
 // The time allowed to a request that shows a dialog: none.
 constexpr int kWaitForUser = -1;
@@ -159,7 +159,9 @@ qint64 PlugHostClient::processId() const { return running() ? process_->processI
 void PlugHostClient::Stop() {
   if (!process_) return;
   if (process_->state() != QProcess::NotRunning) {
-    process_->write("QUIT\n");
+    P::Request quit;
+    quit.id = NextId();
+    process_->write(P::FormatRequest(quit).c_str());
     process_->closeWriteChannel();
     if (!process_->waitForFinished(2000)) {
       process_->kill();
@@ -167,7 +169,7 @@ void PlugHostClient::Stop() {
     }
   }
   process_.reset();
-  pending_.clear();
+  answers_.Clear();
 }
 
 bool PlugHostClient::Start(std::string& why) {
@@ -186,12 +188,11 @@ bool PlugHostClient::Start(std::string& why) {
     process_.reset();
     return false;
   }
-  pending_.clear();
+  answers_.Clear();
   return true;
 }
 
-HostAnswer PlugHostClient::Request(const std::string& line, int timeoutMs) {
-  HostAnswer answer;
+HostAnswer PlugHostClient::Request(P::Request request, int timeoutMs) {
   int allowance = timeoutMs;
   if (process_ && process_->thread() != QThread::currentThread()) {
     // A process object serves only the thread that made it; a request from
@@ -204,38 +205,27 @@ HostAnswer PlugHostClient::Request(const std::string& line, int timeoutMs) {
       process_.reset();  // nobody else can touch it any more
     else
       process_.release()->deleteLater();
-    pending_.clear();
+    answers_.Clear();
   }
   if (!running()) {
     std::string why;
     if (!Start(why)) return {HostAnswer::Kind::Unavailable, 0, why};
     allowance += startMs_;
   }
-  process_->write((line + "\n").c_str());
+  request.id = NextId();
+  process_->write(P::FormatRequest(request).c_str());
   process_->waitForBytesWritten(1000);
   // A plugin's own dialog may stand as long as the user likes; only Esc
   // (the cancel callback) or the end of the process stops such a request.
   const bool waitsForUser = timeoutMs == kWaitForUser;
   const QDeadlineTimer deadline =
       waitsForUser ? QDeadlineTimer(QDeadlineTimer::Forever) : QDeadlineTimer(allowance);
-  const std::string prefix = P::kAnswerPrefix;
   for (;;) {
-    // Whole lines only; whatever a plugin prints itself is passed by.
-    for (size_t nl; (nl = pending_.find('\n')) != std::string::npos;) {
-      std::string got = pending_.substr(0, nl);
-      pending_.erase(0, nl + 1);
-      if (!got.empty() && got.back() == '\r') got.pop_back();
-      if (got.compare(0, prefix.size(), prefix) != 0) continue;
-      got.erase(0, prefix.size());
-      if (got == "OK") return answer;
-      answer.kind = HostAnswer::Kind::Failed;
-      if (got.compare(0, 4, "ERR ") == 0) {
-        const size_t space = got.find(' ', 4);
-        answer.code = std::atoi(got.substr(4, space - 4).c_str());
-        answer.message = space == std::string::npos ? std::string() : got.substr(space + 1);
-      } else {
-        answer.message = got;
-      }
+    // Only the answer to this request counts: anything else on the channel,
+    // and a late answer to a request given up on, is passed by.
+    if (const auto got = answers_.Take(request.id)) {
+      if (got->code == 0) return {};
+      HostAnswer answer{HostAnswer::Kind::Failed, got->code, got->text};
       if (answer.code == static_cast<int>(P::HostError::Crashed)) {
         answer.kind = HostAnswer::Kind::Crashed;
         Stop();
@@ -269,17 +259,23 @@ HostAnswer PlugHostClient::Request(const std::string& line, int timeoutMs) {
     const int step = 50;
     const int wait = waitsForUser ? step : int(std::min<qint64>(deadline.remainingTime(), step));
     if (process_->waitForReadyRead(wait < 1 ? 1 : wait) || process_->bytesAvailable() > 0)
-      pending_ += process_->readAllStandardOutput().toStdString();
+      answers_.Feed(process_->readAllStandardOutput().toStdString());
   }
 }
 
 HostAnswer PlugHostClient::Probe(const std::string& plugin) {
-  return Request("PROBE\t" + ToWinePath(plugin), timeoutMs_);
+  P::Request probe;
+  probe.verb = P::Verb::Probe;
+  probe.plugin = ToWinePath(plugin);
+  return Request(std::move(probe), timeoutMs_);
 }
 
 HostAnswer PlugHostClient::About(const std::string& plugin) {
+  P::Request about;
+  about.verb = P::Verb::About;
+  about.plugin = ToWinePath(plugin);
   // An about box waits for the user.
-  return Request("ABOUT\t" + ToWinePath(plugin), kWaitForUser);
+  return Request(std::move(about), kWaitForUser);
 }
 
 HostAnswer PlugHostClient::Run(const std::string& plugin, QImage& picture, const std::string& paramsFile,
@@ -299,10 +295,14 @@ HostAnswer PlugHostClient::Run(const std::string& plugin, QImage& picture, const
   QFile::remove(out);
   if (!WritePicture(in, picture, planes))
     return {HostAnswer::Kind::Failed, static_cast<int>(P::HostError::BadPicture), "the picture could not be written"};
-  const std::string params = paramsFile.empty() ? std::string("-") : ToWinePath(paramsFile);
-  HostAnswer a = Request("RUN\t" + ToWinePath(plugin) + "\t" + ToWinePath(in.toStdString()) + "\t" +
-                             ToWinePath(out.toStdString()) + "\t" + params + "\t" + (dialog ? "1" : "0"),
-                         dialog ? kWaitForUser : timeoutMs_);
+  P::Request run;
+  run.verb = P::Verb::Run;
+  run.plugin = ToWinePath(plugin);
+  run.input = ToWinePath(in.toStdString());
+  run.output = ToWinePath(out.toStdString());
+  run.params = paramsFile.empty() ? std::string() : ToWinePath(paramsFile);
+  run.dialog = dialog;
+  HostAnswer a = Request(std::move(run), dialog ? kWaitForUser : timeoutMs_);
   if (!a.ok()) return a;
   QImage result(picture.size(), picture.format());
   if (!ReadPicture(out, result, planes))

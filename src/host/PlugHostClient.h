@@ -12,6 +12,8 @@
 
 #include <QImage>
 
+#include "hostprotocol/HostProtocol.h"
+
 class QProcess;
 class QTemporaryDir;
 
@@ -28,7 +30,7 @@ std::string ToWinePath(const std::string& path);
 struct HostAnswer {
   enum class Kind { Ok, Failed, Crashed, TimedOut, Unavailable, Cancelled };
   Kind kind = Kind::Ok;
-  int code = 0;          // the host's error number (HostProtocol.h) when Failed
+  int code = 0;          // the host's error number (hostprotocol::HostError) when Failed
   std::string message;   // for the user: why it did not work
   bool ok() const { return kind == Kind::Ok; }
 };
@@ -70,15 +72,17 @@ class PlugHostClient {
   void Stop();
 
  private:
-  HostAnswer Request(const std::string& line, int timeoutMs);
+  HostAnswer Request(hostprotocol::Request request, int timeoutMs);
   bool Start(std::string& why);
+  uint32_t NextId() { return ++lastId_ != 0 ? lastId_ : ++lastId_; }
 
   bool is32bit_;
   int timeoutMs_ = 30000;
   int startMs_ = 90000;
   std::unique_ptr<QProcess> process_;
   std::unique_ptr<QTemporaryDir> work_;
-  std::string pending_;  // output read past the last answer
+  hostprotocol::AnswerReader answers_;
+  uint32_t lastId_ = 0;  // of the last request sent
   std::function<bool()> cancel_;
   std::function<void()> whileWaiting_;
 };
