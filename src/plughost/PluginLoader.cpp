@@ -178,6 +178,13 @@ Failure Load(const std::string& path, LoadedPlugin*& out) {
     out = &it->second;
     return {};
   }
+  // A Linux folder name may hold a line break or a tab; Wine cannot open such
+  // a path, and the loader's own word for it ("module not found") misleads.
+  for (unsigned char c : path)
+    if (c < 0x20 || c == 0x7F)
+      return {HostError::LoadFailed,
+              "the plugin's path holds a control character (such as a line break or a tab), "
+              "which Windows paths cannot hold"};
   HMODULE module = LoadLibraryExW(Wide(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
   if (!module) {
     const DWORD error = GetLastError();

@@ -116,6 +116,46 @@ TEST_F(WindowsPluginTest, InvertsInStripsAndKeepsTheHostForTheNextRun) {
   EXPECT_TRUE(IsInverse(before, *lib.image(h)));
 }
 
+TEST_F(WindowsPluginTest, WhatAPluginPrintsOrReadsNeverReachesTheChannel) {
+  // The plugin prints answers of the host's own form for the first ids,
+  // leaves its output without a line end and reads its standard input.
+  PlugHostClient host(false);
+  host.setTimeout(10000);
+  const QImage original = test::PatternPicture(30, 70, false);
+  qint64 pid = 0;
+  for (int round = 0; round < 3; ++round) {
+    QImage picture = original;
+    const HostAnswer a = host.Run(TestPlugin("chatty64.8bf"), picture, "", false);
+    ASSERT_TRUE(a.ok()) << a.message;
+    EXPECT_TRUE(IsInverse(original, picture)) << "round " << round;
+    if (round == 0) pid = host.processId();
+    EXPECT_EQ(host.processId(), pid) << "the same host answers every request";
+  }
+}
+
+TEST_F(WindowsPluginTest, APathWithControlCharactersIsAnsweredAndTheNextRequestToo) {
+  PlugHostClient host(false);
+  host.setTimeout(10000);
+  const struct {
+    const char* folder;
+    bool loads;  // Windows paths cannot hold control characters
+  } rows[] = {{"line\nbreak", false}, {"tab\tand\rreturn", false}, {"100%0A, no line break", true}};
+  for (const auto& row : rows) {
+    const std::string plugin = dir.path() + row.folder + "/Invert.8bf";
+    std::filesystem::create_directories(std::filesystem::path(plugin).parent_path());
+    std::filesystem::copy_file(TestPlugin("invert64.8bf"), plugin);
+    const HostAnswer odd = host.Probe(plugin);
+    if (row.loads) {
+      EXPECT_TRUE(odd.ok()) << odd.message;
+    } else {
+      EXPECT_EQ(odd.code, static_cast<int>(hostprotocol::HostError::LoadFailed)) << odd.message;
+      EXPECT_NE(odd.message.find("control character"), std::string::npos) << odd.message;
+    }
+    const HostAnswer plain = host.Probe(TestPlugin("invert64.8bf"));
+    EXPECT_TRUE(plain.ok()) << plain.message;
+  }
+}
+
 TEST_F(WindowsPluginTest, FaultyPluginsGiveTheLibrarysErrorAndTheHostRecovers) {
   const std::string notDll = dir.Write("text.8bf", std::string(4000, 'x'));
   const struct {
