@@ -1,9 +1,14 @@
 #include "host/PlugHostClient.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstring>
 
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
 #include <sys/types.h>
+#include <unistd.h>
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -161,7 +166,7 @@ void PlugHostClient::Stop() {
   if (process_->state() != QProcess::NotRunning) {
     P::Request quit;
     quit.id = NextId();
-    process_->write(P::FormatRequest(quit).c_str());
+    Send(P::FormatRequest(quit));
     process_->closeWriteChannel();
     if (!process_->waitForFinished(2000)) {
       process_->kill();
@@ -169,23 +174,110 @@ void PlugHostClient::Stop() {
     }
   }
   process_.reset();
+  CloseChannel();
+}
+
+bool PlugHostClient::MakeWorkFolder() {
+  if (work_) return true;
+  work_ = std::make_unique<QTemporaryDir>();
+  if (work_->isValid()) return true;
+  work_.reset();
+  return false;
+}
+
+bool PlugHostClient::OpenChannel(QString& requests, QString& answers) {
+  CloseChannel();
+  if (!MakeWorkFolder()) return false;
+  // Fresh pipes for each host: a pipe whose writer has gone stays at its end.
+  const QString n = QString::number(++channels_);
+  requests = work_->filePath("requests" + n);
+  answers = work_->filePath("answers" + n);
+  requestsPath_ = requests.toLocal8Bit().toStdString();
+  answersPath_ = answers.toLocal8Bit().toStdString();
+  if (::mkfifo(requestsPath_.c_str(), 0600) != 0 || ::mkfifo(answersPath_.c_str(), 0600) != 0) {
+    CloseChannel();
+    return false;
+  }
+  // Neither open waits: the answers are read without waiting for a writer,
+  // and the host's end of the requests finds a writer there from the start.
+  answersFd_ = ::open(answersPath_.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  requestsFd_ = ::open(requestsPath_.c_str(), O_RDWR | O_CLOEXEC);
+  if (answersFd_ < 0 || requestsFd_ < 0) {
+    CloseChannel();
+    return false;
+  }
+  return true;
+}
+
+void PlugHostClient::CloseChannel() {
+  for (int* fd : {&requestsFd_, &answersFd_}) {
+    if (*fd >= 0) ::close(*fd);
+    *fd = -1;
+  }
+  for (std::string* path : {&requestsPath_, &answersPath_}) {
+    if (!path->empty()) ::unlink(path->c_str());
+    path->clear();
+  }
   answers_.Clear();
+}
+
+bool PlugHostClient::Send(const std::string& line) {
+  if (requestsFd_ < 0) {
+    process_->write(line.data(), qint64(line.size()));
+    return process_->waitForBytesWritten(1000);
+  }
+  for (size_t done = 0; done < line.size();) {
+    const ssize_t n = ::write(requestsFd_, line.data() + done, line.size() - done);
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) return false;
+    done += size_t(n);
+  }
+  return true;
+}
+
+void PlugHostClient::WaitForAnswer(int ms) {
+  if (answersFd_ < 0) {
+    if (process_->waitForReadyRead(ms) || process_->bytesAvailable() > 0)
+      answers_.Feed(process_->readAllStandardOutput().toStdString());
+    return;
+  }
+  pollfd p{answersFd_, POLLIN, 0};
+  bool ended = false;
+  if (::poll(&p, 1, ms) > 0) {
+    char chunk[4096];
+    ssize_t n;
+    while ((n = ::read(answersFd_, chunk, sizeof chunk)) > 0) answers_.Feed(std::string_view(chunk, size_t(n)));
+    ended = n == 0;  // the host closed its end: only its exit is still to come
+  }
+  // Lets the process object notice that the host ended; after the pipe's end
+  // it waits here instead of polling a pipe that is always ready.
+  process_->waitForFinished(ended ? ms : 0);
 }
 
 bool PlugHostClient::Start(std::string& why) {
   why = Unavailable();
   if (!why.empty()) return false;
   process_ = std::make_unique<QProcess>();
+  // The host's own channel; where named pipes cannot be made, its standard
+  // input and output serve.
+  QString requests, answers;
+  QStringList arguments{Q(FindPlugHost(is32bit_))};
+  if (OpenChannel(requests, answers)) {
+    arguments << "--channel" << Q(ToWinePath(requests.toStdString())) << Q(ToWinePath(answers.toStdString()));
+    process_->setStandardInputFile(QProcess::nullDevice());
+    process_->setStandardOutputFile(QProcess::nullDevice());
+  }
   QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
   if (!env.contains("WINEDEBUG")) env.insert("WINEDEBUG", "-all");
   // A fresh prefix would otherwise offer to download .NET and HTML engines.
   if (!env.contains("WINEDLLOVERRIDES")) env.insert("WINEDLLOVERRIDES", "mscoree,mshtml=");
   process_->setProcessEnvironment(env);
   process_->setStandardErrorFile(QProcess::nullDevice());
-  process_->start(Q(FindWine(is32bit_)), {Q(FindPlugHost(is32bit_))});
+  process_->start(Q(FindWine(is32bit_)), arguments);
   if (!process_->waitForStarted(10000)) {
     why = "Wine could not be started: " + process_->errorString().toStdString();
     process_.reset();
+    CloseChannel();
     return false;
   }
   answers_.Clear();
@@ -205,7 +297,7 @@ HostAnswer PlugHostClient::Request(P::Request request, int timeoutMs) {
       process_.reset();  // nobody else can touch it any more
     else
       process_.release()->deleteLater();
-    answers_.Clear();
+    CloseChannel();
   }
   if (!running()) {
     std::string why;
@@ -213,8 +305,7 @@ HostAnswer PlugHostClient::Request(P::Request request, int timeoutMs) {
     allowance += startMs_;
   }
   request.id = NextId();
-  process_->write(P::FormatRequest(request).c_str());
-  process_->waitForBytesWritten(1000);
+  Send(P::FormatRequest(request));
   // A plugin's own dialog may stand as long as the user likes; only Esc
   // (the cancel callback) or the end of the process stops such a request.
   const bool waitsForUser = timeoutMs == kWaitForUser;
@@ -258,8 +349,7 @@ HostAnswer PlugHostClient::Request(P::Request request, int timeoutMs) {
     if (whileWaiting_) whileWaiting_();
     const int step = 50;
     const int wait = waitsForUser ? step : int(std::min<qint64>(deadline.remainingTime(), step));
-    if (process_->waitForReadyRead(wait < 1 ? 1 : wait) || process_->bytesAvailable() > 0)
-      answers_.Feed(process_->readAllStandardOutput().toStdString());
+    WaitForAnswer(wait < 1 ? 1 : wait);
   }
 }
 
@@ -283,14 +373,9 @@ HostAnswer PlugHostClient::Run(const std::string& plugin, QImage& picture, const
   const int planes = picture.format() == QImage::Format_RGBA8888 ? 4 : 3;
   if (planes == 3 && picture.format() != QImage::Format_RGB888)
     return {HostAnswer::Kind::Failed, static_cast<int>(P::HostError::BadPicture), "unsupported picture format"};
-  if (!work_) {
-    work_ = std::make_unique<QTemporaryDir>();
-    if (!work_->isValid()) {
-      work_.reset();
-      return {HostAnswer::Kind::Failed, static_cast<int>(P::HostError::BadPicture),
-              "no temporary folder for the pictures"};
-    }
-  }
+  if (!MakeWorkFolder())
+    return {HostAnswer::Kind::Failed, static_cast<int>(P::HostError::BadPicture),
+            "no temporary folder for the pictures"};
   const QString in = work_->filePath("in.trpx"), out = work_->filePath("out.trpx");
   QFile::remove(out);
   if (!WritePicture(in, picture, planes))

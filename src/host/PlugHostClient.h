@@ -15,6 +15,7 @@
 #include "hostprotocol/HostProtocol.h"
 
 class QProcess;
+class QString;
 class QTemporaryDir;
 
 namespace trel {
@@ -74,6 +75,14 @@ class PlugHostClient {
  private:
   HostAnswer Request(hostprotocol::Request request, int timeoutMs);
   bool Start(std::string& why);
+  bool MakeWorkFolder();
+  // The host's own channel: two named pipes in the work folder, or none (-1),
+  // when the host's standard input and output serve.
+  bool OpenChannel(QString& requests, QString& answers);
+  void CloseChannel();
+  bool Send(const std::string& line);
+  // Waits up to `ms` for more of the answer and feeds what came to answers_.
+  void WaitForAnswer(int ms);
   uint32_t NextId() { return ++lastId_ != 0 ? lastId_ : ++lastId_; }
 
   bool is32bit_;
@@ -82,6 +91,9 @@ class PlugHostClient {
   std::unique_ptr<QProcess> process_;
   std::unique_ptr<QTemporaryDir> work_;
   hostprotocol::AnswerReader answers_;
+  int requestsFd_ = -1, answersFd_ = -1;
+  std::string requestsPath_, answersPath_;
+  int channels_ = 0;  // pipes made so far, for fresh names
   uint32_t lastId_ = 0;  // of the last request sent
   std::function<bool()> cancel_;
   std::function<void()> whileWaiting_;

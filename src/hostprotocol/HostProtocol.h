@@ -26,11 +26,12 @@
 // follow this exactly (raw control characters, a bad escape, a wrong number
 // of fields, an id out of range) is not a request or an answer at all.
 //
-// The host reads the requests from its standard input and writes the answers
-// to its standard output, and before it loads any plugin it moves both out of
-// the plugins' reach: what a plugin prints goes nowhere. The client still
-// takes only a well-formed answer with the id it waits for, so output from
-// anywhere else cannot put the two out of step.
+// The channel is the host's own: two named pipes the client makes and names
+// on the host's command line (`--channel REQUESTS ANSWERS`), or, without
+// them, the host's standard input and output, which it takes for itself
+// before it loads any plugin. Either way what a plugin reads or prints goes
+// to NUL. The client still takes only a well-formed answer with the id it
+// waits for, so output from anywhere else cannot put the two out of step.
 //
 // A picture file is a 16-byte header (magic, width, height, planes as
 // little-endian 32-bit numbers) and the rows, top first, each of width x planes

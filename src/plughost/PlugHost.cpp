@@ -1,33 +1,45 @@
 // trel-plughost.exe: runs Photoshop-compatible filter plugins for Trel, one
-// process per architecture, under Wine. It reads requests on its standard
-// input and answers each on its standard output (hostprotocol/HostProtocol.h),
-// keeps the plugins it has loaded, and keeps both channels to itself: a
-// plugin's own reading and printing goes to NUL. A plugin that crashes takes
-// only this process down; one that hangs is killed by Trel.
+// process per architecture, under Wine. It reads requests and writes an answer
+// to each (hostprotocol/HostProtocol.h) on a channel of its own: the two named
+// pipes given as `--channel REQUESTS ANSWERS`, or else its standard input and
+// output, which it then takes for itself. Either way a plugin's own reading
+// and printing goes to NUL. It keeps the plugins it has loaded. A plugin that
+// crashes takes only this process down; one that hangs is killed by Trel.
 #include "PlugHost.h"
 
 #include <atomic>
 #include <cstdio>
 #include <cstring>
+#include <cwchar>
 #include <string>
 
 namespace trel::plughost {
 
 namespace {
 
-// The protocol's handles: duplicates of the standard ones taken before any
-// plugin is loaded, which no plugin knows of.
+// The protocol's handles, which no plugin knows of: the named pipes Trel
+// made for them, or duplicates of the standard handles taken before any
+// plugin is loaded.
 HANDLE g_requests = INVALID_HANDLE_VALUE;
 HANDLE g_answers = INVALID_HANDLE_VALUE;
 CRITICAL_SECTION g_answering;
 // The id of the request being served, repeated in its answer.
 std::atomic<uint32_t> g_requestId{0};
 
-bool TakeChannel() {
-  const HANDLE self = GetCurrentProcess();
-  if (!DuplicateHandle(self, GetStdHandle(STD_INPUT_HANDLE), self, &g_requests, 0, FALSE, DUPLICATE_SAME_ACCESS) ||
-      !DuplicateHandle(self, GetStdHandle(STD_OUTPUT_HANDLE), self, &g_answers, 0, FALSE, DUPLICATE_SAME_ACCESS))
-    return false;
+bool TakeChannel(int argc, wchar_t** argv) {
+  if (argc == 4 && std::wcscmp(argv[1], L"--channel") == 0) {
+    const DWORD share = FILE_SHARE_READ | FILE_SHARE_WRITE;
+    g_requests = CreateFileW(argv[2], GENERIC_READ, share, nullptr, OPEN_EXISTING, 0, nullptr);
+    g_answers = CreateFileW(argv[3], GENERIC_WRITE, share, nullptr, OPEN_EXISTING, 0, nullptr);
+    if (g_requests == INVALID_HANDLE_VALUE || g_answers == INVALID_HANDLE_VALUE) return false;
+  } else {
+    const HANDLE self = GetCurrentProcess();
+    if (!DuplicateHandle(self, GetStdHandle(STD_INPUT_HANDLE), self, &g_requests, 0, FALSE,
+                         DUPLICATE_SAME_ACCESS) ||
+        !DuplicateHandle(self, GetStdHandle(STD_OUTPUT_HANDLE), self, &g_answers, 0, FALSE,
+                         DUPLICATE_SAME_ACCESS))
+      return false;
+  }
   // The C runtime's streams (shared with plugins that use the same runtime)
   // and the handles a plugin with a runtime of its own starts from.
   if (!std::freopen("NUL", "r", stdin) || !std::freopen("NUL", "w", stdout)) return false;
@@ -130,13 +142,13 @@ FILE* Open(const std::string& utf8, const wchar_t* mode) { return _wfopen(Wide(u
 
 }  // namespace trel::plughost
 
-int main() {
+int wmain(int argc, wchar_t** argv) {
   using namespace trel::plughost;
   using trel::hostprotocol::Verb;
   SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
   SetUnhandledExceptionFilter(OnCrash);
   InitializeCriticalSection(&g_answering);
-  if (!TakeChannel()) return 2;
+  if (!TakeChannel(argc, argv)) return 2;
   // Our stand-ins for runtime DLLs that Wine lacks (MSVCRT10.dll) lie in a
   // folder beside the host, one per architecture; the loader looks there after
   // the plugin's own folder.

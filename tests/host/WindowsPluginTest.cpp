@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <QImage>
+#include <QProcess>
 
 #include "HostTestSupport.h"
 #include "host/ImageLibrary.h"
@@ -154,6 +155,37 @@ TEST_F(WindowsPluginTest, APathWithControlCharactersIsAnsweredAndTheNextRequestT
     const HostAnswer plain = host.Probe(TestPlugin("invert64.8bf"));
     EXPECT_TRUE(plain.ok()) << plain.message;
   }
+}
+
+TEST_F(WindowsPluginTest, WithoutNamedPipesTheHostServesItsStandardInputAndOutput) {
+  namespace hp = hostprotocol;
+  QProcess host;
+  QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+  env.insert("WINEDEBUG", "-all");
+  host.setProcessEnvironment(env);
+  host.setStandardErrorFile(QProcess::nullDevice());
+  host.start(QString::fromStdString(FindWine(false)), {QString::fromStdString(FindPlugHost(false))});
+  ASSERT_TRUE(host.waitForStarted(10000));
+  const auto probe = [](uint32_t id, const std::string& plugin) {
+    return hp::FormatRequest({id, hp::Verb::Probe, ToWinePath(plugin), "", "", "", false});
+  };
+  const std::string requests = "no id at all\n5\tBOGUS\n" + probe(6, TestPlugin("invert64.8bf")) +
+                               probe(7, TestPlugin("noentry64.8bf")) + hp::FormatRequest({8, hp::Verb::Quit, "", "", "", "", false});
+  host.write(requests.data(), qint64(requests.size()));
+  host.closeWriteChannel();
+  ASSERT_TRUE(host.waitForFinished(120000));
+  EXPECT_EQ(host.exitCode(), 0);
+  hp::AnswerReader answers;
+  answers.Feed(host.readAllStandardOutput().toStdString());
+  const auto bogus = answers.Take(5);
+  ASSERT_TRUE(bogus) << "a request the host cannot read is answered by its id";
+  EXPECT_EQ(bogus->code, static_cast<int>(hp::HostError::Usage));
+  const auto good = answers.Take(6);
+  ASSERT_TRUE(good);
+  EXPECT_EQ(good->code, 0) << good->text;
+  const auto noEntry = answers.Take(7);
+  ASSERT_TRUE(noEntry);
+  EXPECT_EQ(noEntry->code, static_cast<int>(hp::HostError::NoEntryPoint)) << noEntry->text;
 }
 
 TEST_F(WindowsPluginTest, FaultyPluginsGiveTheLibrarysErrorAndTheHostRecovers) {
