@@ -224,7 +224,8 @@ void PlugHostClient::CloseChannel() {
 bool PlugHostClient::Send(const std::string& line) {
   if (requestsFd_ < 0) {
     process_->write(line.data(), qint64(line.size()));
-    return process_->waitForBytesWritten(1000);
+    process_->waitForBytesWritten(1000);
+    return true;
   }
   for (size_t done = 0; done < line.size();) {
     const ssize_t n = ::write(requestsFd_, line.data() + done, line.size() - done);
@@ -235,6 +236,13 @@ bool PlugHostClient::Send(const std::string& line) {
   return true;
 }
 
+bool PlugHostClient::ReadAnswers() {
+  char chunk[4096];
+  ssize_t n;
+  while ((n = ::read(answersFd_, chunk, sizeof chunk)) > 0) answers_.Feed(std::string_view(chunk, size_t(n)));
+  return n != 0;
+}
+
 void PlugHostClient::WaitForAnswer(int ms) {
   if (answersFd_ < 0) {
     if (process_->waitForReadyRead(ms) || process_->bytesAvailable() > 0)
@@ -242,16 +250,12 @@ void PlugHostClient::WaitForAnswer(int ms) {
     return;
   }
   pollfd p{answersFd_, POLLIN, 0};
-  bool ended = false;
-  if (::poll(&p, 1, ms) > 0) {
-    char chunk[4096];
-    ssize_t n;
-    while ((n = ::read(answersFd_, chunk, sizeof chunk)) > 0) answers_.Feed(std::string_view(chunk, size_t(n)));
-    ended = n == 0;  // the host closed its end: only its exit is still to come
-  }
-  // Lets the process object notice that the host ended; after the pipe's end
-  // it waits here instead of polling a pipe that is always ready.
+  // After the host closed its end only its exit is still to come, and the
+  // pipe is always ready: then the wait is for the process.
+  const bool ended = ::poll(&p, 1, ms) > 0 && !ReadAnswers();
   process_->waitForFinished(ended ? ms : 0);
+  // What the host wrote just before it ended (a crash's answer) is still in the pipe.
+  if (process_->state() == QProcess::NotRunning) ReadAnswers();
 }
 
 bool PlugHostClient::Start(std::string& why) {
@@ -305,7 +309,11 @@ HostAnswer PlugHostClient::Request(P::Request request, int timeoutMs) {
     allowance += startMs_;
   }
   request.id = NextId();
-  Send(P::FormatRequest(request));
+  if (!Send(P::FormatRequest(request))) {
+    Stop();
+    return {HostAnswer::Kind::Crashed, static_cast<int>(P::HostError::Crashed),
+            "the request could not be given to the plugin host"};
+  }
   // A plugin's own dialog may stand as long as the user likes; only Esc
   // (the cancel callback) or the end of the process stops such a request.
   const bool waitsForUser = timeoutMs == kWaitForUser;

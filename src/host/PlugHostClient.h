@@ -81,6 +81,8 @@ class PlugHostClient {
   bool OpenChannel(QString& requests, QString& answers);
   void CloseChannel();
   bool Send(const std::string& line);
+  // Feeds what the answers pipe holds to answers_; false at the pipe's end.
+  bool ReadAnswers();
   // Waits up to `ms` for more of the answer and feeds what came to answers_.
   void WaitForAnswer(int ms);
   uint32_t NextId() { return ++lastId_ != 0 ? lastId_ : ++lastId_; }
