@@ -20,6 +20,7 @@
 #include "filter/BatchConvert.h"
 #include "filter/Dispatch.h"
 #include "filter/FFL.h"
+#include "hostprotocol/HostProtocol.h"
 #include "settings/ListFiles.h"
 #include "support/PeBuilder.h"
 
@@ -210,10 +211,30 @@ int main(int argc, char** argv) {
   for (const char* name : {"FilterURLs.txt", "TubeURLs.txt"})
     if (fs::exists(data / name)) skins.Add(1, Slurp(data / name));
 
+  // The plugin host's requests and answers as the two sides write them, and
+  // a stream with a plugin's chatter around an answer.
+  namespace hp = trel::hostprotocol;
+  Corpus channel(out, "host_protocol");
+  const std::string wild = "Z:\\home\\me\\Plug-ins 100%\\line\nbreak\tx.8bf";
+  auto body = [](std::string line) {
+    line.erase(0, line.find_first_not_of('\n'));
+    if (!line.empty()) line.pop_back();
+    return line;
+  };
+  channel.Add(0, body(hp::FormatRequest({1, hp::Verb::Probe, wild, "", "", "", false})));
+  channel.Add(0, body(hp::FormatRequest({2, hp::Verb::Run, wild, "Z:\\tmp\\in.trpx", "Z:\\tmp\\out.trpx", "", true})));
+  channel.Add(0, body(hp::FormatRequest({3, hp::Verb::About, wild, "", "", "", false})));
+  channel.Add(0, body(hp::FormatRequest({4, hp::Verb::Quit, "", "", "", "", false})));
+  channel.Add(1, body(hp::FormatAnswer({5, 0, ""})));
+  channel.Add(1, body(hp::FormatAnswer({6, 10, "the plugin needs MSVCRT10.dll, which is not installed\n"})));
+  channel.Add(2, std::string(1, '\x01') + "chatter" + hp::FormatAnswer({2, 7, "crash"}) + "no line end" +
+                     hp::FormatAnswer({1, 0, ""}));
+  channel.Add(3, wild);
+
   fs::remove_all(work);
   std::printf("seeds: text_sources %d, compiled_plugins %d, ffl_libraries %d, plugin_identification %d, "
-              "ff_code %d, list_files %d, skins_and_links %d\n",
+              "ff_code %d, list_files %d, skins_and_links %d, host_protocol %d\n",
               textSources.count(), compiled.count(), ffl.count(), identification.count(), ffCode.count(),
-              lists.count(), skins.count());
+              lists.count(), skins.count(), channel.count());
   return 0;
 }

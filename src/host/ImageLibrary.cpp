@@ -15,7 +15,7 @@
 #include "filter/CompiledReaders.h"
 #include "base/Paths.h"
 #include "host/PlugHostClient.h"
-#include "plughost/HostProtocol.h"
+#include "hostprotocol/HostProtocol.h"
 
 namespace trel {
 
@@ -284,7 +284,7 @@ PlugHostClient& ImageLibrary::hostClient(bool is32bit) {
 namespace {
 
 int32_t StatusOf(const HostAnswer& a) {
-  using plughost::HostError;
+  using hostprotocol::HostError;
   switch (a.kind) {
     case HostAnswer::Kind::Ok: return IMG_OK;
     case HostAnswer::Kind::Unavailable: return IMG_ERR_NO_WINE;

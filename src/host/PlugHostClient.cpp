@@ -1,9 +1,14 @@
 #include "host/PlugHostClient.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstring>
 
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
 #include <sys/types.h>
+#include <unistd.h>
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -15,13 +20,13 @@
 #include <QTemporaryDir>
 #include <QThread>
 
-#include "plughost/HostProtocol.h"
+#include "hostprotocol/HostProtocol.h"
 
 namespace trel {
 
 namespace {
 
-namespace P = plughost;
+namespace P = hostprotocol;
 
 // The time allowed to a request that shows a dialog: none.
 constexpr int kWaitForUser = -1;
@@ -159,7 +164,9 @@ qint64 PlugHostClient::processId() const { return running() ? process_->processI
 void PlugHostClient::Stop() {
   if (!process_) return;
   if (process_->state() != QProcess::NotRunning) {
-    process_->write("QUIT\n");
+    P::Request quit;
+    quit.id = NextId();
+    Send(P::FormatRequest(quit));
     process_->closeWriteChannel();
     if (!process_->waitForFinished(2000)) {
       process_->kill();
@@ -167,31 +174,121 @@ void PlugHostClient::Stop() {
     }
   }
   process_.reset();
-  pending_.clear();
+  CloseChannel();
+}
+
+bool PlugHostClient::MakeWorkFolder() {
+  if (work_) return true;
+  work_ = std::make_unique<QTemporaryDir>();
+  if (work_->isValid()) return true;
+  work_.reset();
+  return false;
+}
+
+bool PlugHostClient::OpenChannel(QString& requests, QString& answers) {
+  CloseChannel();
+  if (!MakeWorkFolder()) return false;
+  // Fresh pipes for each host: a pipe whose writer has gone stays at its end.
+  const QString n = QString::number(++channels_);
+  requests = work_->filePath("requests" + n);
+  answers = work_->filePath("answers" + n);
+  requestsPath_ = requests.toLocal8Bit().toStdString();
+  answersPath_ = answers.toLocal8Bit().toStdString();
+  if (::mkfifo(requestsPath_.c_str(), 0600) != 0 || ::mkfifo(answersPath_.c_str(), 0600) != 0) {
+    CloseChannel();
+    return false;
+  }
+  // Neither open waits: the answers are read without waiting for a writer,
+  // and the host's end of the requests finds a writer there from the start.
+  answersFd_ = ::open(answersPath_.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  requestsFd_ = ::open(requestsPath_.c_str(), O_RDWR | O_CLOEXEC);
+  if (answersFd_ < 0 || requestsFd_ < 0) {
+    CloseChannel();
+    return false;
+  }
+  return true;
+}
+
+void PlugHostClient::CloseChannel() {
+  for (int* fd : {&requestsFd_, &answersFd_}) {
+    if (*fd >= 0) ::close(*fd);
+    *fd = -1;
+  }
+  for (std::string* path : {&requestsPath_, &answersPath_}) {
+    if (!path->empty()) ::unlink(path->c_str());
+    path->clear();
+  }
+  answers_.Clear();
+}
+
+bool PlugHostClient::Send(const std::string& line) {
+  if (requestsFd_ < 0) {
+    process_->write(line.data(), qint64(line.size()));
+    process_->waitForBytesWritten(1000);
+    return true;
+  }
+  for (size_t done = 0; done < line.size();) {
+    const ssize_t n = ::write(requestsFd_, line.data() + done, line.size() - done);
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) return false;
+    done += size_t(n);
+  }
+  return true;
+}
+
+bool PlugHostClient::ReadAnswers() {
+  char chunk[4096];
+  ssize_t n;
+  while ((n = ::read(answersFd_, chunk, sizeof chunk)) > 0) answers_.Feed(std::string_view(chunk, size_t(n)));
+  return n != 0;
+}
+
+void PlugHostClient::WaitForAnswer(int ms) {
+  if (answersFd_ < 0) {
+    if (process_->waitForReadyRead(ms) || process_->bytesAvailable() > 0)
+      answers_.Feed(process_->readAllStandardOutput().toStdString());
+    return;
+  }
+  pollfd p{answersFd_, POLLIN, 0};
+  // After the host closed its end only its exit is still to come, and the
+  // pipe is always ready: then the wait is for the process.
+  const bool ended = ::poll(&p, 1, ms) > 0 && !ReadAnswers();
+  process_->waitForFinished(ended ? ms : 0);
+  // What the host wrote just before it ended (a crash's answer) is still in the pipe.
+  if (process_->state() == QProcess::NotRunning) ReadAnswers();
 }
 
 bool PlugHostClient::Start(std::string& why) {
   why = Unavailable();
   if (!why.empty()) return false;
   process_ = std::make_unique<QProcess>();
+  // The host's own channel; where named pipes cannot be made, its standard
+  // input and output serve.
+  QString requests, answers;
+  QStringList arguments{Q(FindPlugHost(is32bit_))};
+  if (OpenChannel(requests, answers)) {
+    arguments << "--channel" << Q(ToWinePath(requests.toStdString())) << Q(ToWinePath(answers.toStdString()));
+    process_->setStandardInputFile(QProcess::nullDevice());
+    process_->setStandardOutputFile(QProcess::nullDevice());
+  }
   QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
   if (!env.contains("WINEDEBUG")) env.insert("WINEDEBUG", "-all");
   // A fresh prefix would otherwise offer to download .NET and HTML engines.
   if (!env.contains("WINEDLLOVERRIDES")) env.insert("WINEDLLOVERRIDES", "mscoree,mshtml=");
   process_->setProcessEnvironment(env);
   process_->setStandardErrorFile(QProcess::nullDevice());
-  process_->start(Q(FindWine(is32bit_)), {Q(FindPlugHost(is32bit_))});
+  process_->start(Q(FindWine(is32bit_)), arguments);
   if (!process_->waitForStarted(10000)) {
     why = "Wine could not be started: " + process_->errorString().toStdString();
     process_.reset();
+    CloseChannel();
     return false;
   }
-  pending_.clear();
+  answers_.Clear();
   return true;
 }
 
-HostAnswer PlugHostClient::Request(const std::string& line, int timeoutMs) {
-  HostAnswer answer;
+HostAnswer PlugHostClient::Request(P::Request request, int timeoutMs) {
   int allowance = timeoutMs;
   if (process_ && process_->thread() != QThread::currentThread()) {
     // A process object serves only the thread that made it; a request from
@@ -204,38 +301,30 @@ HostAnswer PlugHostClient::Request(const std::string& line, int timeoutMs) {
       process_.reset();  // nobody else can touch it any more
     else
       process_.release()->deleteLater();
-    pending_.clear();
+    CloseChannel();
   }
   if (!running()) {
     std::string why;
     if (!Start(why)) return {HostAnswer::Kind::Unavailable, 0, why};
     allowance += startMs_;
   }
-  process_->write((line + "\n").c_str());
-  process_->waitForBytesWritten(1000);
+  request.id = NextId();
+  if (!Send(P::FormatRequest(request))) {
+    Stop();
+    return {HostAnswer::Kind::Crashed, static_cast<int>(P::HostError::Crashed),
+            "the request could not be given to the plugin host"};
+  }
   // A plugin's own dialog may stand as long as the user likes; only Esc
   // (the cancel callback) or the end of the process stops such a request.
   const bool waitsForUser = timeoutMs == kWaitForUser;
   const QDeadlineTimer deadline =
       waitsForUser ? QDeadlineTimer(QDeadlineTimer::Forever) : QDeadlineTimer(allowance);
-  const std::string prefix = P::kAnswerPrefix;
   for (;;) {
-    // Whole lines only; whatever a plugin prints itself is passed by.
-    for (size_t nl; (nl = pending_.find('\n')) != std::string::npos;) {
-      std::string got = pending_.substr(0, nl);
-      pending_.erase(0, nl + 1);
-      if (!got.empty() && got.back() == '\r') got.pop_back();
-      if (got.compare(0, prefix.size(), prefix) != 0) continue;
-      got.erase(0, prefix.size());
-      if (got == "OK") return answer;
-      answer.kind = HostAnswer::Kind::Failed;
-      if (got.compare(0, 4, "ERR ") == 0) {
-        const size_t space = got.find(' ', 4);
-        answer.code = std::atoi(got.substr(4, space - 4).c_str());
-        answer.message = space == std::string::npos ? std::string() : got.substr(space + 1);
-      } else {
-        answer.message = got;
-      }
+    // Only the answer to this request counts: anything else on the channel,
+    // and a late answer to a request given up on, is passed by.
+    if (const auto got = answers_.Take(request.id)) {
+      if (got->code == 0) return {};
+      HostAnswer answer{HostAnswer::Kind::Failed, got->code, got->text};
       if (answer.code == static_cast<int>(P::HostError::Crashed)) {
         answer.kind = HostAnswer::Kind::Crashed;
         Stop();
@@ -268,18 +357,23 @@ HostAnswer PlugHostClient::Request(const std::string& line, int timeoutMs) {
     if (whileWaiting_) whileWaiting_();
     const int step = 50;
     const int wait = waitsForUser ? step : int(std::min<qint64>(deadline.remainingTime(), step));
-    if (process_->waitForReadyRead(wait < 1 ? 1 : wait) || process_->bytesAvailable() > 0)
-      pending_ += process_->readAllStandardOutput().toStdString();
+    WaitForAnswer(wait < 1 ? 1 : wait);
   }
 }
 
 HostAnswer PlugHostClient::Probe(const std::string& plugin) {
-  return Request("PROBE\t" + ToWinePath(plugin), timeoutMs_);
+  P::Request probe;
+  probe.verb = P::Verb::Probe;
+  probe.plugin = ToWinePath(plugin);
+  return Request(std::move(probe), timeoutMs_);
 }
 
 HostAnswer PlugHostClient::About(const std::string& plugin) {
+  P::Request about;
+  about.verb = P::Verb::About;
+  about.plugin = ToWinePath(plugin);
   // An about box waits for the user.
-  return Request("ABOUT\t" + ToWinePath(plugin), kWaitForUser);
+  return Request(std::move(about), kWaitForUser);
 }
 
 HostAnswer PlugHostClient::Run(const std::string& plugin, QImage& picture, const std::string& paramsFile,
@@ -287,22 +381,21 @@ HostAnswer PlugHostClient::Run(const std::string& plugin, QImage& picture, const
   const int planes = picture.format() == QImage::Format_RGBA8888 ? 4 : 3;
   if (planes == 3 && picture.format() != QImage::Format_RGB888)
     return {HostAnswer::Kind::Failed, static_cast<int>(P::HostError::BadPicture), "unsupported picture format"};
-  if (!work_) {
-    work_ = std::make_unique<QTemporaryDir>();
-    if (!work_->isValid()) {
-      work_.reset();
-      return {HostAnswer::Kind::Failed, static_cast<int>(P::HostError::BadPicture),
-              "no temporary folder for the pictures"};
-    }
-  }
+  if (!MakeWorkFolder())
+    return {HostAnswer::Kind::Failed, static_cast<int>(P::HostError::BadPicture),
+            "no temporary folder for the pictures"};
   const QString in = work_->filePath("in.trpx"), out = work_->filePath("out.trpx");
   QFile::remove(out);
   if (!WritePicture(in, picture, planes))
     return {HostAnswer::Kind::Failed, static_cast<int>(P::HostError::BadPicture), "the picture could not be written"};
-  const std::string params = paramsFile.empty() ? std::string("-") : ToWinePath(paramsFile);
-  HostAnswer a = Request("RUN\t" + ToWinePath(plugin) + "\t" + ToWinePath(in.toStdString()) + "\t" +
-                             ToWinePath(out.toStdString()) + "\t" + params + "\t" + (dialog ? "1" : "0"),
-                         dialog ? kWaitForUser : timeoutMs_);
+  P::Request run;
+  run.verb = P::Verb::Run;
+  run.plugin = ToWinePath(plugin);
+  run.input = ToWinePath(in.toStdString());
+  run.output = ToWinePath(out.toStdString());
+  run.params = paramsFile.empty() ? std::string() : ToWinePath(paramsFile);
+  run.dialog = dialog;
+  HostAnswer a = Request(std::move(run), dialog ? kWaitForUser : timeoutMs_);
   if (!a.ok()) return a;
   QImage result(picture.size(), picture.format());
   if (!ReadPicture(out, result, planes))

@@ -12,7 +12,10 @@
 
 #include <QImage>
 
+#include "hostprotocol/HostProtocol.h"
+
 class QProcess;
+class QString;
 class QTemporaryDir;
 
 namespace trel {
@@ -28,7 +31,7 @@ std::string ToWinePath(const std::string& path);
 struct HostAnswer {
   enum class Kind { Ok, Failed, Crashed, TimedOut, Unavailable, Cancelled };
   Kind kind = Kind::Ok;
-  int code = 0;          // the host's error number (HostProtocol.h) when Failed
+  int code = 0;          // the host's error number (hostprotocol::HostError) when Failed
   std::string message;   // for the user: why it did not work
   bool ok() const { return kind == Kind::Ok; }
 };
@@ -70,15 +73,30 @@ class PlugHostClient {
   void Stop();
 
  private:
-  HostAnswer Request(const std::string& line, int timeoutMs);
+  HostAnswer Request(hostprotocol::Request request, int timeoutMs);
   bool Start(std::string& why);
+  bool MakeWorkFolder();
+  // The host's own channel: two named pipes in the work folder, or none (-1),
+  // when the host's standard input and output serve.
+  bool OpenChannel(QString& requests, QString& answers);
+  void CloseChannel();
+  bool Send(const std::string& line);
+  // Feeds what the answers pipe holds to answers_; false at the pipe's end.
+  bool ReadAnswers();
+  // Waits up to `ms` for more of the answer and feeds what came to answers_.
+  void WaitForAnswer(int ms);
+  uint32_t NextId() { return ++lastId_ != 0 ? lastId_ : ++lastId_; }
 
   bool is32bit_;
   int timeoutMs_ = 30000;
   int startMs_ = 90000;
   std::unique_ptr<QProcess> process_;
   std::unique_ptr<QTemporaryDir> work_;
-  std::string pending_;  // output read past the last answer
+  hostprotocol::AnswerReader answers_;
+  int requestsFd_ = -1, answersFd_ = -1;
+  std::string requestsPath_, answersPath_;
+  int channels_ = 0;  // pipes made so far, for fresh names
+  uint32_t lastId_ = 0;  // of the last request sent
   std::function<bool()> cancel_;
   std::function<void()> whileWaiting_;
 };

@@ -20,7 +20,7 @@
 #include "filter/TemplateLayout.h"
 #include "host/ImageLibrary.h"
 #include "host/PlugHostClient.h"
-#include "plughost/HostProtocol.h"
+#include "hostprotocol/HostProtocol.h"
 
 namespace trel {
 namespace {
@@ -134,7 +134,7 @@ TEST_F(PluginDialogXvfb, EscCancelsTheRunAndADemoPluginIgnoresReturn) {
   const HostAnswer a =
       RunWithKeys(plugin, picture, f.title + " Demo...", {"Right", "Return", "Escape"}, "dialog-cancel.png");
   EXPECT_EQ(a.kind, HostAnswer::Kind::Failed);
-  EXPECT_EQ(a.code, static_cast<int>(plughost::HostError::Cancelled)) << a.message;
+  EXPECT_EQ(a.code, static_cast<int>(hostprotocol::HostError::Cancelled)) << a.message;
   EXPECT_EQ(picture, original);
   EXPECT_FALSE(fs::exists(params));
 }

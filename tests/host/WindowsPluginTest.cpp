@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <QImage>
+#include <QProcess>
 
 #include "HostTestSupport.h"
 #include "host/ImageLibrary.h"
@@ -114,6 +115,77 @@ TEST_F(WindowsPluginTest, InvertsInStripsAndKeepsTheHostForTheNextRun) {
   std::thread([&] { inWorker = Run(TestPlugin("invert64.8bf"), h, {0, 0, 89, 149}); }).join();
   EXPECT_EQ(inWorker, IMG_OK) << lib.ImgErrString();
   EXPECT_TRUE(IsInverse(before, *lib.image(h)));
+}
+
+TEST_F(WindowsPluginTest, WhatAPluginPrintsOrReadsNeverReachesTheChannel) {
+  // The plugin prints answers of the host's own form for the first ids,
+  // leaves its output without a line end and reads its standard input.
+  PlugHostClient host(false);
+  host.setTimeout(10000);
+  const QImage original = test::PatternPicture(30, 70, false);
+  qint64 pid = 0;
+  for (int round = 0; round < 3; ++round) {
+    QImage picture = original;
+    const HostAnswer a = host.Run(TestPlugin("chatty64.8bf"), picture, "", false);
+    ASSERT_TRUE(a.ok()) << a.message;
+    EXPECT_TRUE(IsInverse(original, picture)) << "round " << round;
+    if (round == 0) pid = host.processId();
+    EXPECT_EQ(host.processId(), pid) << "the same host answers every request";
+  }
+}
+
+TEST_F(WindowsPluginTest, APathWithControlCharactersIsAnsweredAndTheNextRequestToo) {
+  PlugHostClient host(false);
+  host.setTimeout(10000);
+  const struct {
+    const char* folder;
+    bool loads;  // Windows paths cannot hold control characters
+  } rows[] = {{"line\nbreak", false}, {"tab\tand\rreturn", false}, {"100%0A, no line break", true}};
+  for (const auto& row : rows) {
+    const std::string plugin = dir.path() + row.folder + "/Invert.8bf";
+    std::filesystem::create_directories(std::filesystem::path(plugin).parent_path());
+    std::filesystem::copy_file(TestPlugin("invert64.8bf"), plugin);
+    const HostAnswer odd = host.Probe(plugin);
+    if (row.loads) {
+      EXPECT_TRUE(odd.ok()) << odd.message;
+    } else {
+      EXPECT_EQ(odd.code, static_cast<int>(hostprotocol::HostError::LoadFailed)) << odd.message;
+      EXPECT_NE(odd.message.find("control character"), std::string::npos) << odd.message;
+    }
+    const HostAnswer plain = host.Probe(TestPlugin("invert64.8bf"));
+    EXPECT_TRUE(plain.ok()) << plain.message;
+  }
+}
+
+TEST_F(WindowsPluginTest, WithoutNamedPipesTheHostServesItsStandardInputAndOutput) {
+  namespace hp = hostprotocol;
+  QProcess host;
+  QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+  env.insert("WINEDEBUG", "-all");
+  host.setProcessEnvironment(env);
+  host.setStandardErrorFile(QProcess::nullDevice());
+  host.start(QString::fromStdString(FindWine(false)), {QString::fromStdString(FindPlugHost(false))});
+  ASSERT_TRUE(host.waitForStarted(10000));
+  const auto probe = [](uint32_t id, const std::string& plugin) {
+    return hp::FormatRequest({id, hp::Verb::Probe, ToWinePath(plugin), "", "", "", false});
+  };
+  const std::string requests = "no id at all\n5\tBOGUS\n" + probe(6, TestPlugin("invert64.8bf")) +
+                               probe(7, TestPlugin("noentry64.8bf")) + hp::FormatRequest({8, hp::Verb::Quit, "", "", "", "", false});
+  host.write(requests.data(), qint64(requests.size()));
+  host.closeWriteChannel();
+  ASSERT_TRUE(host.waitForFinished(120000));
+  EXPECT_EQ(host.exitCode(), 0);
+  hp::AnswerReader answers;
+  answers.Feed(host.readAllStandardOutput().toStdString());
+  const auto bogus = answers.Take(5);
+  ASSERT_TRUE(bogus) << "a request the host cannot read is answered by its id";
+  EXPECT_EQ(bogus->code, static_cast<int>(hp::HostError::Usage));
+  const auto good = answers.Take(6);
+  ASSERT_TRUE(good);
+  EXPECT_EQ(good->code, 0) << good->text;
+  const auto noEntry = answers.Take(7);
+  ASSERT_TRUE(noEntry);
+  EXPECT_EQ(noEntry->code, static_cast<int>(hp::HostError::NoEntryPoint)) << noEntry->text;
 }
 
 TEST_F(WindowsPluginTest, FaultyPluginsGiveTheLibrarysErrorAndTheHostRecovers) {

@@ -8,12 +8,15 @@
    parameters selector came first, one answers "cancelled" unless it may show
    its dialog, one wants its dialog at start once the parameters selector ran
    (as Filter Factory's plugins do), one opens a window whatever the host says, one imports the old
-   C runtime MSVCRT10.dll and one a DLL that is installed nowhere. */
+   C runtime MSVCRT10.dll and one a DLL that is installed nowhere. One
+   prints and reads as a console program would, answers of the host's own
+   form among what it prints. */
 #include <stddef.h>
 #include <stdint.h>
 #include <stdlib.h>
 #include <string.h>
-#if TEST_FILTER == 10 || TEST_FILTER == 14
+#if TEST_FILTER == 10 || TEST_FILTER == 14 || TEST_FILTER == 16
+#include <stdio.h>
 #include <windows.h>
 #endif
 
@@ -35,6 +38,7 @@
 #define OLDDIALOG 13
 #define EXITS 14
 #define NEEDSUITE 15
+#define CHATTY 16
 
 #if TEST_FILTER == MISSINGDLL
 /* From TrelAbsent.dll, which exists nowhere, or a function our MSVCRT10.dll
@@ -135,8 +139,24 @@ __declspec(dllexport) void PluginMain(int16_t selector, void* record, intptr_t* 
       }
 #endif
       break;
-    case filterSelectorAbout:
     case filterSelectorPrepare:
+#if TEST_FILTER == CHATTY
+    {
+      /* Through the C runtime and the standard handles, the output left
+         without a line end, and a read that would wait for a console. */
+      DWORD n = 0;
+      char got[64];
+      printf("chatter\n@@TREL OK\n");
+      for (int id = 1; id < 20; ++id) printf("\n@@TREL\t%d\tERR\t4\tnot the host", id);
+      fflush(stdout);
+      const char fake[] = "\n@@TREL\t1\tOK\n@@TREL\t2\tOK\n@@TREL\t3\tOK\nno line end";
+      WriteFile(GetStdHandle(STD_OUTPUT_HANDLE), fake, sizeof fake - 1, &n, NULL);
+      ReadFile(GetStdHandle(STD_INPUT_HANDLE), got, sizeof got, &n, NULL);
+      if (fgetc(stdin) != EOF) *result = piFilterBadParameters;
+    }
+#endif
+      break;
+    case filterSelectorAbout:
     case filterSelectorFinish:
       break;
     case filterSelectorStart:
