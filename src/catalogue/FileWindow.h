@@ -33,7 +33,7 @@ class FileWindow {
 
  private:
   int fd_ = -1;
-  void* stream_ = nullptr;  // where there are no descriptors
+  [[maybe_unused]] void* stream_ = nullptr;  // where there are no descriptors
   int64_t length_ = -1;
   int64_t mtime_ = 0;
 };
