@@ -291,12 +291,12 @@ void CodeBoxes::LoadSnippets(const std::string& programFolder) {
   snippetList_->setCurrentIndex(-1);
 }
 
-int CodeBoxes::FindAndReplace(const QString& find, const QString& replace, bool all) {
+int CodeBoxes::FindAndReplace(const QString& find, const QString& replace, ReplaceScope scope) {
   const int i = Visible();
   if (i < 0 || find.isEmpty()) return 0;
   QPlainTextEdit* box = boxes_[size_t(i)];
   int count = 0;
-  if (all) {
+  if (scope == ReplaceScope::All) {
     QTextCursor edit(box->document());
     edit.beginEditBlock();  // one undo step
     QTextCursor at(box->document());
@@ -342,10 +342,10 @@ void CodeBoxes::ShowFindReplace() {
   auto* status = new QLabel(&dialog);
   form->addRow(status);
   connect(next, &QPushButton::clicked, &dialog, [&] {
-    FindAndReplace(find->text(), replace->text(), false);
+    FindAndReplace(find->text(), replace->text(), ReplaceScope::Next);
   });
   connect(all, &QPushButton::clicked, &dialog, [&] {
-    status->setText(QString("%1 replaced").arg(FindAndReplace(find->text(), replace->text(), true)));
+    status->setText(QString("%1 replaced").arg(FindAndReplace(find->text(), replace->text(), ReplaceScope::All)));
   });
   connect(close, &QPushButton::clicked, &dialog, &QDialog::accept);
   if (Visible() < 0) Toggle(1);

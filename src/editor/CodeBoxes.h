@@ -31,6 +31,10 @@ class ClickLabel;
 // code runs on all three colours.
 enum class CodeMode { ThreeBoxes, OneBox };
 
+// "Find / Replace Next" replaces the selection when it is the text sought and
+// selects the next one; "Replace All" replaces every one as one undo step.
+enum class ReplaceScope { Next, All };
+
 class CodeBoxes : public QObject {
   Q_OBJECT
  public:
@@ -69,7 +73,8 @@ class CodeBoxes : public QObject {
   void Insert(const QString& text);
   void InsertFunction(const QString& entry);
   void InsertSnippet(int index);
-  int FindAndReplace(const QString& find, const QString& replace, bool all);
+  // How many places were replaced.
+  int FindAndReplace(const QString& find, const QString& replace, ReplaceScope scope);
   void ShowFindReplace();
   void ChooseFont();
   void LoadSnippets(const std::string& programFolder);

@@ -147,8 +147,8 @@ void FFEditorType1::InsertInCode(const QString& text) { codes_->Insert(text); }
 void FFEditorType1::InsertFunction(const QString& entry) { codes_->InsertFunction(entry); }
 void FFEditorType1::InsertSnippet(int index) { codes_->InsertSnippet(index); }
 const std::vector<Snippet>& FFEditorType1::Snippets() const { return codes_->snippets(); }
-int FFEditorType1::FindAndReplace(const QString& find, const QString& replace, bool all) {
-  return codes_->FindAndReplace(find, replace, all);
+int FFEditorType1::FindAndReplace(const QString& find, const QString& replace, ReplaceScope scope) {
+  return codes_->FindAndReplace(find, replace, scope);
 }
 void FFEditorType1::ShowFindReplace() { codes_->ShowFindReplace(); }
 void FFEditorType1::ChooseCodeFont() { codes_->ChooseFont(); }

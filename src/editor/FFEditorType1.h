@@ -115,7 +115,7 @@ class FFEditorType1 : public QWidget {
   // Switches between three colour boxes and one box for all colours.
   void Command10_Click();
   CodeMode codeMode() const;
-  int FindAndReplace(const QString& find, const QString& replace, bool all);
+  int FindAndReplace(const QString& find, const QString& replace, ReplaceScope scope);
   void CopyFilterToClipboard();
   void PasteFilterFromClipboard();
   // Prints on `printer` (tests hand a PDF printer).

@@ -17,6 +17,7 @@
 #include <QPrinter>
 #include <QProcess>
 #include <QPushButton>
+#include <QTest>
 #include <QTextBlock>
 #include <QTextLayout>
 #include <filesystem>
@@ -325,12 +326,20 @@ TEST_F(EditorWindow, SaveInEveryFormatReadsBack) {
 
 TEST_F(EditorWindow, FindReplaceAndUndo) {
   Type(1, "r+r*2+r");  // the red box shows at start
-  EXPECT_EQ(editor->FindAndReplace("r", "g", true), 3);
+  EXPECT_EQ(editor->FindAndReplace("r", "g", ReplaceScope::All), 3);
   EXPECT_EQ(box(1)->toPlainText(), "g+g*2+g");
   box(1)->undo();
   EXPECT_EQ(box(1)->toPlainText(), "r+r*2+r");
+  // Next: the first call only finds, the second replaces what it found.
+  QTextCursor start(box(1)->document());
+  box(1)->setTextCursor(start);
+  EXPECT_EQ(editor->FindAndReplace("r", "g", ReplaceScope::Next), 0);
+  EXPECT_EQ(box(1)->textCursor().selectedText(), "r");
+  EXPECT_EQ(editor->FindAndReplace("r", "g", ReplaceScope::Next), 1);
+  EXPECT_EQ(box(1)->toPlainText(), "g+r*2+r");
+  EXPECT_EQ(box(1)->textCursor().selectionStart(), 2);
   editor->Label2_Click(1);  // hidden: nothing to search in
-  EXPECT_EQ(editor->FindAndReplace("r", "g", true), 0);
+  EXPECT_EQ(editor->FindAndReplace("r", "g", ReplaceScope::All), 0);
 }
 
 TEST_F(EditorWindow, MenusAndSnippetsInsertAtTheCaret) {
@@ -463,16 +472,62 @@ TEST_F(EditorWindow, AlphaOnlyFiltersShowAlphaInGrey) {
 }
 
 TEST_F(EditorWindow, OneBoxModeCopiesRedToGreenAndBlue) {
+  EXPECT_EQ(editor->codeMode(), CodeMode::ThreeBoxes);
   editor->Command10_Click();
+  EXPECT_EQ(editor->codeMode(), CodeMode::OneBox);
+  EXPECT_EQ(child<QPushButton>("Command10")->text(), "3");  // the button offers the other mode
+  EXPECT_FALSE(child<QLabel>("Label2_2")->isVisibleTo(editor.get()));
   EXPECT_EQ(label("Label2", 1), "C=");
   Type(1, "255-c");
   Type(2, "g");
   const QRgb out = Preview().pixel(5, 5), src = editor->previewSource().pixel(5, 5);
   EXPECT_EQ(qGreen(out), 255 - qGreen(src));
   EXPECT_EQ(qBlue(out), 255 - qBlue(src));
+  // What is saved and copied is what runs: green and blue are the red code.
+  child<QLabel>("Label6_0")->setText("One.txt");
+  editor->SaveFilterAs(OutputFormat::TXT);
+  FFFilter saved;
+  FilterEnv env = Env();
+  ASSERT_TRUE(LoadItFile(saved, target, "One.txt", env));
+  EXPECT_EQ(saved.codeR + "|" + saved.codeG + "|" + saved.codeB, "255-c|255-c|255-c");
   editor->Command10_Click();
+  EXPECT_EQ(editor->codeMode(), CodeMode::ThreeBoxes);
+  EXPECT_EQ(child<QPushButton>("Command10")->text(), "1");
   EXPECT_EQ(label("Label2", 1), "R=");
   EXPECT_EQ(box(2)->toPlainText(), "g");  // the hidden boxes kept their text
+  editor->SaveFilterAs(OutputFormat::TXT);
+  ASSERT_TRUE(LoadItFile(saved, target, "One.txt", env));
+  EXPECT_EQ(saved.codeG, "g");
+}
+
+TEST_F(EditorWindow, DeleteTakesTheNextClickedSpot) {
+  for (int n = 0; n < 8; ++n) filter.ctlName[n + 1] = "C" + std::to_string(n);
+  editor->FilterToEditor();
+  editor->SetSliderValue(0, 77);
+  auto* button = child<QPushButton>("Command7_3");
+  auto* mark = child<QLabel>("Picture7_3");
+  auto* del = child<QPushButton>("Command8");
+  button->click();  // stores, and the button holds the spot
+  EXPECT_TRUE(button->font().bold());
+  EXPECT_TRUE(editor->SpotMarked(3));
+  editor->SetSliderValue(0, 5);
+  button->click();  // a held spot recalls
+  EXPECT_EQ(editor->SliderValue(0), 77);
+  del->click();
+  EXPECT_FALSE(del->isEnabled());
+  button->click();  // armed: the button lets go of the spot and nothing is recalled
+  EXPECT_FALSE(button->font().bold());
+  EXPECT_TRUE(del->isEnabled());
+  EXPECT_TRUE(editor->SpotMarked(3));  // the mark stays until it is deleted itself
+  del->click();
+  QTest::mouseClick(mark, Qt::LeftButton);
+  EXPECT_FALSE(editor->SpotMarked(3));
+  EXPECT_TRUE(del->isEnabled());
+  // Unarmed, the grid stores into the spot under the mouse.
+  auto* grid = child<QLabel>("Picture6");
+  QTest::mouseClick(grid, Qt::LeftButton, {}, QPoint(grid->width() / 10, grid->height() * 3 / 4));
+  EXPECT_TRUE(editor->SpotMarked(5));
+  EXPECT_EQ(filter.presets[0][5], 77);
 }
 
 }  // namespace
