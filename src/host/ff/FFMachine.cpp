@@ -305,6 +305,19 @@ void ColourSpace(const int32_t* r, const int32_t* g, const int32_t* b, int n, in
     for (int k = 0; k < n; ++k) v[k] = ChromaV(r[k], g[k], b[k]);
 }
 
+// d and m of the pixels x0 .. x0+n-1 of row y; either output may be null.
+TREL_FF_CLONES
+void Polar(const Tables& t, int32_t x0, int32_t y, int width, int height, int n, int32_t* d, int32_t* m) {
+  if (d) {
+    const int32_t cy = Sub(y, height >> 1), cx = Sub(x0, width >> 1);
+    for (int k = 0; k < n; ++k) d[k] = C2d(t, cx + k, cy);
+  }
+  if (m) {
+    const int32_t cy = Sub(y, (height + 1) / 2), cx = Sub(x0, (width + 1) / 2);
+    for (int k = 0; k < n; ++k) m[k] = C2m(t, cx + k, cy);
+  }
+}
+
 // The channels' results clamped into whole pixels; without a fourth channel
 // the fourth byte is 255.
 TREL_FF_CLONES
@@ -363,14 +376,9 @@ void Machine::LoadInputs(int x0, int n, uint32_t used) {
     ColourSpace(Reg(kRegR), Reg(kRegG), Reg(kRegB), n, uses(kRegI) ? Reg(kRegI) : nullptr,
                 uses(kRegU) ? Reg(kRegU) : nullptr, uses(kRegV) ? Reg(kRegV) : nullptr);
   if (uses(kRegX)) std::memcpy(Reg(kRegX), columns_.data() + x0, size_t(n) * sizeof(int32_t));
-  if (uses(kRegD)) {
-    int32_t* d = Reg(kRegD);
-    for (int k = 0; k < n; ++k) d[k] = PixelDirection(x0 + k, y_, src_.width, src_.height);
-  }
-  if (uses(kRegM)) {
-    int32_t* d = Reg(kRegM);
-    for (int k = 0; k < n; ++k) d[k] = PixelMagnitude(x0 + k, y_, src_.width, src_.height);
-  }
+  if (uses(kRegD) || uses(kRegM))
+    Polar(tables_, x0, y_, src_.width, src_.height, n, uses(kRegD) ? Reg(kRegD) : nullptr,
+          uses(kRegM) ? Reg(kRegM) : nullptr);
 }
 
 void Machine::RunBlock(const ChannelCode& code, int n) {

@@ -26,7 +26,9 @@ TEST(FFTables, TablesMatchTheirCheckValues) {
       {t.cosT[0], 16384}, {t.cosT[1], 16383}, {t.cosT[40], 15893}, {t.cosT[128], 11585},
       {t.cosT[255], 100}, {t.cosT[256], -100}, {t.atanT[1023], 51472},
       {t.atanT[0], 63},  // floor(65536 * atan(1/1024))
-      {t.magT[0], 32},    {t.magT[1023], 27132}};
+      {t.magT[0], 32},    {t.magT[1023], 27132},
+      {t.dirT[0], 40},  // read before the arctangent table
+      {t.dirT[1], 0},     {t.dirT[1024], 128}};
   for (const auto& [got, want] : checks) EXPECT_EQ(got, want);
   int64_t sum = 0;
   for (int32_t v : t.cosT) sum += v;
