@@ -29,7 +29,7 @@ struct Ctx {
   RunState* state;
   int32_t y;
   const uint16_t* args;
-  int32_t* scratch;  // two blocks of values
+  int32_t* scratch;  // four blocks of values and six more
   int block;
 };
 
@@ -187,17 +187,22 @@ template <class Len>
                                   ClampedRow(c.src, Add(c.y, 1))};
         const int32_t last = c.src.width - 1;
         if (in.c & 1) {
-          // Weights known for the whole row: one pass over the row per
-          // non-zero weight, accumulated in scratch.
+          // Weights known for the whole row: the channel of the three rows is
+          // read once, one column either side, and the nine products are
+          // summed in one pass.
           int32_t* acc = c.scratch;
-          int32_t* col = c.scratch + c.block;
-          TREL_LOOP acc[k] = 0;
-          for (int j = 0; j < 9; ++j) {
-            const uint32_t wj = uint32_t(w[j][0]);
-            if (wj == 0) continue;
-            ReadColumns(rows[j / 3], ch, int64_t(X[0]) + (j % 3 - 1), len, c.src.width, col);
-            TREL_LOOP acc[k] = Wrap(uint32_t(acc[k]) + wj * uint32_t(col[k]));
-          }
+          int32_t* up = c.scratch + c.block;
+          int32_t* at = up + c.block + 2;
+          int32_t* dn = at + c.block + 2;
+          const int64_t x0 = int64_t(X[0]) - 1;
+          ReadColumns(rows[0], ch, x0, len + 2, c.src.width, up);
+          ReadColumns(rows[1], ch, x0, len + 2, c.src.width, at);
+          ReadColumns(rows[2], ch, x0, len + 2, c.src.width, dn);
+          uint32_t q[9];
+          for (int j = 0; j < 9; ++j) q[j] = uint32_t(w[j][0]);
+          TREL_LOOP acc[k] = Wrap(q[0] * uint32_t(up[k]) + q[1] * uint32_t(up[k + 1]) + q[2] * uint32_t(up[k + 2]) +
+                                  q[3] * uint32_t(at[k]) + q[4] * uint32_t(at[k + 1]) + q[5] * uint32_t(at[k + 2]) +
+                                  q[6] * uint32_t(dn[k]) + q[7] * uint32_t(dn[k + 1]) + q[8] * uint32_t(dn[k + 2]));
           const int32_t dv = w[9][0];
           if (!(in.c & 2)) {
             TREL_LOOP D[k] = DivFast(acc[k], w[9][k]);
@@ -305,6 +310,21 @@ void ColourSpace(const int32_t* r, const int32_t* g, const int32_t* b, int n, in
     for (int k = 0; k < n; ++k) v[k] = ChromaV(r[k], g[k], b[k]);
 }
 
+// A row that the filter leaves as it is; without alpha the fourth byte becomes 255.
+TREL_FF_CLONES
+void CopyRow(const uint8_t* in, int n, bool alpha, uint8_t* out) {
+  if (alpha) {
+    std::memcpy(out, in, size_t(n) * 4);
+    return;
+  }
+  for (int k = 0; k < n; ++k) {
+    uint32_t px;
+    std::memcpy(&px, in + k * 4, 4);
+    px |= 0xFF000000u;
+    std::memcpy(out + k * 4, &px, 4);
+  }
+}
+
 // d and m of the pixels x0 .. x0+n-1 of row y; either output may be null.
 TREL_FF_CLONES
 void Polar(const Tables& t, int32_t x0, int32_t y, int width, int height, int n, int32_t* d, int32_t* m) {
@@ -345,7 +365,7 @@ Machine::Machine(const Program& prog, const ConstImageView& src, const int32_t* 
   // Keep the register file within the cache even for very long formulas.
   while (block_ > 8 && size_t(prog.regCount) * size_t(block_) > 65536) block_ /= 2;
   regs_.assign(size_t(prog.regCount) * size_t(block_), 0);
-  scratch_.assign(size_t(block_) * 2, 0);
+  scratch_.assign(size_t(block_) * 4 + 6, 0);
   for (int z = 0; z < channels_; ++z) used_ |= prog.inputsUsed[z];
   // x along a row, the same for every row: copied, not counted, per block.
   columns_.resize(size_t(src.width));
@@ -361,6 +381,9 @@ Machine::Machine(const Program& prog, const ConstImageView& src, const int32_t* 
   for (int i = 0; i < 8; ++i) fill(uint16_t(kRegCtl0 + i), CtlByte(ctl, i));
   for (const auto& [reg, value] : prog.constants) fill(reg, value);
   if (channels_ < 4) fill(kRegA, 0);  // `a` of a picture without alpha
+  identity_ = true;
+  for (int z = 0; z < channels_; ++z)
+    identity_ = identity_ && prog.channels[z].code.empty() && prog.channels[z].result == kRegR + z;
   for (int z = 0; z < channels_; ++z)
     pixelCode_.code.insert(pixelCode_.code.end(), prog.channels[z].code.begin(), prog.channels[z].code.end());
 }
@@ -401,6 +424,10 @@ void Machine::BeginRow(int y) {
 }
 
 void Machine::RunRowBlocks(int y, uint8_t* dstRow) {
+  if (identity_) {
+    CopyRow(src_.pixels + y * src_.stride, src_.width, channels_ == 4, dstRow);
+    return;
+  }
   BeginRow(y);
   for (int x0 = 0; x0 < src_.width; x0 += block_) {
     const int n = src_.width - x0 < block_ ? src_.width - x0 : block_;

@@ -45,6 +45,7 @@ class Machine {
   int block_;
   int y_ = 0;
   uint32_t used_ = 0;
+  bool identity_ = false;  // every channel is its own source byte
   std::vector<int32_t> regs_;
   std::vector<int32_t> scratch_;
   std::vector<int32_t> columns_;  // 0, 1, ... width - 1
