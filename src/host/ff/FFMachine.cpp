@@ -252,7 +252,7 @@ template <class Len>
       case OpCode::ModC: {
         const ConstDivisor cd(in.imm);
         if (cd.shift >= 0) {
-          TREL_LOOP D[k] = Sub(A[k], Mul(cd.QuotShift(A[k]), cd.d));
+          TREL_LOOP D[k] = Sub(A[k], Shl(cd.QuotShift(A[k]), cd.shift));
         } else {
           TREL_LOOP D[k] = Sub(A[k], Mul(cd.QuotMul(A[k]), cd.d));
         }
@@ -462,14 +462,19 @@ std::vector<int32_t> Machine::RawRow(int channel, int y, bool ordered) {
   for (int x0 = 0; x0 < src_.width; x0 += block_) {
     const int n = src_.width - x0 < block_ ? src_.width - x0 : block_;
     LoadInputs(x0, n, used_ | prog_.inputsUsed[channel]);
+    // The channels whose values this one reads run first, as they do in a
+    // whole pixel.
+    auto before = [&](int j) { return (code.needs >> j & 1) != 0; };
     if (ordered) {
       for (int k = 0; k < n; ++k) {
-        if (code.sharedWith >= 0) RunOne(prog_.channels[code.sharedWith], k);
+        for (int j = 0; j < channel; ++j)
+          if (before(j)) RunOne(prog_.channels[j], k);
         RunOne(code, k);
         row.push_back(Reg(code.result)[k]);
       }
     } else {
-      if (code.sharedWith >= 0) RunBlock(prog_.channels[code.sharedWith], n);
+      for (int j = 0; j < channel; ++j)
+        if (before(j)) RunBlock(prog_.channels[j], n);
       RunBlock(code, n);
       const int32_t* res = Reg(code.result);
       row.insert(row.end(), res, res + n);

@@ -55,6 +55,7 @@ struct ChannelCode {
   uint16_t result = 0;
   bool sideEffects = false;  // put, rnd or rst may run
   int sharedWith = -1;  // an earlier channel with the same formula computes the result
+  uint8_t needs = 0;    // bit j: reads values that channel j computes, so j runs first
 };
 
 struct Program {

@@ -168,6 +168,76 @@ TEST(FFRender, ParallelRowsEqualTheSequentialOrder) {
   EXPECT_TRUE(MustCompile({"r", "rst(1)", "b", "a"}).parallel(false));  // rst acts on nothing
 }
 
+// The shapes the machine has fast paths for, on pictures wider than two
+// blocks of pixels with a part block at the end, with and without alpha, on
+// one thread and on two.
+TEST(FFRender, CommonShapesAcrossBlockEdgesEqualTheTreeWalker) {
+  const std::array<std::string, 4> codes[] = {
+      {"r", "g", "b", "a"},  // every channel left as it is
+      {"c", "c", "c", "c"},
+      {"b", "g", "r", "a"},
+      {"255 - c", "src(x + 3, y - 2, z) / 2 + c / 2", "(c * ctl(0) + x * y) % 256 ^ ctl(1)", "c"},
+      {"sin(d * 4 + m) / 2 + c2d(x - 320, y - 240) + cos(x) / 4", "cnv(1, 2, 1, 2, 4, 2, 1, 2, 1, 16)",
+       "cnv(0,-1,0,-1,5,-1,0,-1,0,1)", "cnv(-3,1,7,0,0,-1,2,1,1,-5)"},
+      // Powers of two and their neighbours as divisors of negative values.
+      {"(x * 37 - 9000) % 256 + 128", "(x * y * 977 - 100000) % 64 + 64", "(500 - x * 3) / 16 + 100",
+       "(x - 300) % 1024 / 4 + (x - 300) % 3"},
+      // Far off the axes, where the magnitudes need all 32 bits.
+      {"c2d(x * 1000003 - 2147483647, y - 3) + 300", "c2m(x * 5000011, y * 40000000 - 1) & 255",
+       "c2m(x - 258, (-2147483647 - 1) + y) >> 23", "c2d((-2147483647 - 1) * (x & 1), x - 2) + 600"},
+  };
+  const Controls ctl{37, 200, 0, 0, 0, 0, 0, 0};
+  for (bool alpha : {false, true}) {
+    const ImageRGBA8 src = PatternImage(517, 5, alpha);
+    for (const auto& code : codes) {
+      const ImageRGBA8 reference = ReferenceRender(code, ctl, src);
+      for (int threads : {1, 2})
+        EXPECT_EQ(Render(code, src, ctl, threads).pixels, reference.pixels)
+            << code[0] << " | " << code[1] << " | " << code[2] << " | " << code[3] << ", alpha " << alpha
+            << ", " << threads << " threads";
+    }
+  }
+}
+
+// Parts that several channels have alike are computed once, by the first
+// channel; each channel's own values must not change for it, alone or in the
+// whole pixel.
+TEST(FFRender, PartsSharedBetweenChannelsKeepEveryChannelsValue) {
+  const std::array<std::string, 4> codes[] = {
+      {"(c * ctl(0) + x * y) % 256 ^ ctl(1)", "(c * ctl(0) + x * y) % 256 ^ ctl(1)",
+       "(c * ctl(0) + x * y) % 256 ^ ctl(1)", "x * y % 255"},
+      {"x*y+1", "x*y+1", "(x*y+1)*2", "c+x*y"},  // the whole, a part and a part of a part
+      {"sin(x)+c", "sin(x)", "sin(x)", "sin(x)+1"},
+      {"src(x+1,y,0) + (y ? x : 5)", "(y ? x : 5) - src(x+1,y,0)", "min(src(x+1,y,0), y ? x : 5)",
+       "(y ? x : 5) * 0 + src(x+1,y,0)"},
+      {"mix(r, g, x, 300) + scl(x, 0, 600, 0, 255)", "scl(x, 0, 600, 0, 255)", "mix(r, g, x, 300)",
+       "mix(r, g, x, 300) - scl(x, 0, 600, 0, 255)"},
+  };
+  const Controls ctl{37, 200, 0, 0, 0, 0, 0, 0};
+  const ImageRGBA8 src = PatternImage(300, 3, true);
+  for (const auto& code : codes) {
+    const CompiledFilter f = MustCompile(code);
+    EXPECT_NE(f.program()->channels[1].needs & 1, 0) << code[1] << " reuses nothing from " << code[0];
+    for (int z = 0; z < 4; ++z) {
+      Ast ast = MustParse(code[z]);
+      RunState state;
+      PixelEnv env = EnvFor(src, ctl, state);
+      env.y = 1;
+      env.z = z;
+      std::vector<int32_t> tree;
+      for (env.x = 0; env.x < src.width; ++env.x) tree.push_back(EvaluateTree(ast, ast.root, env));
+      for (bool ordered : {false, true}) {
+        Machine machine(*f.program(), src.view(), ctl.data(), nullptr);
+        EXPECT_EQ(machine.RawRow(z, 1, ordered), tree) << code[z] << (ordered ? " ordered" : " blocks");
+      }
+    }
+    EXPECT_EQ(Render(code, src, ctl, 1).pixels, ReferenceRender(code, ctl, src).pixels) << code[0];
+  }
+  // Side effects between the channels could change a shared part: nothing is shared then.
+  const CompiledFilter acting = MustCompile({"x*y + put(r, 0)", "x*y", "x*y", "a"});
+  for (const ChannelCode& ch : acting.program()->channels) EXPECT_EQ(ch.needs, 0);
+}
+
 TEST(FFRender, HugePicturesWithATrivialFormula) {
 #if defined(__SANITIZE_ADDRESS__)
   const bool sanitized = true;  // the full square costs a minute there; the strips reach as far
