@@ -118,12 +118,20 @@ RenderStatus RenderFilter(const CompiledFilter& filter, const Controls& controls
   };
 
   if (!filter.parallel(src.hasAlpha)) {
+    // Without put, the only effect is rnd's, whose numbers the block form draws
+    // ahead in the order of the pixels: rows in order, each in blocks.
+    bool writesCells = false;
+    for (int z = 0; z < (src.hasAlpha ? 4 : 3); ++z)
+      for (const Instr& in : prog.channels[z].code) writesCells = writesCells || in.op == OpCode::Put;
     RunState state;
     state.Reset();
     Machine machine(prog, src, ctl, &state);
     for (int y = 0; y < total; ++y) {
       if (cancelled()) return RenderStatus::Cancelled;
-      machine.RunRowOrdered(y, rowOut(y));
+      if (writesCells)
+        machine.RunRowOrdered(y, rowOut(y));
+      else
+        machine.RunRowBlocks(y, rowOut(y));
       report(y + 1);
     }
     return RenderStatus::Done;

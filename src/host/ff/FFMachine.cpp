@@ -31,6 +31,11 @@ struct Ctx {
   const uint16_t* args;
   int32_t* scratch;  // four blocks of values and six more
   int block;
+  // Numbers drawn ahead for the block's rnd calls, pixel by pixel, in each
+  // pixel its calls in order, drawStride a pixel; null when rnd draws as it goes.
+  const uint32_t* draws;
+  int drawStride;
+  int* drawsUsed;  // rnd calls of the block run so far
 };
 
 // Channel ch of `row` at columns xs, xs+1, ... xs+len-1, clamped to the row.
@@ -74,6 +79,36 @@ inline void ReadColumns(const uint8_t* row, int ch, int64_t xs, int len, int32_t
     const int64_t p = int64_t(A[k]) * int64_t(B[k]);
     D[k] = p != int32_t(p) ? Wrap(uint32_t(uint64_t(p / d)))
                            : (cd.shift >= 0 ? cd.QuotShift(int32_t(p)) : cd.QuotMul(int32_t(p)));
+  }
+}
+
+// Numbers drawn ahead put into the ranges A..B, as rnd(A, B) does. The usual
+// range is the same for every pixel; there the remainder is a mask for powers
+// of two and otherwise comes from a multiplication by the reciprocal with a
+// nudge of half a step, exact as in ConstDivisor (quotients below 2^31).
+TREL_FF_CLONES
+void DrawsInRange(int32_t* D, const uint32_t* v, int stride, const int32_t* A, const int32_t* B, int len) {
+  int32_t differ = 0;
+  for (int k = 0; k < len; ++k) differ |= (A[k] ^ A[0]) | (B[k] ^ B[0]);
+  if (differ != 0) {
+    for (int k = 0; k < len; ++k) D[k] = FFRandom::In(v[k * stride], A[k], B[k]);
+    return;
+  }
+  const uint32_t a = uint32_t(A[0]);
+  const uint32_t span = uint32_t(B[0]) - a;
+  if (static_cast<int32_t>(span) < 0) {
+    for (int k = 0; k < len; ++k) D[k] = 0;
+  } else if ((span & (span + 1u)) == 0) {
+    for (int k = 0; k < len; ++k) D[k] = Wrap(a + (v[k * stride] & span));
+  } else {
+    const uint32_t d = span + 1u;
+    const double inv = 1.0 / double(d), half = 0.5 / double(d);
+    for (int k = 0; k < len; ++k) {
+      const uint32_t w = v[k * stride];
+      const double x = double(int32_t(w ^ 0x80000000u)) + 2147483648.0;
+      const uint32_t q = uint32_t(int32_t(x * inv + half));
+      D[k] = Wrap(a + (w - q * d));
+    }
   }
 }
 
@@ -239,7 +274,14 @@ template <class Len>
           D[k] = v;
         }
         break;
-      case OpCode::Rnd: TREL_LOOP D[k] = c.state->rng.Next(A[k], B[k]); break;
+      case OpCode::Rnd:
+        if (std::is_same_v<Len, int> && c.draws) {
+          DrawsInRange(D, c.draws + *c.drawsUsed, c.drawStride, A, B, len);
+          ++*c.drawsUsed;
+        } else {
+          TREL_LOOP D[k] = c.state->rng.Next(A[k], B[k]);
+        }
+        break;
       case OpCode::DivC: {
         const ConstDivisor cd(in.imm);
         if (cd.shift >= 0) {
@@ -381,6 +423,10 @@ Machine::Machine(const Program& prog, const ConstImageView& src, const int32_t* 
   for (int i = 0; i < 8; ++i) fill(uint16_t(kRegCtl0 + i), CtlByte(ctl, i));
   for (const auto& [reg, value] : prog.constants) fill(reg, value);
   if (channels_ < 4) fill(kRegA, 0);  // `a` of a picture without alpha
+  int calls = 0;
+  for (int z = 0; z < channels_; ++z)
+    for (const Instr& in : prog.channels[z].code) calls += in.op == OpCode::Rnd;
+  rndPerPixel_ = calls;
   identity_ = true;
   for (int z = 0; z < channels_; ++z)
     identity_ = identity_ && prog.channels[z].code.empty() && prog.channels[z].result == kRegR + z;
@@ -405,12 +451,14 @@ void Machine::LoadInputs(int x0, int n, uint32_t used) {
 }
 
 void Machine::RunBlock(const ChannelCode& code, int n) {
-  Ctx c{tables_, src_, channels_, ctl_, state_, y_, prog_.args.data(), scratch_.data(), block_};
+  Ctx c{tables_, src_, channels_, ctl_, state_, y_, prog_.args.data(), scratch_.data(), block_,
+        drawing_ ? draws_ : nullptr, rndPerPixel_, &drawsUsed_};
   ExecBlock(code.code.data(), code.code.size(), regs_.data(), size_t(block_), n, c);
 }
 
 void Machine::RunOne(const ChannelCode& code, int k) {
-  Ctx c{tables_, src_, channels_, ctl_, state_, y_, prog_.args.data(), scratch_.data(), block_};
+  Ctx c{tables_, src_, channels_, ctl_, state_, y_, prog_.args.data(), scratch_.data(), block_, nullptr, 0,
+        &drawsUsed_};
   Exec(code.code.data(), code.code.size(), regs_.data() + k, size_t(block_),
        std::integral_constant<int, 1>{}, c);
 }
@@ -432,7 +480,16 @@ void Machine::RunRowBlocks(int y, uint8_t* dstRow) {
   for (int x0 = 0; x0 < src_.width; x0 += block_) {
     const int n = src_.width - x0 < block_ ? src_.width - x0 : block_;
     LoadInputs(x0, n, used_);
+    if (rndPerPixel_ > 0) {
+      // Every instruction runs once per pixel, so the pixels' rnd calls take
+      // the generator's numbers in this order.
+      history_.resize(55 + size_t(rndPerPixel_) * size_t(block_));
+      draws_ = state_->rng.DrawMany(size_t(rndPerPixel_) * size_t(n), history_.data());
+      drawing_ = true;
+      drawsUsed_ = 0;
+    }
     for (int z = 0; z < channels_; ++z) RunBlock(prog_.channels[z], n);
+    drawing_ = false;
     // Each channel's temporaries are its own, so all four results are still
     // there to be packed into whole pixels at once.
     PackPixels(Reg(prog_.channels[0].result), Reg(prog_.channels[1].result), Reg(prog_.channels[2].result),

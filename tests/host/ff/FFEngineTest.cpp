@@ -199,6 +199,27 @@ TEST(FFRender, CommonShapesAcrossBlockEdgesEqualTheTreeWalker) {
   }
 }
 
+// Without put, rnd's numbers are drawn ahead for a block of pixels and put
+// into their ranges there; the pixels must still get them in the language's
+// order, row after row, whatever the ranges.
+TEST(FFRender, RandomNumbersDrawnAheadKeepThePixelOrder) {
+  const std::array<std::string, 4> codes[] = {
+      {"rnd(0,255)", "rnd(0,255)", "rnd(0,255)", "rnd(0,255)"},
+      {"rnd(0,c)", "rnd(-5, 300)", "rnd(x, 1000000) % 256", "rnd(7,3) + rnd(0, 2147483647) % 256"},
+      {"rnd(0,255) + rnd(0,3)", "c", "rnd(-2147483647-1, 2147483647) & 255", "rnd(0,100) * (x > 300)"},
+      {"get(3) + rnd(0,9)", "rst(0) + rnd(0, 65535) >> 8", "x > 250 ? rnd(0,255) : rnd(1,1)", "a"},
+  };
+  const Controls ctl{};
+  for (bool alpha : {false, true}) {
+    const ImageRGBA8 src = PatternImage(517, 3, alpha);
+    for (const auto& code : codes) {
+      ASSERT_FALSE(MustCompile(code).parallel(alpha)) << code[0];
+      EXPECT_EQ(Render(code, src, ctl).pixels, ReferenceRender(code, ctl, src).pixels)
+          << code[0] << " | " << code[1] << " | " << code[2] << " | " << code[3] << ", alpha " << alpha;
+    }
+  }
+}
+
 // Parts that several channels have alike are computed once, by the first
 // channel; each channel's own values must not change for it, alone or in the
 // whole pixel.
