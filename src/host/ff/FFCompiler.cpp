@@ -475,28 +475,31 @@ class ChannelCompiler {
       want[n] = candidate_[n] && std::binary_search(wanted.begin(), wanted.end(), hash_[n]);
     keep_.assign(ast_.nodes.size(), 0);
     for (uint32_t n = 0; n < ast_.nodes.size(); ++n) {
-      keep_[n] = keep_[n] || want[n];
+      keep_[n] = want[n];
       const Node& node = ast_.at(n);
       // A kid is kept only when its parent is not: the parent's register serves.
       if (want[n])
         for (int k = 0; k < node.kidCount; ++k) keep_[ast_.kid(node, k)] = 2;
     }
-    for (uint8_t& k : keep_) k = k == 1;
+    for (uint8_t& k : keep_) k = k == 1 ? 1 : 0;
   }
 
   uint16_t Gen(uint32_t n) {
     if (!shared_ || !candidate_[n] || info_[n].value) return GenNode(n);
-    for (const SharedValues::Entry& e : shared_->done)
-      if (e.hash == hash_[n] && SameTree(*e.ast, e.node, ast_, n)) {
+    const auto [first, last] = shared_->done.equal_range(hash_[n]);
+    for (auto it = first; it != last; ++it) {
+      const SharedValues::Entry& e = it->second;
+      if (SameTree(*e.ast, e.node, ast_, n)) {
         out_.needs |= uint8_t((1u << e.channel) | prog_.channels[e.channel].needs);
         return e.reg;
       }
+    }
     const uint16_t r = GenNode(n);
     if (keep_[n] && !tooLarge_) {
       // Never handed out again within this channel, so it still holds the
       // value when the later channels run.
       if (r < tempState_.size() && tempState_[r] != kNotTemp) tempState_[r] = kKept;
-      shared_->done.push_back({&ast_, n, hash_[n], r, channel_});
+      shared_->done.emplace(hash_[n], SharedValues::Entry{&ast_, n, r, channel_});
     }
     return r;
   }

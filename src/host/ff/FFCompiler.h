@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <unordered_map>
 #include <vector>
 
 #include "host/ff/FFAst.h"
@@ -21,11 +22,10 @@ struct SharedValues {
   struct Entry {
     const Ast* ast;
     uint32_t node;
-    uint64_t hash;
     uint16_t reg;
     int channel;
   };
-  std::vector<Entry> done;
+  std::unordered_multimap<uint64_t, Entry> done;  // by the subtree's hash
   std::vector<const Ast*> later;
 };
 
