@@ -123,14 +123,10 @@ class ChannelCompiler {
     }
     // Children always come before their parents in the node array, so one
     // forward sweep settles every node's facts.
-    // Bounds only serve mix and scl; most formulas have neither.
-    bool bounds = false;
-    for (const Node& node : ast.nodes)
-      bounds = bounds || (node.kind == NodeKind::Call &&
-                          (static_cast<Fn>(node.code) == Fn::Mix || static_cast<Fn>(node.code) == Fn::Scl));
+    // Bounds serve mix and scl, and divisions of values that cannot be negative.
     for (uint32_t n = 0; n < ast.nodes.size(); ++n) {
       Analyse(n);
-      if (bounds) info_[n].bounds = BoundsOf(n);
+      info_[n].bounds = BoundsOf(n);
     }
     if (shared_) PlanSharing();
   }
@@ -182,6 +178,12 @@ class ChannelCompiler {
         const Bounds a = kid(0), b = kid(1);
         switch (static_cast<BinOp>(node.code)) {
           case BinOp::Add: return Within(a.lo + b.lo, a.hi + b.hi);
+          case BinOp::Div:
+            if (a.lo >= 0 && b.lo == b.hi && b.lo > 0) return Bounds{a.lo / b.lo, a.hi / b.lo};
+            return Bounds{};
+          case BinOp::Mod:
+            if (a.lo >= 0 && b.lo == b.hi && b.lo > 0) return Bounds{0, std::min(a.hi, b.lo - 1)};
+            return Bounds{};
           case BinOp::Sub: return Within(a.lo - b.hi, a.hi - b.lo);
           case BinOp::Mul: {
             const int64_t p[4] = {a.lo * b.lo, a.lo * b.hi, a.hi * b.lo, a.hi * b.hi};
@@ -365,7 +367,9 @@ class ChannelCompiler {
   // a op b, folded when both are known; a division by a known number gets
   // its own instruction, which avoids a true division per pixel. The operands
   // are released only when `release` says they are no longer needed.
-  uint16_t Binary(BinOp op, uint16_t a, uint16_t b, bool release) {
+  // `nonNegative`: a is never below 0, so a division by a power of two is a
+  // shift and the remainder a mask.
+  uint16_t Binary(BinOp op, uint16_t a, uint16_t b, bool release, bool nonNegative = false) {
     std::optional<int32_t> ka = ConstantIn(a), kb = ConstantIn(b);
     auto done = [&](uint16_t r) {
       if (release) {
@@ -384,7 +388,12 @@ class ChannelCompiler {
         if (release) Release(b);
         return a;
       }
-      if (*kb != -1) {
+      if (nonNegative && *kb > 1 && (*kb & (*kb - 1)) == 0) {
+        int shift = 0;
+        while ((int32_t(1) << shift) != *kb) ++shift;
+        in.op = op == BinOp::Div ? OpCode::Shr : OpCode::BitAnd;
+        in.b = Constant(op == BinOp::Div ? shift : *kb - 1);
+      } else if (*kb != -1) {
         in.op = op == BinOp::Div ? OpCode::DivC : OpCode::ModC;
         in.imm = *kb;
       }
@@ -520,7 +529,7 @@ class ChannelCompiler {
       case NodeKind::Binary: {
         uint16_t a = Gen(ast_.kid(node, 0));
         uint16_t b = Gen(ast_.kid(node, 1));
-        return Binary(static_cast<BinOp>(node.code), a, b, true);
+        return Binary(static_cast<BinOp>(node.code), a, b, true, info_[ast_.kid(node, 0)].bounds.lo >= 0);
       }
       case NodeKind::Seq: {
         uint32_t left = ast_.kid(node, 0);

@@ -182,6 +182,9 @@ TEST(FFRender, CommonShapesAcrossBlockEdgesEqualTheTreeWalker) {
       // Powers of two and their neighbours as divisors of negative values.
       {"(x * 37 - 9000) % 256 + 128", "(x * y * 977 - 100000) % 64 + 64", "(500 - x * 3) / 16 + 100",
        "(x - 300) % 1024 / 4 + (x - 300) % 3"},
+      // The same where the dividend cannot be negative, and where only one side can.
+      {"c % 64 * 4 + src(x - 1, y, z) / 256 * 3 + c * ctl(0) / 1024", "(c - 128) / 4 + 128 + (c - 128) % 8",
+       "(c + ctl(1)) / 2 / 2 % 32 * 8", "c / 1 + c % 1 + (c / 2147483647) * 100"},
       // Far off the axes, where the magnitudes need all 32 bits.
       {"c2d(x * 1000003 - 2147483647, y - 3) + 300", "c2m(x * 5000011, y * 40000000 - 1) & 255",
        "c2m(x - 258, (-2147483647 - 1) + y) >> 23", "c2d((-2147483647 - 1) * (x & 1), x - 2) + 600"},
