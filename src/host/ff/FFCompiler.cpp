@@ -68,10 +68,54 @@ OpCode CallCode(Fn f) {
   return OpCode::Min;
 }
 
+// A hash of the subtree's shape and values, the same for equal subtrees of
+// different formulas. `kids` are the children's hashes.
+uint64_t NodeHash(const Node& node, const uint64_t* kids) {
+  uint64_t h = 0x9E3779B97F4A7C15ull ^ (uint64_t(node.kind) << 40 | uint64_t(node.code) << 32 | uint32_t(node.value));
+  for (int k = 0; k < node.kidCount; ++k) h = (h ^ kids[k]) * 0x100000001B3ull + (h >> 29);
+  return h;
+}
+
+bool SameTree(const Ast& a, uint32_t na, const Ast& b, uint32_t nb) {
+  const Node& x = a.at(na);
+  const Node& y = b.at(nb);
+  if (x.kind != y.kind || x.code != y.code || x.value != y.value || x.kidCount != y.kidCount) return false;
+  for (int k = 0; k < x.kidCount; ++k)
+    if (!SameTree(a, a.kid(x, k), b, b.kid(y, k))) return false;
+  return true;
+}
+
+// Hashes of every node, and whether the node may be shared between channels:
+// an operation (not a leaf or a known value) that reads neither c, z nor the
+// channel's own convolution. Effects are excluded by the caller.
+void ShareFacts(const Ast& ast, std::vector<uint64_t>& hash, std::vector<uint8_t>& candidate) {
+  hash.assign(ast.nodes.size(), 0);
+  candidate.assign(ast.nodes.size(), 0);
+  std::vector<uint8_t> channelBound(ast.nodes.size(), 0);
+  for (uint32_t n = 0; n < ast.nodes.size(); ++n) {
+    const Node& node = ast.at(n);
+    uint64_t kids[16];
+    bool bound = false;
+    bool allKnown = true;
+    for (int k = 0; k < node.kidCount; ++k) {
+      const uint32_t kid = ast.kid(node, k);
+      if (k < 16) kids[k] = hash[kid];
+      bound = bound || channelBound[kid];
+      allKnown = allKnown && ast.at(kid).kind == NodeKind::Const;
+    }
+    hash[n] = NodeHash(node, kids);
+    if (node.kind == NodeKind::Sym)
+      bound = static_cast<Sym>(node.code) == Sym::c || static_cast<Sym>(node.code) == Sym::z;
+    if (node.kind == NodeKind::Call && static_cast<Fn>(node.code) == Fn::Cnv) bound = true;
+    channelBound[n] = bound;
+    candidate[n] = !bound && !allKnown && node.kidCount > 0 && node.kidCount <= 16;
+  }
+}
+
 class ChannelCompiler {
  public:
-  ChannelCompiler(const Ast& ast, int channel, Program& prog)
-      : ast_(ast), channel_(channel), prog_(prog), out_(prog.channels[channel]) {
+  ChannelCompiler(const Ast& ast, int channel, Program& prog, SharedValues* shared)
+      : ast_(ast), channel_(channel), prog_(prog), out_(prog.channels[channel]), shared_(shared) {
     info_.resize(ast.nodes.size());
     for (const auto& [reg, v] : prog.constants) {
       constByValue_.emplace(v, reg);
@@ -79,15 +123,12 @@ class ChannelCompiler {
     }
     // Children always come before their parents in the node array, so one
     // forward sweep settles every node's facts.
-    // Bounds only serve mix and scl; most formulas have neither.
-    bool bounds = false;
-    for (const Node& node : ast.nodes)
-      bounds = bounds || (node.kind == NodeKind::Call &&
-                          (static_cast<Fn>(node.code) == Fn::Mix || static_cast<Fn>(node.code) == Fn::Scl));
+    // Bounds serve mix and scl, and divisions of values that cannot be negative.
     for (uint32_t n = 0; n < ast.nodes.size(); ++n) {
       Analyse(n);
-      if (bounds) info_[n].bounds = BoundsOf(n);
+      info_[n].bounds = BoundsOf(n);
     }
+    if (shared_) PlanSharing();
   }
 
   bool Run() {
@@ -137,6 +178,12 @@ class ChannelCompiler {
         const Bounds a = kid(0), b = kid(1);
         switch (static_cast<BinOp>(node.code)) {
           case BinOp::Add: return Within(a.lo + b.lo, a.hi + b.hi);
+          case BinOp::Div:
+            if (a.lo >= 0 && b.lo == b.hi && b.lo > 0) return Bounds{a.lo / b.lo, a.hi / b.lo};
+            return Bounds{};
+          case BinOp::Mod:
+            if (a.lo >= 0 && b.lo == b.hi && b.lo > 0) return Bounds{0, std::min(a.hi, b.lo - 1)};
+            return Bounds{};
           case BinOp::Sub: return Within(a.lo - b.hi, a.hi - b.lo);
           case BinOp::Mul: {
             const int64_t p[4] = {a.lo * b.lo, a.lo * b.hi, a.hi * b.lo, a.hi * b.hi};
@@ -247,7 +294,7 @@ class ChannelCompiler {
 
   // Temporaries are handed out again once released; state[r] says whether
   // register r is one of this channel's temporaries, and whether it is free.
-  enum : uint8_t { kNotTemp = 0, kInUse = 1, kFree = 2 };
+  enum : uint8_t { kNotTemp = 0, kInUse = 1, kFree = 2, kKept = 3 };
 
   uint16_t NewTemp() {
     if (!free_.empty()) {
@@ -320,7 +367,9 @@ class ChannelCompiler {
   // a op b, folded when both are known; a division by a known number gets
   // its own instruction, which avoids a true division per pixel. The operands
   // are released only when `release` says they are no longer needed.
-  uint16_t Binary(BinOp op, uint16_t a, uint16_t b, bool release) {
+  // `nonNegative`: a is never below 0, so a division by a power of two is a
+  // shift and the remainder a mask.
+  uint16_t Binary(BinOp op, uint16_t a, uint16_t b, bool release, bool nonNegative = false) {
     std::optional<int32_t> ka = ConstantIn(a), kb = ConstantIn(b);
     auto done = [&](uint16_t r) {
       if (release) {
@@ -339,7 +388,12 @@ class ChannelCompiler {
         if (release) Release(b);
         return a;
       }
-      if (*kb != -1) {
+      if (nonNegative && *kb > 1 && (*kb & (*kb - 1)) == 0) {
+        int shift = 0;
+        while ((int32_t(1) << shift) != *kb) ++shift;
+        in.op = op == BinOp::Div ? OpCode::Shr : OpCode::BitAnd;
+        in.b = Constant(op == BinOp::Div ? shift : *kb - 1);
+      } else if (*kb != -1) {
         in.op = op == BinOp::Div ? OpCode::DivC : OpCode::ModC;
         in.imm = *kb;
       }
@@ -412,7 +466,54 @@ class ChannelCompiler {
     return res;
   }
 
+  // Which of this channel's values later channels will reuse: those whose
+  // subtree appears in a later formula, unless their parent does too.
+  void PlanSharing() {
+    ShareFacts(ast_, hash_, candidate_);
+    std::vector<uint64_t> wanted;
+    for (const Ast* other : shared_->later) {
+      std::vector<uint64_t> h;
+      std::vector<uint8_t> cand;
+      ShareFacts(*other, h, cand);
+      for (size_t k = 0; k < h.size(); ++k)
+        if (cand[k]) wanted.push_back(h[k]);
+    }
+    std::sort(wanted.begin(), wanted.end());
+    std::vector<uint8_t> want(ast_.nodes.size(), 0);
+    for (uint32_t n = 0; n < ast_.nodes.size(); ++n)
+      want[n] = candidate_[n] && std::binary_search(wanted.begin(), wanted.end(), hash_[n]);
+    keep_.assign(ast_.nodes.size(), 0);
+    for (uint32_t n = 0; n < ast_.nodes.size(); ++n) {
+      keep_[n] = want[n];
+      const Node& node = ast_.at(n);
+      // A kid is kept only when its parent is not: the parent's register serves.
+      if (want[n])
+        for (int k = 0; k < node.kidCount; ++k) keep_[ast_.kid(node, k)] = 2;
+    }
+    for (uint8_t& k : keep_) k = k == 1 ? 1 : 0;
+  }
+
   uint16_t Gen(uint32_t n) {
+    if (!shared_ || !candidate_[n] || info_[n].value) return GenNode(n);
+    const auto [first, last] = shared_->done.equal_range(hash_[n]);
+    for (auto it = first; it != last; ++it) {
+      const SharedValues::Entry& e = it->second;
+      if (SameTree(*e.ast, e.node, ast_, n)) {
+        out_.needs |= uint8_t((1u << e.channel) | prog_.channels[e.channel].needs);
+        return e.reg;
+      }
+    }
+    const uint16_t r = GenNode(n);
+    if (keep_[n] && !tooLarge_) {
+      // Never handed out again within this channel, so it still holds the
+      // value when the later channels run.
+      if (r < tempState_.size() && tempState_[r] != kNotTemp) tempState_[r] = kKept;
+      shared_->done.emplace(hash_[n], SharedValues::Entry{&ast_, n, r, channel_});
+    }
+    return r;
+  }
+
+  uint16_t GenNode(uint32_t n) {
     const Node& node = ast_.at(n);
     const Info& info = info_[n];
     if (info.value && !info.effects) return Constant(*info.value);
@@ -428,7 +529,7 @@ class ChannelCompiler {
       case NodeKind::Binary: {
         uint16_t a = Gen(ast_.kid(node, 0));
         uint16_t b = Gen(ast_.kid(node, 1));
-        return Binary(static_cast<BinOp>(node.code), a, b, true);
+        return Binary(static_cast<BinOp>(node.code), a, b, true, info_[ast_.kid(node, 0)].bounds.lo >= 0);
       }
       case NodeKind::Seq: {
         uint32_t left = ast_.kid(node, 0);
@@ -570,12 +671,16 @@ class ChannelCompiler {
   std::unordered_map<int32_t, uint16_t> constByValue_;
   std::unordered_map<uint16_t, int32_t> constByReg_;
   bool tooLarge_ = false;
+  SharedValues* shared_;
+  std::vector<uint64_t> hash_;
+  std::vector<uint8_t> candidate_;
+  std::vector<uint8_t> keep_;
 };
 
 }  // namespace
 
-bool CompileChannel(const Ast& ast, int channel, Program& program) {
-  return ChannelCompiler(ast, channel, program).Run();
+bool CompileChannel(const Ast& ast, int channel, Program& program, SharedValues* shared) {
+  return ChannelCompiler(ast, channel, program, shared).Run();
 }
 
 bool DependsOnChannel(const Ast& ast) {

@@ -27,28 +27,39 @@ bool CompiledFilter::parallel(bool hasAlpha) const {
 CompiledFilter CompileFilter(const std::array<std::string, 4>& code, CompileError* err) {
   CompiledFilter result;
   auto prog = std::make_shared<Program>();
-  Ast ast;
+  Ast asts[4];
+  bool parsed[4] = {};
+  ParseError errors[4];
+  std::vector<CompatNote> notes[4];
+  bool effects = false;
+  for (int z = 0; z < 4; ++z) {
+    parsed[z] = ParseExpression(code[z], asts[z], errors[z], &notes[z]);
+    for (const Node& n : asts[z].nodes)
+      effects = effects || (parsed[z] && n.kind == NodeKind::Call && HasSideEffect(static_cast<Fn>(n.code)));
+  }
+  // Without side effects anywhere, a part that several channels compute alike
+  // is computed once per pixel, by the first of them.
+  SharedValues shared;
   bool independent[4] = {};
   for (int z = 0; z < 4; ++z) {
-    ParseError pe;
-    std::vector<CompatNote> notes;
-    const bool parsed = ParseExpression(code[z], ast, pe, &notes);
-    for (CompatNote& n : notes)
+    for (CompatNote& n : notes[z])
       result.compat_.push_back(CompatWarning{z, n.position, n.length, std::move(n.message)});
-    if (!parsed) {
-      if (err) *err = CompileError{z, pe.position, pe.message};
+    if (!parsed[z]) {
+      if (err) *err = CompileError{z, errors[z].position, errors[z].message};
       return result;
     }
-    if (!CompileChannel(ast, z, *prog)) {
+    shared.later.clear();
+    for (int j = z + 1; j < 4; ++j)
+      if (parsed[j]) shared.later.push_back(&asts[j]);
+    if (!CompileChannel(asts[z], z, *prog, effects ? nullptr : &shared)) {
       if (err) *err = CompileError{z, 0, "The filter is too large to compile: it needs too many distinct values."};
       return result;
     }
-    independent[z] = !DependsOnChannel(ast);
+    independent[z] = !DependsOnChannel(asts[z]);
   }
   // Filters often give several channels one formula; without side effects
   // anywhere (a cell written between them would change the value) it is
   // computed once per pixel.
-  bool effects = false;
   for (const ChannelCode& ch : prog->channels) effects = effects || ch.sideEffects;
   for (int z = 1; z < 4 && !effects; ++z)
     for (int j = 0; j < z; ++j)
@@ -56,6 +67,7 @@ CompiledFilter CompileFilter(const std::array<std::string, 4>& code, CompileErro
         prog->channels[z].code.clear();
         prog->channels[z].result = prog->channels[j].result;
         prog->channels[z].sharedWith = j;
+        prog->channels[z].needs = uint8_t(1u << j | prog->channels[j].needs);
         break;
       }
   if (err) *err = CompileError{};
@@ -106,12 +118,20 @@ RenderStatus RenderFilter(const CompiledFilter& filter, const Controls& controls
   };
 
   if (!filter.parallel(src.hasAlpha)) {
+    // Without put, the only effect is rnd's, whose numbers the block form draws
+    // ahead in the order of the pixels: rows in order, each in blocks.
+    bool writesCells = false;
+    for (int z = 0; z < (src.hasAlpha ? 4 : 3); ++z)
+      for (const Instr& in : prog.channels[z].code) writesCells = writesCells || in.op == OpCode::Put;
     RunState state;
     state.Reset();
     Machine machine(prog, src, ctl, &state);
     for (int y = 0; y < total; ++y) {
       if (cancelled()) return RenderStatus::Cancelled;
-      machine.RunRowOrdered(y, rowOut(y));
+      if (writesCells)
+        machine.RunRowOrdered(y, rowOut(y));
+      else
+        machine.RunRowBlocks(y, rowOut(y));
       report(y + 1);
     }
     return RenderStatus::Done;

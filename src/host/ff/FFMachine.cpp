@@ -7,6 +7,16 @@
 static_assert(std::endian::native == std::endian::little,
               "pixels are read and written as little-endian words");
 
+// The hot loops are built once for every processor and once more for those
+// with AVX2, chosen when the program loads: 32-bit multiplication, min and max
+// in one instruction and eight values per step make most of them about twice
+// as fast there. ELF systems only (the loader picks the version).
+#if defined(__x86_64__) && defined(__ELF__)
+#define TREL_FF_CLONES [[gnu::target_clones("avx2", "default")]]
+#else
+#define TREL_FF_CLONES
+#endif
+
 namespace trel::ff {
 
 namespace {
@@ -19,8 +29,13 @@ struct Ctx {
   RunState* state;
   int32_t y;
   const uint16_t* args;
-  int32_t* scratch;  // two blocks of values
+  int32_t* scratch;  // four blocks of values and six more
   int block;
+  // Numbers drawn ahead for the block's rnd calls, pixel by pixel, in each
+  // pixel its calls in order, drawStride a pixel; null when rnd draws as it goes.
+  const uint32_t* draws;
+  int drawStride;
+  int* drawsUsed;  // rnd calls of the block run so far
 };
 
 // Channel ch of `row` at columns xs, xs+1, ... xs+len-1, clamped to the row.
@@ -67,6 +82,36 @@ inline void ReadColumns(const uint8_t* row, int ch, int64_t xs, int len, int32_t
   }
 }
 
+// Numbers drawn ahead put into the ranges A..B, as rnd(A, B) does. The usual
+// range is the same for every pixel; there the remainder is a mask for powers
+// of two and otherwise comes from a multiplication by the reciprocal with a
+// nudge of half a step, exact as in ConstDivisor (quotients below 2^31).
+TREL_FF_CLONES
+void DrawsInRange(int32_t* D, const uint32_t* v, int stride, const int32_t* A, const int32_t* B, int len) {
+  int32_t differ = 0;
+  for (int k = 0; k < len; ++k) differ |= (A[k] ^ A[0]) | (B[k] ^ B[0]);
+  if (differ != 0) {
+    for (int k = 0; k < len; ++k) D[k] = FFRandom::In(v[k * stride], A[k], B[k]);
+    return;
+  }
+  const uint32_t a = uint32_t(A[0]);
+  const uint32_t span = uint32_t(B[0]) - a;
+  if (static_cast<int32_t>(span) < 0) {
+    for (int k = 0; k < len; ++k) D[k] = 0;
+  } else if ((span & (span + 1u)) == 0) {
+    for (int k = 0; k < len; ++k) D[k] = Wrap(a + (v[k * stride] & span));
+  } else {
+    const uint32_t d = span + 1u;
+    const double inv = 1.0 / double(d), half = 0.5 / double(d);
+    for (int k = 0; k < len; ++k) {
+      const uint32_t w = v[k * stride];
+      const double x = double(int32_t(w ^ 0x80000000u)) + 2147483648.0;
+      const uint32_t q = uint32_t(int32_t(x * inv + half));
+      D[k] = Wrap(a + (w - q * d));
+    }
+  }
+}
+
 inline uint8_t ClampByte(int32_t v) { return static_cast<uint8_t>(v < 0 ? 0 : (v > 255 ? 255 : v)); }
 
 inline const uint8_t* ClampedRow(const ConstImageView& img, int32_t y) {
@@ -78,7 +123,7 @@ inline const uint8_t* ClampedRow(const ConstImageView& img, int32_t y) {
 // start at regs + r * stride; `n` is a compile-time 1 for the ordered form, so
 // that its loops vanish.
 template <class Len>
-void Exec(const Instr* code, size_t count, int32_t* regs, size_t stride, Len n, const Ctx& c) {
+[[gnu::always_inline]] inline void Exec(const Instr* code, size_t count, int32_t* regs, size_t stride, Len n, const Ctx& c) {
   auto R = [&](uint16_t r) { return regs + size_t(r) * stride; };
   const int len = int(n);
 #define TREL_LOOP for (int k = 0; k < len; ++k)
@@ -177,17 +222,22 @@ void Exec(const Instr* code, size_t count, int32_t* regs, size_t stride, Len n, 
                                   ClampedRow(c.src, Add(c.y, 1))};
         const int32_t last = c.src.width - 1;
         if (in.c & 1) {
-          // Weights known for the whole row: one pass over the row per
-          // non-zero weight, accumulated in scratch.
+          // Weights known for the whole row: the channel of the three rows is
+          // read once, one column either side, and the nine products are
+          // summed in one pass.
           int32_t* acc = c.scratch;
-          int32_t* col = c.scratch + c.block;
-          TREL_LOOP acc[k] = 0;
-          for (int j = 0; j < 9; ++j) {
-            const uint32_t wj = uint32_t(w[j][0]);
-            if (wj == 0) continue;
-            ReadColumns(rows[j / 3], ch, int64_t(X[0]) + (j % 3 - 1), len, c.src.width, col);
-            TREL_LOOP acc[k] = Wrap(uint32_t(acc[k]) + wj * uint32_t(col[k]));
-          }
+          int32_t* up = c.scratch + c.block;
+          int32_t* at = up + c.block + 2;
+          int32_t* dn = at + c.block + 2;
+          const int64_t x0 = int64_t(X[0]) - 1;
+          ReadColumns(rows[0], ch, x0, len + 2, c.src.width, up);
+          ReadColumns(rows[1], ch, x0, len + 2, c.src.width, at);
+          ReadColumns(rows[2], ch, x0, len + 2, c.src.width, dn);
+          uint32_t q[9];
+          for (int j = 0; j < 9; ++j) q[j] = uint32_t(w[j][0]);
+          TREL_LOOP acc[k] = Wrap(q[0] * uint32_t(up[k]) + q[1] * uint32_t(up[k + 1]) + q[2] * uint32_t(up[k + 2]) +
+                                  q[3] * uint32_t(at[k]) + q[4] * uint32_t(at[k + 1]) + q[5] * uint32_t(at[k + 2]) +
+                                  q[6] * uint32_t(dn[k]) + q[7] * uint32_t(dn[k + 1]) + q[8] * uint32_t(dn[k + 2]));
           const int32_t dv = w[9][0];
           if (!(in.c & 2)) {
             TREL_LOOP D[k] = DivFast(acc[k], w[9][k]);
@@ -224,7 +274,14 @@ void Exec(const Instr* code, size_t count, int32_t* regs, size_t stride, Len n, 
           D[k] = v;
         }
         break;
-      case OpCode::Rnd: TREL_LOOP D[k] = c.state->rng.Next(A[k], B[k]); break;
+      case OpCode::Rnd:
+        if (std::is_same_v<Len, int> && c.draws) {
+          DrawsInRange(D, c.draws + *c.drawsUsed, c.drawStride, A, B, len);
+          ++*c.drawsUsed;
+        } else {
+          TREL_LOOP D[k] = c.state->rng.Next(A[k], B[k]);
+        }
+        break;
       case OpCode::DivC: {
         const ConstDivisor cd(in.imm);
         if (cd.shift >= 0) {
@@ -237,7 +294,7 @@ void Exec(const Instr* code, size_t count, int32_t* regs, size_t stride, Len n, 
       case OpCode::ModC: {
         const ConstDivisor cd(in.imm);
         if (cd.shift >= 0) {
-          TREL_LOOP D[k] = Sub(A[k], Mul(cd.QuotShift(A[k]), cd.d));
+          TREL_LOOP D[k] = Sub(A[k], Shl(cd.QuotShift(A[k]), cd.shift));
         } else {
           TREL_LOOP D[k] = Sub(A[k], Mul(cd.QuotMul(A[k]), cd.d));
         }
@@ -259,6 +316,89 @@ void Exec(const Instr* code, size_t count, int32_t* regs, size_t stride, Len n, 
 #undef TREL_LOOP
 }
 
+TREL_FF_CLONES
+void ExecBlock(const Instr* code, size_t count, int32_t* regs, size_t stride, int n, const Ctx& c) {
+  Exec(code, count, regs, stride, n, c);
+}
+
+// Whole pixels as 32-bit words split by shifts: this loop vectorises,
+// byte-strided reads do not. `a` may be null.
+TREL_FF_CLONES
+void SplitPixels(const uint8_t* p, int n, int32_t* r, int32_t* g, int32_t* b, int32_t* a) {
+  for (int k = 0; k < n; ++k) {
+    uint32_t px;
+    std::memcpy(&px, p + k * 4, 4);
+    r[k] = int32_t(px & 0xFFu);
+    g[k] = int32_t((px >> 8) & 0xFFu);
+    b[k] = int32_t((px >> 16) & 0xFFu);
+  }
+  if (a) {
+    for (int k = 0; k < n; ++k) {
+      uint32_t px;
+      std::memcpy(&px, p + k * 4, 4);
+      a[k] = int32_t(px >> 24);
+    }
+  }
+}
+
+TREL_FF_CLONES
+void ColourSpace(const int32_t* r, const int32_t* g, const int32_t* b, int n, int32_t* i, int32_t* u,
+                 int32_t* v) {
+  if (i)
+    for (int k = 0; k < n; ++k) i[k] = LumaI(r[k], g[k], b[k]);
+  if (u)
+    for (int k = 0; k < n; ++k) u[k] = ChromaU(r[k], g[k], b[k]);
+  if (v)
+    for (int k = 0; k < n; ++k) v[k] = ChromaV(r[k], g[k], b[k]);
+}
+
+// A row that the filter leaves as it is; without alpha the fourth byte becomes 255.
+TREL_FF_CLONES
+void CopyRow(const uint8_t* in, int n, bool alpha, uint8_t* out) {
+  if (alpha) {
+    std::memcpy(out, in, size_t(n) * 4);
+    return;
+  }
+  for (int k = 0; k < n; ++k) {
+    uint32_t px;
+    std::memcpy(&px, in + k * 4, 4);
+    px |= 0xFF000000u;
+    std::memcpy(out + k * 4, &px, 4);
+  }
+}
+
+// d and m of the pixels x0 .. x0+n-1 of row y; either output may be null.
+TREL_FF_CLONES
+void Polar(const Tables& t, int32_t x0, int32_t y, int width, int height, int n, int32_t* d, int32_t* m) {
+  if (d) {
+    const int32_t cy = Sub(y, height >> 1), cx = Sub(x0, width >> 1);
+    for (int k = 0; k < n; ++k) d[k] = C2d(t, cx + k, cy);
+  }
+  if (m) {
+    const int32_t cy = Sub(y, (height + 1) / 2), cx = Sub(x0, (width + 1) / 2);
+    for (int k = 0; k < n; ++k) m[k] = C2m(t, cx + k, cy);
+  }
+}
+
+// The channels' results clamped into whole pixels; without a fourth channel
+// the fourth byte is 255.
+TREL_FF_CLONES
+void PackPixels(const int32_t* r, const int32_t* g, const int32_t* b, const int32_t* a, int n, uint8_t* out) {
+  if (a) {
+    for (int k = 0; k < n; ++k) {
+      uint32_t px = uint32_t(ClampByte(r[k])) | uint32_t(ClampByte(g[k])) << 8 |
+                    uint32_t(ClampByte(b[k])) << 16 | uint32_t(ClampByte(a[k])) << 24;
+      std::memcpy(out + k * 4, &px, 4);
+    }
+  } else {
+    for (int k = 0; k < n; ++k) {
+      uint32_t px = uint32_t(ClampByte(r[k])) | uint32_t(ClampByte(g[k])) << 8 |
+                    uint32_t(ClampByte(b[k])) << 16 | 0xFF000000u;
+      std::memcpy(out + k * 4, &px, 4);
+    }
+  }
+}
+
 }  // namespace
 
 Machine::Machine(const Program& prog, const ConstImageView& src, const int32_t* ctl, RunState* state)
@@ -267,7 +407,7 @@ Machine::Machine(const Program& prog, const ConstImageView& src, const int32_t* 
   // Keep the register file within the cache even for very long formulas.
   while (block_ > 8 && size_t(prog.regCount) * size_t(block_) > 65536) block_ /= 2;
   regs_.assign(size_t(prog.regCount) * size_t(block_), 0);
-  scratch_.assign(size_t(block_) * 2, 0);
+  scratch_.assign(size_t(block_) * 4 + 6, 0);
   for (int z = 0; z < channels_; ++z) used_ |= prog.inputsUsed[z];
   // x along a row, the same for every row: copied, not counted, per block.
   columns_.resize(size_t(src.width));
@@ -283,6 +423,13 @@ Machine::Machine(const Program& prog, const ConstImageView& src, const int32_t* 
   for (int i = 0; i < 8; ++i) fill(uint16_t(kRegCtl0 + i), CtlByte(ctl, i));
   for (const auto& [reg, value] : prog.constants) fill(reg, value);
   if (channels_ < 4) fill(kRegA, 0);  // `a` of a picture without alpha
+  int calls = 0;
+  for (int z = 0; z < channels_; ++z)
+    for (const Instr& in : prog.channels[z].code) calls += in.op == OpCode::Rnd;
+  rndPerPixel_ = calls;
+  identity_ = true;
+  for (int z = 0; z < channels_; ++z)
+    identity_ = identity_ && prog.channels[z].code.empty() && prog.channels[z].result == kRegR + z;
   for (int z = 0; z < channels_; ++z)
     pixelCode_.code.insert(pixelCode_.code.end(), prog.channels[z].code.begin(), prog.channels[z].code.end());
 }
@@ -293,59 +440,25 @@ void Machine::LoadInputs(int x0, int n, uint32_t used) {
   const uint8_t* p = src_.pixels + y_ * src_.stride + ptrdiff_t(x0) * 4;
   bool any = needYuv;
   for (int ch = 0; ch < channels_; ++ch) any = any || uses(kRegR + ch);
-  if (any) {
-    // Whole pixels as 32-bit words split by shifts: this loop vectorises,
-    // byte-strided reads do not.
-    int32_t *r = Reg(kRegR), *g = Reg(kRegG), *b = Reg(kRegB);
-    for (int k = 0; k < n; ++k) {
-      uint32_t px;
-      std::memcpy(&px, p + k * 4, 4);
-      r[k] = int32_t(px & 0xFFu);
-      g[k] = int32_t((px >> 8) & 0xFFu);
-      b[k] = int32_t((px >> 16) & 0xFFu);
-    }
-    if (channels_ == 4) {
-      int32_t* a = Reg(kRegA);
-      for (int k = 0; k < n; ++k) {
-        uint32_t px;
-        std::memcpy(&px, p + k * 4, 4);
-        a[k] = int32_t(px >> 24);
-      }
-    }
-  }
-  if (needYuv) {
-    const int32_t *r = Reg(kRegR), *g = Reg(kRegG), *b = Reg(kRegB);
-    if (uses(kRegI)) {
-      int32_t* d = Reg(kRegI);
-      for (int k = 0; k < n; ++k) d[k] = LumaI(r[k], g[k], b[k]);
-    }
-    if (uses(kRegU)) {
-      int32_t* d = Reg(kRegU);
-      for (int k = 0; k < n; ++k) d[k] = ChromaU(r[k], g[k], b[k]);
-    }
-    if (uses(kRegV)) {
-      int32_t* d = Reg(kRegV);
-      for (int k = 0; k < n; ++k) d[k] = ChromaV(r[k], g[k], b[k]);
-    }
-  }
+  if (any) SplitPixels(p, n, Reg(kRegR), Reg(kRegG), Reg(kRegB), channels_ == 4 ? Reg(kRegA) : nullptr);
+  if (needYuv)
+    ColourSpace(Reg(kRegR), Reg(kRegG), Reg(kRegB), n, uses(kRegI) ? Reg(kRegI) : nullptr,
+                uses(kRegU) ? Reg(kRegU) : nullptr, uses(kRegV) ? Reg(kRegV) : nullptr);
   if (uses(kRegX)) std::memcpy(Reg(kRegX), columns_.data() + x0, size_t(n) * sizeof(int32_t));
-  if (uses(kRegD)) {
-    int32_t* d = Reg(kRegD);
-    for (int k = 0; k < n; ++k) d[k] = PixelDirection(x0 + k, y_, src_.width, src_.height);
-  }
-  if (uses(kRegM)) {
-    int32_t* d = Reg(kRegM);
-    for (int k = 0; k < n; ++k) d[k] = PixelMagnitude(x0 + k, y_, src_.width, src_.height);
-  }
+  if (uses(kRegD) || uses(kRegM))
+    Polar(tables_, x0, y_, src_.width, src_.height, n, uses(kRegD) ? Reg(kRegD) : nullptr,
+          uses(kRegM) ? Reg(kRegM) : nullptr);
 }
 
 void Machine::RunBlock(const ChannelCode& code, int n) {
-  Ctx c{tables_, src_, channels_, ctl_, state_, y_, prog_.args.data(), scratch_.data(), block_};
-  Exec(code.code.data(), code.code.size(), regs_.data(), size_t(block_), n, c);
+  Ctx c{tables_, src_, channels_, ctl_, state_, y_, prog_.args.data(), scratch_.data(), block_,
+        drawing_ ? draws_ : nullptr, rndPerPixel_, &drawsUsed_};
+  ExecBlock(code.code.data(), code.code.size(), regs_.data(), size_t(block_), n, c);
 }
 
 void Machine::RunOne(const ChannelCode& code, int k) {
-  Ctx c{tables_, src_, channels_, ctl_, state_, y_, prog_.args.data(), scratch_.data(), block_};
+  Ctx c{tables_, src_, channels_, ctl_, state_, y_, prog_.args.data(), scratch_.data(), block_, nullptr, 0,
+        &drawsUsed_};
   Exec(code.code.data(), code.code.size(), regs_.data() + k, size_t(block_),
        std::integral_constant<int, 1>{}, c);
 }
@@ -359,29 +472,28 @@ void Machine::BeginRow(int y) {
 }
 
 void Machine::RunRowBlocks(int y, uint8_t* dstRow) {
+  if (identity_) {
+    CopyRow(src_.pixels + y * src_.stride, src_.width, channels_ == 4, dstRow);
+    return;
+  }
   BeginRow(y);
   for (int x0 = 0; x0 < src_.width; x0 += block_) {
     const int n = src_.width - x0 < block_ ? src_.width - x0 : block_;
     LoadInputs(x0, n, used_);
+    if (rndPerPixel_ > 0) {
+      // Every instruction runs once per pixel, so the pixels' rnd calls take
+      // the generator's numbers in this order.
+      history_.resize(55 + size_t(rndPerPixel_) * size_t(block_));
+      draws_ = state_->rng.DrawMany(size_t(rndPerPixel_) * size_t(n), history_.data());
+      drawing_ = true;
+      drawsUsed_ = 0;
+    }
     for (int z = 0; z < channels_; ++z) RunBlock(prog_.channels[z], n);
+    drawing_ = false;
     // Each channel's temporaries are its own, so all four results are still
     // there to be packed into whole pixels at once.
-    const int32_t* res[4];
-    for (int z = 0; z < channels_; ++z) res[z] = Reg(prog_.channels[z].result);
-    uint8_t* out = dstRow + ptrdiff_t(x0) * 4;
-    if (channels_ == 4) {
-      for (int k = 0; k < n; ++k) {
-        uint32_t px = uint32_t(ClampByte(res[0][k])) | uint32_t(ClampByte(res[1][k])) << 8 |
-                      uint32_t(ClampByte(res[2][k])) << 16 | uint32_t(ClampByte(res[3][k])) << 24;
-        std::memcpy(out + k * 4, &px, 4);
-      }
-    } else {
-      for (int k = 0; k < n; ++k) {
-        uint32_t px = uint32_t(ClampByte(res[0][k])) | uint32_t(ClampByte(res[1][k])) << 8 |
-                      uint32_t(ClampByte(res[2][k])) << 16 | 0xFF000000u;
-        std::memcpy(out + k * 4, &px, 4);
-      }
-    }
+    PackPixels(Reg(prog_.channels[0].result), Reg(prog_.channels[1].result), Reg(prog_.channels[2].result),
+               channels_ == 4 ? Reg(prog_.channels[3].result) : nullptr, n, dstRow + ptrdiff_t(x0) * 4);
   }
 }
 
@@ -407,14 +519,19 @@ std::vector<int32_t> Machine::RawRow(int channel, int y, bool ordered) {
   for (int x0 = 0; x0 < src_.width; x0 += block_) {
     const int n = src_.width - x0 < block_ ? src_.width - x0 : block_;
     LoadInputs(x0, n, used_ | prog_.inputsUsed[channel]);
+    // The channels whose values this one reads run first, as they do in a
+    // whole pixel.
+    auto before = [&](int j) { return (code.needs >> j & 1) != 0; };
     if (ordered) {
       for (int k = 0; k < n; ++k) {
-        if (code.sharedWith >= 0) RunOne(prog_.channels[code.sharedWith], k);
+        for (int j = 0; j < channel; ++j)
+          if (before(j)) RunOne(prog_.channels[j], k);
         RunOne(code, k);
         row.push_back(Reg(code.result)[k]);
       }
     } else {
-      if (code.sharedWith >= 0) RunBlock(prog_.channels[code.sharedWith], n);
+      for (int j = 0; j < channel; ++j)
+        if (before(j)) RunBlock(prog_.channels[j], n);
       RunBlock(code, n);
       const int32_t* res = Reg(code.result);
       row.insert(row.end(), res, res + n);

@@ -18,8 +18,9 @@ class Machine {
   Machine(const Program& prog, const ConstImageView& src, const int32_t* ctl, RunState* state);
 
   // Computes row y into `dstRow` (4 bytes a pixel, clamped). The block form runs
-  // each channel over many pixels at once and is only right for programs without
-  // side effects; the ordered form keeps pixel, then channel order exactly.
+  // each channel over many pixels at once and is only right for programs that
+  // write no cells (rnd draws its numbers ahead there, in pixel order); the
+  // ordered form keeps pixel, then channel order exactly.
   void RunRowBlocks(int y, uint8_t* dstRow);
   void RunRowOrdered(int y, uint8_t* dstRow);
 
@@ -45,6 +46,12 @@ class Machine {
   int block_;
   int y_ = 0;
   uint32_t used_ = 0;
+  bool identity_ = false;  // every channel is its own source byte
+  int rndPerPixel_ = 0;    // rnd calls in one pixel's run of the channels
+  std::vector<uint32_t> history_;  // the generator's numbers for one block
+  const uint32_t* draws_ = nullptr;
+  bool drawing_ = false;
+  int drawsUsed_ = 0;
   std::vector<int32_t> regs_;
   std::vector<int32_t> scratch_;
   std::vector<int32_t> columns_;  // 0, 1, ... width - 1

@@ -31,6 +31,8 @@ Tables BuildTables() {
     double r = k / 1024.0;
     t.magT[k] = static_cast<int32_t>(std::floor(65536.0 * (std::sqrt(1.0 + r * r) - 1.0) + 32.0));
   }
+  t.dirT[0] = kC2dBelowTable;
+  for (int q = 1; q <= 1024; ++q) t.dirT[q] = (t.atanT[q - 1] << 9) / 205888;
   return t;
 }
 
@@ -39,53 +41,6 @@ Tables BuildTables() {
 const Tables& GetTables() {
   static const Tables tables = BuildTables();
   return tables;
-}
-
-int32_t C2d(const Tables& t, int32_t x, int32_t y) {
-  // 64-bit magnitudes so that |INT_MIN| and the shift below cannot overflow.
-  int64_t ay = y < 0 ? -int64_t(y) : int64_t(y);
-  int64_t ax = x < 0 ? -int64_t(x) : int64_t(x);
-  int f = 0;
-  if (y < 0) f |= 4;
-  if (x < 0) f |= 3;
-  if (ay > ax) {
-    int64_t s = ay;
-    ay = ax;
-    ax = s;
-    f ^= 1;
-  }
-  int64_t a = 0;
-  if (ay > 0) {
-    // ay <= ax, so 0..1024. Both operands are below 2^53 and the quotient is
-    // small, so the double division truncates to the exact integer result
-    // and costs far less than a 64-bit integer division.
-    a = static_cast<int64_t>(double(ay << 10) / double(ax));
-    // A quotient of 0 (y far below x) makes the original read the word
-    // before its table, which comes out as 40 (measured).
-    a = a != 0 ? (int64_t(t.atanT[a - 1]) << 9) / 205888 : kC2dBelowTable;
-  }
-  if (f & 1) a = 256 - a;
-  if (f & 2) a += 256;
-  if (f & 4) a = -a;
-  return static_cast<int32_t>(a);
-}
-
-int32_t C2m(const Tables& t, int32_t x, int32_t y) {
-  int64_t a = x < 0 ? -int64_t(x) : int64_t(x);
-  int64_t b = y < 0 ? -int64_t(y) : int64_t(y);
-  int64_t f;
-  if (a == b) {
-    f = 27146;
-  } else {
-    if (a > b) {
-      int64_t s = a;
-      a = b;
-      b = s;
-    }
-    // a < b, so the index stays below 1024; exact as in C2d.
-    f = t.magT[static_cast<int64_t>(double(a << 10) / double(b))];
-  }
-  return Wrap(uint32_t(uint64_t(((f * b) >> 16) + b)));
 }
 
 int32_t Sqr(int32_t x) {

@@ -5,6 +5,7 @@
 // which path computed it.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 
 namespace trel::ff {
@@ -84,6 +85,10 @@ struct Tables {
   int32_t cos5[1024];   // cosT >> 5, what cos() and sin() return
   int32_t atanT[1024];  // arctangent of (k+1)/1024, scale 65536
   int32_t magT[1024];   // magnitude correction for c2m
+  // c2d's angle for each quotient 0..1024 of the smaller coordinate by the
+  // larger, scaled by 1024: atanT[q-1] * 512 / 205888, and for 0 what the
+  // original reads before its table.
+  int32_t dirT[1025];
 };
 const Tables& GetTables();
 
@@ -100,8 +105,35 @@ inline int32_t R2x(const Tables& t, int32_t d, int32_t m) {
 inline int32_t R2y(const Tables& t, int32_t d, int32_t m) { return R2x(t, Sub(d, 256), m); }
 // c2d of a point just off the axis, where the original reads before its table.
 constexpr int32_t kC2dBelowTable = 40;
-int32_t C2d(const Tables& t, int32_t x, int32_t y);
-int32_t C2m(const Tables& t, int32_t x, int32_t y);
+
+// c2d and c2m without branches, so that loops over them vectorise. The
+// magnitudes are taken in double, where |INT_MIN| is exact, and the quotient
+// of the smaller by the larger, times 1024, is exact enough to truncate to
+// the integer quotient (both are below 2^53 and it is at most 1024).
+inline int32_t C2d(const Tables& t, int32_t x, int32_t y) {
+  const double ax = std::fabs(double(x)), ay = std::fabs(double(y));
+  const bool swap = ay > ax;
+  const double lo = swap ? ax : ay, hi = swap ? ay : ax;
+  const int32_t q = int32_t(lo * 1024.0 / (hi > 0 ? hi : 1.0));
+  int32_t a = lo > 0 ? t.dirT[q] : 0;
+  const int32_t f = ((y < 0 ? 4 : 0) | (x < 0 ? 3 : 0)) ^ (swap ? 1 : 0);
+  a = (f & 1) ? 256 - a : a;
+  a = (f & 2) ? a + 256 : a;
+  return (f & 4) ? -a : a;
+}
+inline int32_t C2m(const Tables& t, int32_t x, int32_t y) {
+  const double ax = std::fabs(double(x)), ay = std::fabs(double(y));
+  const double lo = ax < ay ? ax : ay, hi = ax < ay ? ay : ax;
+  // Below 1024 whenever lo < hi; the same values give 27146.
+  const int32_t q = lo < hi ? int32_t(lo * 1024.0 / hi) : 0;
+  const uint32_t f = lo < hi ? uint32_t(t.magT[q]) : 27146u;
+  const uint32_t ux = x < 0 ? 0u - uint32_t(x) : uint32_t(x);
+  const uint32_t uy = y < 0 ? 0u - uint32_t(y) : uint32_t(y);
+  const uint32_t b = ux > uy ? ux : uy;
+  // (f * b >> 16) + b with the 47-bit product in two halves: f < 2^15, so
+  // f * (b >> 16) and f * (b & 0xFFFF) both fit 32 bits.
+  return Wrap(f * (b >> 16) + ((f * (b & 0xFFFFu)) >> 16) + b);
+}
 
 // Floor of the square root for x >= 0; a negative x comes back unchanged.
 int32_t Sqr(int32_t x);

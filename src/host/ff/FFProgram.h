@@ -1,8 +1,8 @@
 // The compiled form of a filter: for each channel a flat list of register
 // instructions. Each instruction runs over a whole block of pixels of a row,
 // so the cost of deciding what to do is paid once per block, not per pixel;
-// when the filter has side effects the same instructions run one pixel at a
-// time in the language's order instead.
+// when the filter writes cells the same instructions run one pixel at a time
+// in the language's order instead (rnd alone draws its numbers ahead).
 #pragma once
 
 #include <cstdint>
@@ -55,6 +55,7 @@ struct ChannelCode {
   uint16_t result = 0;
   bool sideEffects = false;  // put, rnd or rst may run
   int sharedWith = -1;  // an earlier channel with the same formula computes the result
+  uint8_t needs = 0;    // bit j: reads values that channel j computes, so j runs first
 };
 
 struct Program {

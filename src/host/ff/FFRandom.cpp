@@ -20,15 +20,21 @@ void FFRandom::Seed(int32_t s) {
   i2_ = 31;
 }
 
-int32_t FFRandom::Next(int32_t a, int32_t b) {
-  // i % 55 + 1 for i in 0..55, without a division.
-  i1_ = i1_ >= 55 ? 1 : i1_ + 1;
-  i2_ = i2_ >= 55 ? 1 : i2_ + 1;
-  uint32_t v = tab_[i1_] - tab_[i2_];
-  tab_[i1_] = v;
-  uint32_t span = uint32_t(b) - uint32_t(a);
-  if (static_cast<int32_t>(span) < 0) return 0;
-  return static_cast<int32_t>(uint32_t(a) + v % (span + 1u));
+const uint32_t* FFRandom::DrawMany(size_t count, uint32_t* h) {
+  if (count == 0) return h + 55;
+  // The slot the next draw writes holds the number of 55 draws ago; the
+  // table read in that order is the history.
+  auto slot = [](size_t i) { return int((i - 1) % 55 + 1); };
+  const size_t first = size_t(i1_ >= 55 ? 1 : i1_ + 1);
+  for (size_t m = 0; m < 55; ++m) h[m] = tab_[slot(first + m)];
+  size_t n = 0;
+  for (; n + 8 <= count; n += 8)
+    for (size_t i = 0; i < 8; ++i) h[55 + n + i] = h[n + i] - h[n + 31 + i];
+  for (; n < count; ++n) h[55 + n] = h[n] - h[n + 31];
+  for (size_t m = 0; m < 55; ++m) tab_[slot(first + count + m)] = h[count + m];
+  i1_ = slot(first + count - 1);
+  i2_ = slot(size_t(i1_) + 31);
+  return h + 55;
 }
 
 }  // namespace trel::ff

@@ -168,6 +168,100 @@ TEST(FFRender, ParallelRowsEqualTheSequentialOrder) {
   EXPECT_TRUE(MustCompile({"r", "rst(1)", "b", "a"}).parallel(false));  // rst acts on nothing
 }
 
+// The shapes the machine has fast paths for, on pictures wider than two
+// blocks of pixels with a part block at the end, with and without alpha, on
+// one thread and on two.
+TEST(FFRender, CommonShapesAcrossBlockEdgesEqualTheTreeWalker) {
+  const std::array<std::string, 4> codes[] = {
+      {"r", "g", "b", "a"},  // every channel left as it is
+      {"c", "c", "c", "c"},
+      {"b", "g", "r", "a"},
+      {"255 - c", "src(x + 3, y - 2, z) / 2 + c / 2", "(c * ctl(0) + x * y) % 256 ^ ctl(1)", "c"},
+      {"sin(d * 4 + m) / 2 + c2d(x - 320, y - 240) + cos(x) / 4", "cnv(1, 2, 1, 2, 4, 2, 1, 2, 1, 16)",
+       "cnv(0,-1,0,-1,5,-1,0,-1,0,1)", "cnv(-3,1,7,0,0,-1,2,1,1,-5)"},
+      // Powers of two and their neighbours as divisors of negative values.
+      {"(x * 37 - 9000) % 256 + 128", "(x * y * 977 - 100000) % 64 + 64", "(500 - x * 3) / 16 + 100",
+       "(x - 300) % 1024 / 4 + (x - 300) % 3"},
+      // The same where the dividend cannot be negative, and where only one side can.
+      {"c % 64 * 4 + src(x - 1, y, z) / 256 * 3 + c * ctl(0) / 1024", "(c - 128) / 4 + 128 + (c - 128) % 8",
+       "(c + ctl(1)) / 2 / 2 % 32 * 8", "c / 1 + c % 1 + (c / 2147483647) * 100"},
+      // Far off the axes, where the magnitudes need all 32 bits.
+      {"c2d(x * 1000003 - 2147483647, y - 3) + 300", "c2m(x * 5000011, y * 40000000 - 1) & 255",
+       "c2m(x - 258, (-2147483647 - 1) + y) >> 23", "c2d((-2147483647 - 1) * (x & 1), x - 2) + 600"},
+  };
+  const Controls ctl{37, 200, 0, 0, 0, 0, 0, 0};
+  for (bool alpha : {false, true}) {
+    const ImageRGBA8 src = PatternImage(517, 5, alpha);
+    for (const auto& code : codes) {
+      const ImageRGBA8 reference = ReferenceRender(code, ctl, src);
+      for (int threads : {1, 2})
+        EXPECT_EQ(Render(code, src, ctl, threads).pixels, reference.pixels)
+            << code[0] << " | " << code[1] << " | " << code[2] << " | " << code[3] << ", alpha " << alpha
+            << ", " << threads << " threads";
+    }
+  }
+}
+
+// Without put, rnd's numbers are drawn ahead for a block of pixels and put
+// into their ranges there; the pixels must still get them in the language's
+// order, row after row, whatever the ranges.
+TEST(FFRender, RandomNumbersDrawnAheadKeepThePixelOrder) {
+  const std::array<std::string, 4> codes[] = {
+      {"rnd(0,255)", "rnd(0,255)", "rnd(0,255)", "rnd(0,255)"},
+      {"rnd(0,c)", "rnd(-5, 300)", "rnd(x, 1000000) % 256", "rnd(7,3) + rnd(0, 2147483647) % 256"},
+      {"rnd(0,255) + rnd(0,3)", "c", "rnd(-2147483647-1, 2147483647) & 255", "rnd(0,100) * (x > 300)"},
+      {"get(3) + rnd(0,9)", "rst(0) + rnd(0, 65535) >> 8", "x > 250 ? rnd(0,255) : rnd(1,1)", "a"},
+  };
+  const Controls ctl{};
+  for (bool alpha : {false, true}) {
+    const ImageRGBA8 src = PatternImage(517, 3, alpha);
+    for (const auto& code : codes) {
+      ASSERT_FALSE(MustCompile(code).parallel(alpha)) << code[0];
+      EXPECT_EQ(Render(code, src, ctl).pixels, ReferenceRender(code, ctl, src).pixels)
+          << code[0] << " | " << code[1] << " | " << code[2] << " | " << code[3] << ", alpha " << alpha;
+    }
+  }
+}
+
+// Parts that several channels have alike are computed once, by the first
+// channel; each channel's own values must not change for it, alone or in the
+// whole pixel.
+TEST(FFRender, PartsSharedBetweenChannelsKeepEveryChannelsValue) {
+  const std::array<std::string, 4> codes[] = {
+      {"(c * ctl(0) + x * y) % 256 ^ ctl(1)", "(c * ctl(0) + x * y) % 256 ^ ctl(1)",
+       "(c * ctl(0) + x * y) % 256 ^ ctl(1)", "x * y % 255"},
+      {"x*y+1", "x*y+1", "(x*y+1)*2", "c+x*y"},  // the whole, a part and a part of a part
+      {"sin(x)+c", "sin(x)", "sin(x)", "sin(x)+1"},
+      {"src(x+1,y,0) + (y ? x : 5)", "(y ? x : 5) - src(x+1,y,0)", "min(src(x+1,y,0), y ? x : 5)",
+       "(y ? x : 5) * 0 + src(x+1,y,0)"},
+      {"mix(r, g, x, 300) + scl(x, 0, 600, 0, 255)", "scl(x, 0, 600, 0, 255)", "mix(r, g, x, 300)",
+       "mix(r, g, x, 300) - scl(x, 0, 600, 0, 255)"},
+  };
+  const Controls ctl{37, 200, 0, 0, 0, 0, 0, 0};
+  const ImageRGBA8 src = PatternImage(300, 3, true);
+  for (const auto& code : codes) {
+    const CompiledFilter f = MustCompile(code);
+    EXPECT_NE(f.program()->channels[1].needs & 1, 0) << code[1] << " reuses nothing from " << code[0];
+    for (int z = 0; z < 4; ++z) {
+      Ast ast = MustParse(code[z]);
+      RunState state;
+      PixelEnv env = EnvFor(src, ctl, state);
+      env.y = 1;
+      env.z = z;
+      std::vector<int32_t> tree;
+      for (env.x = 0; env.x < src.width; ++env.x) tree.push_back(EvaluateTree(ast, ast.root, env));
+      for (bool ordered : {false, true}) {
+        Machine machine(*f.program(), src.view(), ctl.data(), nullptr);
+        EXPECT_EQ(machine.RawRow(z, 1, ordered), tree) << code[z] << (ordered ? " ordered" : " blocks");
+      }
+    }
+    EXPECT_EQ(Render(code, src, ctl, 1).pixels, ReferenceRender(code, ctl, src).pixels) << code[0];
+  }
+  // Side effects between the channels could change a shared part: nothing is shared then.
+  const CompiledFilter acting = MustCompile({"x*y + put(r, 0)", "x*y", "x*y", "a"});
+  for (const ChannelCode& ch : acting.program()->channels) EXPECT_EQ(ch.needs, 0);
+}
+
 TEST(FFRender, HugePicturesWithATrivialFormula) {
 #if defined(__SANITIZE_ADDRESS__)
   const bool sanitized = true;  // the full square costs a minute there; the strips reach as far

@@ -1,11 +1,14 @@
 #include "host/ff/FFMath.h"
 
+#include "host/ff/FFRandom.h"
+
 #include <gtest/gtest.h>
 
 #include <climits>
 #include <cstdint>
 #include <random>
 #include <utility>
+#include <vector>
 
 namespace trel::ff {
 namespace {
@@ -26,7 +29,9 @@ TEST(FFTables, TablesMatchTheirCheckValues) {
       {t.cosT[0], 16384}, {t.cosT[1], 16383}, {t.cosT[40], 15893}, {t.cosT[128], 11585},
       {t.cosT[255], 100}, {t.cosT[256], -100}, {t.atanT[1023], 51472},
       {t.atanT[0], 63},  // floor(65536 * atan(1/1024))
-      {t.magT[0], 32},    {t.magT[1023], 27132}};
+      {t.magT[0], 32},    {t.magT[1023], 27132},
+      {t.dirT[0], 40},  // read before the arctangent table
+      {t.dirT[1], 0},     {t.dirT[1024], 128}};
   for (const auto& [got, want] : checks) EXPECT_EQ(got, want);
   int64_t sum = 0;
   for (int32_t v : t.cosT) sum += v;
@@ -147,6 +152,33 @@ TEST(FFFunctions, MapBuildsItsTableFromTwoControls) {
       {3, -5, 255},  // H = L = 0, n clamps to 0
       {4, 100, 0},   {-1, 100, 0}};
   for (const auto& c : cases) EXPECT_EQ(FnMap(ctl, c[0], c[1]), c[2]) << c[0] << "," << c[1];
+}
+
+TEST(FFRandom, DrawingManyAtOnceContinuesTheSameStream) {
+  // Batches of every awkward length: empty, below and above the lag of 24,
+  // around the table's 55, mixed with single draws that move the table on.
+  FFRandom one, many;
+  one.Seed(1234);
+  many.Seed(1234);
+  std::vector<uint32_t> history;
+  for (size_t count : {size_t(0), size_t(1), size_t(23), size_t(24), size_t(25), size_t(54), size_t(55),
+                       size_t(56), size_t(110), size_t(1), size_t(768), size_t(3)}) {
+    history.assign(55 + count, 0);
+    const uint32_t* got = many.DrawMany(count, history.data());
+    for (size_t n = 0; n < count; ++n) ASSERT_EQ(got[n], one.Draw()) << "batch of " << count << ", draw " << n;
+    ASSERT_EQ(many.Next(0, 255), one.Next(0, 255)) << "after a batch of " << count;
+  }
+}
+
+TEST(FFRandom, RangesTakeTheRemainderOfTheDraw) {
+  // Empty and reversed ranges give 0; the whole 32-bit range gives 0 as well
+  // (its span does not fit), the largest that fits every value.
+  EXPECT_EQ(FFRandom::In(12345, 7, 7), 7);
+  EXPECT_EQ(FFRandom::In(12345, 8, 7), 0);
+  EXPECT_EQ(FFRandom::In(0xFFFFFFFFu, INT_MIN, INT_MAX), 0);
+  EXPECT_EQ(FFRandom::In(0xFFFFFFFFu, 0, INT_MAX), INT_MAX);
+  EXPECT_EQ(FFRandom::In(1000, -10, 10), -10 + 1000 % 21);
+  EXPECT_EQ(FFRandom::In(0x80000001u, -1, 0x7FFFFFFE), -1 + int32_t(0x80000001u % 0x80000000u));
 }
 
 }  // namespace
