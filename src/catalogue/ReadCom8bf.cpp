@@ -10,6 +10,7 @@
 #include "catalogue/FileWindow.h"
 #include "filter/CompiledReaders.h"
 #include "base/Paths.h"
+#include "base/PluginKinds.h"
 
 namespace trel {
 namespace {
@@ -99,7 +100,7 @@ void InterpretPipl(const ByteView& d, int64_t readPosition, int64_t dataOffset, 
 
 bool ReadCom8bf(const std::string& path, ResourceProbe& probe, const FilterEnv& env, FileFacts* facts) {
   probe.elements.assign(1, ProbeElement{});
-  if (LastFour(path) == ".bin") {
+  if (ClassifyPluginName(path).kind == PluginKind::MacFilterFactory) {
     const int64_t length = FileLength(path);
     if (length == 99712 || length == 99840) {
       std::string folder, name;
