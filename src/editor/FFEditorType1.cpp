@@ -47,6 +47,7 @@
 #include "filter/FFL.h"
 #include "filter/PluginCompiler.h"
 #include "filter/TextFormats.h"
+#include "host/PreviewPipeline.h"
 #include "host/ff/FFEngine.h"
 #include "picture/PicView.h"
 #include "settings/SettingsStore.h"
@@ -1096,15 +1097,7 @@ void FFEditorType1::PreviewDone(int job, QImage result, bool ok, QString message
   jobShown_ = job;
   ++previewRuns_;
   if (ok) {
-    if (alpha) {
-      QPainter p(&result);
-      QFont font("Arial", 8);
-      font.setBold(true);
-      p.setFont(font);
-      p.setPen(QColor(255, 0, 0));
-      const QFontMetrics fm(font);
-      p.drawText(result.width() - fm.horizontalAdvance("Alpha") - 5, result.height() - 5, "Alpha");
-    }
+    if (alpha) PrintOnImage(result, "Alpha", 1);
     previewResult_ = result;
     picture1_->setPixmap(QPixmap::fromImage(result));
   } else {
