@@ -18,7 +18,8 @@ TempBeside CreateTempBeside(const std::string& target, unsigned mode) {
   static std::atomic<unsigned> counter{0};
   const fs::path path(target);
   const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
-  const std::string stem = (folder / (".trel-" + path.filename().string() + "." + std::to_string(::getpid()) + "-")).string();
+  const std::string name = ".trel-" + path.filename().string() + "." + std::to_string(::getpid()) + "-";
+  const std::string stem = (folder / name).string();
   TempBeside temp;
   for (int attempt = 0; attempt < 100; ++attempt) {
     temp.path = stem + std::to_string(counter++);
