@@ -14,11 +14,17 @@ namespace trel {
 
 namespace fs = std::filesystem;
 
+namespace {
+constexpr const char* kTempPrefix = ".trel-";
+}  // namespace
+
+bool IsTempBesideName(const std::string& name) { return name.rfind(kTempPrefix, 0) == 0; }
+
 TempBeside CreateTempBeside(const std::string& target, unsigned mode) {
   static std::atomic<unsigned> counter{0};
   const fs::path path(target);
   const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
-  const std::string name = ".trel-" + path.filename().string() + "." + std::to_string(::getpid()) + "-";
+  const std::string name = kTempPrefix + path.filename().string() + "." + std::to_string(::getpid()) + "-";
   const std::string stem = (folder / name).string();
   TempBeside temp;
   for (int attempt = 0; attempt < 100; ++attempt) {

@@ -22,6 +22,9 @@ struct TempBeside {
   int error = 0;
 };
 TempBeside CreateTempBeside(const std::string& target, unsigned mode);
+// Whether a file name is one CreateTempBeside gives: a writer's file that
+// isn't complete yet, or one a crash left behind.
+bool IsTempBesideName(const std::string& name);
 
 class SafeTarget {
  public:

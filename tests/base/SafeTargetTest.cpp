@@ -85,9 +85,12 @@ TEST(SafeTarget, TemporaryFilesAreHiddenDistinctAndBesideTheirTarget) {
     const fs::path path(temp.path);
     EXPECT_EQ(path.parent_path().string() + "/", dir.path());
     EXPECT_EQ(path.filename().string().front(), '.');
+    EXPECT_TRUE(IsTempBesideName(path.filename().string()));
     made.insert(temp.path);
   }
   EXPECT_EQ(made.size(), 3u);
+  EXPECT_FALSE(IsTempBesideName("a.8bf"));
+  EXPECT_FALSE(IsTempBesideName(".hidden"));
   EXPECT_FALSE(dir.Exists("a.8bf"));
 
   // A folder that can't be written: an error, and nothing made.
