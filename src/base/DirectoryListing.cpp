@@ -5,6 +5,9 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <array>
+#include <cctype>
+#include <string_view>
 
 #include "base/Paths.h"
 #include "base/NameMatch.h"
@@ -13,42 +16,77 @@ namespace trel {
 
 namespace {
 
-// Sorts by the lower-cased name, made once per entry rather than per comparison.
+// Case-blind name order, then by bytes. The lower-cased keys are made once,
+// side by side in one buffer, so a folder of thousands of names costs a
+// handful of allocations, not one per name or per comparison.
 void SortByName(std::vector<DirEntry>& entries) {
-  std::vector<std::pair<std::string, size_t>> keys;
-  keys.reserve(entries.size());
-  for (size_t i = 0; i < entries.size(); ++i) keys.emplace_back(ToLower(entries[i].name), i);
-  std::sort(keys.begin(), keys.end(), [&](const auto& a, const auto& b) {
-    return a.first != b.first ? a.first < b.first : entries[a.second].name < entries[b.second].name;
+  static const std::array<char, 256> lower = [] {
+    std::array<char, 256> t{};
+    for (int c = 0; c < 256; ++c) t[size_t(c)] = static_cast<char>(std::tolower(c));
+    return t;
+  }();
+  struct Key {
+    size_t at, length, index;
+  };
+  std::string keys;
+  size_t total = 0;
+  for (const DirEntry& e : entries) total += e.name.size();
+  keys.reserve(total);
+  std::vector<Key> order;
+  order.reserve(entries.size());
+  for (size_t i = 0; i < entries.size(); ++i) {
+    order.push_back({keys.size(), entries[i].name.size(), i});
+    for (char c : entries[i].name) keys += lower[static_cast<unsigned char>(c)];
+  }
+  const std::string_view all(keys);
+  std::sort(order.begin(), order.end(), [&](const Key& a, const Key& b) {
+    const int c = all.substr(a.at, a.length).compare(all.substr(b.at, b.length));
+    return c != 0 ? c < 0 : entries[a.index].name < entries[b.index].name;
   });
   std::vector<DirEntry> sorted;
   sorted.reserve(entries.size());
-  for (const auto& key : keys) sorted.push_back(std::move(entries[key.second]));
+  for (const Key& k : order) sorted.push_back(std::move(entries[k.index]));
   entries = std::move(sorted);
 }
 
 }  // namespace
 
-DirListing ListDirectory(const std::string& folder, const std::string& pattern) {
+DirListing ListDirectory(const std::string& folder, const std::string& pattern, const ListOptions& options) {
   DirListing listing;
   const std::string base = WithTrailingSeparator(folder);
   DIR* dir = ::opendir(base.c_str());
   if (!dir) return listing;
   listing.readable = true;
+  const int fd = ::dirfd(dir);
   while (const dirent* entry = ::readdir(dir)) {
-    const std::string name = entry->d_name;
-    if (name.empty() || name[0] == '.') continue;
+    const char* name = entry->d_name;
+    if (name[0] == '.' || name[0] == '\0') continue;
+    // The listing's own type saves a look at the entry where nothing more is
+    // wanted; a link, or a file system that doesn't say, needs one.
+    unsigned char type = entry->d_type;
     struct stat st {};
-    // Relative to the open folder: no walk of the whole path per entry.
-    if (::fstatat(::dirfd(dir), entry->d_name, &st, 0) != 0) continue;
+    bool looked = false;
+    if (options.details || type == DT_UNKNOWN || type == DT_LNK) {
+      if (::fstatat(fd, name, &st, AT_SYMLINK_NOFOLLOW) != 0) continue;
+      if (S_ISLNK(st.st_mode)) {
+        // Relative to the open folder: no walk of the whole path per entry.
+        if (::fstatat(fd, name, &st, 0) != 0) continue;  // a broken link
+        if (S_ISDIR(st.st_mode) && !options.followFolderLinks) continue;
+      }
+      type = S_ISDIR(st.st_mode) ? DT_DIR : S_ISREG(st.st_mode) ? DT_REG : DT_UNKNOWN;
+      looked = true;
+    }
+    if (type != DT_DIR && type != DT_REG) continue;
     DirEntry item;
     item.name = name;
-    item.modified = static_cast<int64_t>(st.st_mtime);
-    item.hasTime = true;
-    if (S_ISDIR(st.st_mode)) {
+    if (looked) {
+      item.modified = static_cast<int64_t>(st.st_mtime);
+      item.hasTime = options.details;
+    }
+    if (type == DT_DIR) {
       listing.folders.push_back(std::move(item));
-    } else if (MatchesPattern(name, pattern)) {
-      item.length = static_cast<int64_t>(st.st_size);
+    } else if (MatchesPattern(item.name, pattern)) {
+      if (options.details) item.length = static_cast<int64_t>(st.st_size);
       listing.files.push_back(std::move(item));
     }
   }

@@ -22,9 +22,19 @@ struct DirListing {
   std::vector<DirEntry> folders;  // sorted likewise
 };
 
+// What a listing takes besides names. The file lists want everything; a walk
+// over a whole tree wants neither the cost of a look at every file nor a link
+// back up that makes it endless.
+struct ListOptions {
+  bool details = true;              // lengths and times (one look at each entry)
+  bool followFolderLinks = true;    // a link to a folder lists as a folder
+};
+
 // Hidden entries (names beginning with ".") are left out, as the system's own
-// file boxes leave hidden files out.
-DirListing ListDirectory(const std::string& folder, const std::string& pattern);
+// file boxes leave hidden files out; every walk sees what the file lists show.
+// Files are matched against `pattern` by MatchesPattern; entries that are
+// neither files nor folders (devices, sockets, broken links) are left out.
+DirListing ListDirectory(const std::string& folder, const std::string& pattern, const ListOptions& options = {});
 
 bool IsFolder(const std::string& path);
 // The folder above `folder` (with a trailing separator), or `folder` itself at

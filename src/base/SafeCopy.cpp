@@ -9,6 +9,8 @@
 #include <filesystem>
 #include <vector>
 
+#include "base/SafeTarget.h"
+
 namespace trel {
 
 namespace {
@@ -18,11 +20,6 @@ std::string Reason(int error) { return std::strerror(error); }
 std::string FolderPart(const std::string& path) {
   const auto cut = path.rfind('/');
   return cut == std::string::npos ? std::string("./") : path.substr(0, cut + 1);
-}
-
-std::string NamePart(const std::string& path) {
-  const auto cut = path.rfind('/');
-  return cut == std::string::npos ? path : path.substr(cut + 1);
 }
 
 class Fd {
@@ -107,22 +104,12 @@ FileOpResult SafeCopyFile(const std::string& source, const std::string& target, 
     result.error = source + " is not a file that can be copied.";
     return result;
   }
-  // The temporary name is hidden and distinct; it lives in the target's folder
-  // so that the final rename never crosses a file system.
-  // It is made with the source's permissions at once, and never over a file
-  // that is there.
-  static std::atomic<unsigned> counter{0};
-  const std::string stem = FolderPart(target) + ".trel-" + NamePart(target) + "." + std::to_string(::getpid()) + "-";
-  std::string temp;
-  int fd = -1;
-  for (int attempt = 0; attempt < 100 && fd < 0; ++attempt) {
-    temp = stem + std::to_string(counter++);
-    fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, info.st_mode & 0777);
-    if (fd < 0 && errno != EEXIST) break;
-  }
-  Fd out(fd);
+  // Made with the source's permissions at once, and never over a file that is there.
+  TempBeside made = CreateTempBeside(target, info.st_mode & 0777);
+  const std::string temp = made.path;
+  Fd out(made.fd);
   if (out.get() < 0) {
-    result.error = FolderPart(target) + " can't be written to: " + Reason(errno);
+    result.error = FolderPart(target) + " can't be written to: " + Reason(made.error);
     return result;
   }
   auto fail = [&](const std::string& why) {

@@ -1,8 +1,10 @@
 #include "base/SafeTarget.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -12,29 +14,44 @@ namespace trel {
 
 namespace fs = std::filesystem;
 
+namespace {
+constexpr const char* kTempPrefix = ".trel-";
+}  // namespace
+
+bool IsTempBesideName(const std::string& name) { return name.rfind(kTempPrefix, 0) == 0; }
+
+TempBeside CreateTempBeside(const std::string& target, unsigned mode) {
+  static std::atomic<unsigned> counter{0};
+  const fs::path path(target);
+  const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
+  const std::string name = kTempPrefix + path.filename().string() + "." + std::to_string(::getpid()) + "-";
+  const std::string stem = (folder / name).string();
+  TempBeside temp;
+  for (int attempt = 0; attempt < 100; ++attempt) {
+    temp.path = stem + std::to_string(counter++);
+    temp.fd = ::open(temp.path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, static_cast<mode_t>(mode));
+    if (temp.fd >= 0) return temp;
+    temp.error = errno;
+    if (temp.error != EEXIST) break;
+  }
+  temp.path.clear();
+  return temp;
+}
+
 SafeTarget::SafeTarget(std::string targetPath, bool startFromExisting)
     : target_(std::move(targetPath)) {
-  const fs::path target(target_);
-  const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
-  std::string pattern = (folder / (".~" + target.filename().string() + ".XXXXXX")).string();
-  const int fd = ::mkstemp(pattern.data());
-  if (fd < 0) {
-    error_ = target_ + ": " + std::strerror(errno);
+  // A replaced file keeps its mode; a new one gets the usual one.
+  struct stat old {};
+  const bool replacing = ::stat(target_.c_str(), &old) == 0;
+  TempBeside temp = CreateTempBeside(target_, 0666);
+  if (temp.fd < 0) {
+    error_ = target_ + ": " + std::strerror(temp.error);
     return;
   }
-  // mkstemp makes the file private; give it the target's mode, or the usual one.
-  struct stat old {};
-  mode_t mode = 0666;
-  if (::stat(target_.c_str(), &old) == 0) {
-    mode = old.st_mode & 07777;
-  } else {
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
-    mode &= ~mask;
-  }
-  ::fchmod(fd, mode);
-  ::close(fd);
-  temp_ = pattern;
+  if (replacing) ::fchmod(temp.fd, old.st_mode & 07777);
+  ::close(temp.fd);
+  temp_ = temp.path;
+  const fs::path target(target_);
 
   std::error_code ec;
   if (startFromExisting && fs::is_regular_file(target, ec)) {

@@ -1,6 +1,8 @@
 // Writes a target file so that a failure never leaves a half-written file where
 // a good one stood: the bytes go to a temporary file in the same folder, which
-// replaces the target only when everything was written.
+// replaces the target only when everything was written. The one way the
+// program replaces a file: the writers, the list files and the copies all go
+// through here.
 #pragma once
 
 #include <memory>
@@ -9,6 +11,20 @@
 #include "base/BinFile.h"
 
 namespace trel {
+
+// A new file beside `target`, under a hidden name of its own, in the same
+// folder so that the final rename never crosses a file system. It is made
+// exclusively (never over a file that is there) with `mode` less the umask,
+// and opened for writing. On failure `fd` is -1 and `error` holds errno.
+struct TempBeside {
+  std::string path;
+  int fd = -1;
+  int error = 0;
+};
+TempBeside CreateTempBeside(const std::string& target, unsigned mode);
+// Whether a file name is one CreateTempBeside gives: a writer's file that
+// isn't complete yet, or one a crash left behind.
+bool IsTempBesideName(const std::string& name);
 
 class SafeTarget {
  public:

@@ -53,6 +53,23 @@ class ByteView {
     return out;
   }
 
+  // A Pascal string whose count byte stands at `countIndex`: the count goes to
+  // `count` (0 outside the window), and the text is what of it lies inside.
+  std::string pascal(int64_t countIndex, uint32_t& count) const {
+    count = u8(countIndex).value_or(0);
+    std::string text;
+    for (uint32_t k = 0; k < count && contains(countIndex + 1 + k); ++k) text += data_[countIndex + 1 + k];
+    return text;
+  }
+
+  // Zero bytes from `first` on, counted up to 257: with a text's count, the
+  // room a category has before the next data.
+  int32_t zerosAfter(int64_t first) const {
+    int32_t n = 0;
+    while (n <= 256 && u8(first + n) == uint8_t{0}) ++n;
+    return n;
+  }
+
   // `count` bytes from offset, or nullopt if they don't all lie inside.
   std::optional<std::string> bytes(int64_t offset, int64_t count) const {
     if (!contains(offset, count)) return std::nullopt;

@@ -8,6 +8,7 @@
 #include "catalogue/PluginList.h"
 #include "filter/CompiledReaders.h"
 #include "base/Paths.h"
+#include "base/PluginKinds.h"
 #include "base/SafeTarget.h"
 
 namespace trel {
@@ -19,22 +20,6 @@ std::string Hex(int64_t value) {
   char buffer[16];
   std::snprintf(buffer, sizeof buffer, "%X", static_cast<uint32_t>(value));
   return buffer;
-}
-
-// The suffix the information box goes by: the last three letters when a point
-// or an underscore stands before them, else the last four ("_8bf").
-std::string InfoSuffix(const std::string& name) {
-  const std::string lower = ToLower(name);
-  if (lower.size() >= 4) {
-    const char c = lower[lower.size() - 4];
-    if (c == '.' || c == '_') return lower.substr(lower.size() - 3);
-    return lower.substr(lower.size() - 4);
-  }
-  return lower;
-}
-
-bool IsOneOf(const std::string& s, std::initializer_list<const char*> list) {
-  return std::any_of(list.begin(), list.end(), [&](const char* o) { return s == o; });
 }
 
 std::string ProbeLines(const ResourceProbe& probe) {
@@ -54,7 +39,7 @@ PluginInformation PlugInInformation(const std::string& path, const PluginTypeTab
   std::string folder, name;
   SplitPath(path, folder, name);
   const int64_t size = FileLength(path);
-  const std::string suffix = InfoSuffix(name);
+  const PluginKind kind = ClassifyPluginName(name).kind;
   std::string lines;
   int64_t room = 0, offset = 0;
 
@@ -63,7 +48,7 @@ PluginInformation PlugInInformation(const std::string& path, const PluginTypeTab
     lines = firstLabel + ": " + first + "\n" + secondLabel + ": " + second;
   };
 
-  if (IsOneOf(suffix, {"8bf", "_bf", "_8bf"})) {
+  if (kind == PluginKind::Photoshop) {
     ResourceProbe probe;
     FFFilter f;
     if ((size == 99712 || size == 99840) && Read8bf(f, folder, name, true, false, env)) {
@@ -80,7 +65,7 @@ PluginInformation PlugInInformation(const std::string& path, const PluginTypeTab
       room = probe[1].maximumLength;
       offset = probe[1].categoryOffset;
     }
-  } else if (IsOneOf(suffix, {"aex", "_ex"})) {
+  } else if (kind == PluginKind::AfterEffects) {
     ResourceProbe probe;
     if (ReadCom8bf(path, probe, env)) {
       info.kind = "After Effects Plugin";
@@ -88,7 +73,7 @@ PluginInformation PlugInInformation(const std::string& path, const PluginTypeTab
       room = probe[1].maximumLength;
       offset = probe[1].categoryOffset;
     }
-  } else if (IsOneOf(suffix, {"prm", "_rm"})) {
+  } else if (kind == PluginKind::Premiere) {
     std::string category, title;
     int32_t off = 0, max = 0;
     if (ReadComprm(path, category, title, off, max)) {
@@ -111,7 +96,7 @@ PluginInformation PlugInInformation(const std::string& path, const PluginTypeTab
       room = max;
       offset = off;
     }
-  } else if (suffix == "bin") {
+  } else if (kind == PluginKind::MacFilterFactory) {
     FFFilter f;
     if ((size == 99840 || size == 99712) && Read8bf(f, folder, name, true, false, env)) {
       info.kind = "Macintosh Filter Factory Plugin";
@@ -171,13 +156,16 @@ std::vector<std::string> PlugInListLines(const std::vector<std::string>& paths,
   for (const std::string& path : paths) {
     std::string folder, name;
     SplitPath(path, folder, name);
-    const std::string suffix = LastFour(name);
     FFFilter f;
     bool ok = false;
-    // "_.rm" is how this list has always spelled the second Premiere form, so a
-    // "._rm" file isn't taken for a plugin here.
-    const bool premiere = IsOneOf(suffix, {".prm", "_.rm", "_prm"});
-    const bool plugin = premiere || IsOneOf(suffix, {".8bf", "._bf", ".aex", "._ex", "_aex"});
+    // This list has always spelled the second disabled Premiere form "_.rm"
+    // and left "_8bf" out, so a "._rm" or "_8bf" file goes to the Filter
+    // Factory reader like any other file (and a "._rm" one is skipped).
+    const std::string suffix = LastFour(name);
+    const bool listedForm = suffix != "._rm" && suffix != "_8bf";
+    const PluginKind kind = listedForm ? ClassifyPluginName(name).kind : PluginKind::None;
+    const bool premiere = kind == PluginKind::Premiere || suffix == "_.rm";
+    const bool plugin = premiere || kind == PluginKind::Photoshop || kind == PluginKind::AfterEffects;
     if (premiere) {
       ok = Readprm(f, folder, name, false, false, env);
       if (!ok) {

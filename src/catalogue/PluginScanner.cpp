@@ -1,19 +1,14 @@
 #include "catalogue/PluginScanner.h"
 
-#include <dirent.h>
-#include <fcntl.h>
-#include <sys/stat.h>
-
 #include <algorithm>
-#include <array>
-#include <cctype>
 #include <initializer_list>
-#include <string_view>
 #include <unordered_set>
 
 #include "catalogue/PluginIdentification.h"
 #include "filter/CompiledReaders.h"
+#include "base/DirectoryListing.h"
 #include "base/Paths.h"
+#include "base/PluginKinds.h"
 #include "filter/TextFormats.h"
 
 namespace trel {
@@ -23,13 +18,6 @@ constexpr const char* kProgramTitle = "Trel";
 constexpr size_t kMaskLimit = 256;
 constexpr const char* kPluginMask = "*.8bf;*._bf;*_8bf;*?prm;*.pr-;*_prm;*?aex;*._ex;*_aex;*.bin";
 constexpr const char* kSourceMask = ";*.ffx;*.txt;*.afs;*.pff";
-
-bool OneOf(const std::string& s, std::initializer_list<const char*> options) {
-  for (const char* o : options) {
-    if (s == o) return true;
-  }
-  return false;
-}
 
 bool OneOf(int64_t v, std::initializer_list<int64_t> options) {
   return std::find(options.begin(), options.end(), v) != options.end();
@@ -45,106 +33,16 @@ uint8_t Room(int32_t maximumLength) {
   return static_cast<uint8_t>(std::clamp<int32_t>(maximumLength, 0, 255));
 }
 
+// The walk lists what the pane's file list shows under the scan mask, without
+// a look at every file, and doesn't enter linked folders, so that a link back
+// up can't make it endless.
+constexpr ListOptions kWalk{.details = false, .followFolderLinks = false};
+
 void UnknownIfEmpty(PluginEntry& e, const std::string& name) {
   if (e.category.empty() || e.title.empty()) {
     e.category = "[Unknown]";
     e.title = name;
   }
-}
-
-// A single glob of a mask list: '*' any run, '?' one character, no case.
-bool GlobMatches(const char* p, const char* pe, const char* s, const char* se) {
-  const char* star = nullptr;
-  const char* resume = nullptr;
-  while (s < se) {
-    if (p < pe && (*p == '?' || std::tolower(static_cast<unsigned char>(*p)) ==
-                                    std::tolower(static_cast<unsigned char>(*s)))) {
-      ++p;
-      ++s;
-    } else if (p < pe && *p == '*') {
-      star = p++;
-      resume = s;
-    } else if (star) {
-      p = star + 1;
-      s = ++resume;
-    } else {
-      return false;
-    }
-  }
-  while (p < pe && *p == '*') ++p;
-  return p == pe;
-}
-
-struct FolderContent {
-  std::vector<std::string> files;
-  std::vector<std::string> subfolders;
-};
-
-// Case-insensitive name order, then by bytes. The lower-cased keys are made
-// once, side by side in one buffer, so a folder of thousands of names costs a
-// handful of allocations, not one per name.
-void SortByName(std::vector<std::string>& names) {
-  std::string keys;
-  size_t total = 0;
-  for (const std::string& n : names) total += n.size();
-  keys.reserve(total);
-  struct Key {
-    size_t at, length, index;
-  };
-  std::vector<Key> order;
-  order.reserve(names.size());
-  static const std::array<char, 256> lower = [] {
-    std::array<char, 256> t{};
-    for (int c = 0; c < 256; ++c) t[size_t(c)] = static_cast<char>(std::tolower(c));
-    return t;
-  }();
-  for (size_t i = 0; i < names.size(); ++i) {
-    order.push_back({keys.size(), names[i].size(), i});
-    for (char c : names[i]) keys += lower[static_cast<unsigned char>(c)];
-  }
-  const std::string_view all(keys);
-  std::sort(order.begin(), order.end(), [&](const Key& a, const Key& b) {
-    const int c = all.substr(a.at, a.length).compare(all.substr(b.at, b.length));
-    if (c != 0) return c < 0;
-    return names[a.index] < names[b.index];
-  });
-  std::vector<std::string> sorted;
-  sorted.reserve(names.size());
-  for (const Key& k : order) sorted.push_back(std::move(names[k.index]));
-  names = std::move(sorted);
-}
-
-// A folder's files and subfolders in the order of the file commander's lists.
-// Linked folders are not entered, so a link back up can't make the walk endless.
-// The type comes with the listing; only a link (or a file system that doesn't
-// say) costs a look at the file itself.
-FolderContent ListFolder(const std::string& folder) {
-  FolderContent content;
-  DIR* dir = ::opendir(folder.c_str());
-  if (!dir) return content;
-  const int fd = ::dirfd(dir);
-  while (const dirent* entry = ::readdir(dir)) {
-    const char* name = entry->d_name;
-    if (name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'))) continue;
-    unsigned char type = entry->d_type;
-    if (type == DT_UNKNOWN) {
-      struct stat st {};
-      if (::fstatat(fd, name, &st, AT_SYMLINK_NOFOLLOW) != 0) continue;
-      type = S_ISLNK(st.st_mode) ? DT_LNK : S_ISDIR(st.st_mode) ? DT_DIR : S_ISREG(st.st_mode) ? DT_REG : DT_UNKNOWN;
-    }
-    if (type == DT_LNK) {
-      struct stat st {};
-      if (::fstatat(fd, name, &st, 0) == 0 && S_ISREG(st.st_mode)) content.files.emplace_back(name);
-    } else if (type == DT_DIR) {
-      content.subfolders.emplace_back(name);
-    } else if (type == DT_REG) {
-      content.files.emplace_back(name);
-    }
-  }
-  ::closedir(dir);
-  SortByName(content.files);
-  SortByName(content.subfolders);
-  return content;
 }
 
 }  // namespace
@@ -159,24 +57,6 @@ std::string PluginScanMask(const PluginTypeTable& table, bool includeSources) {
   return mask;
 }
 
-bool MaskMatches(const std::string& maskList, const std::string& name) {
-  const std::string_view list(maskList);
-  size_t from = 0;
-  while (from <= list.size()) {
-    size_t to = list.find(';', from);
-    if (to == std::string_view::npos) to = list.size();
-    std::string_view mask = list.substr(from, to - from);
-    while (!mask.empty() && mask.front() == ' ') mask.remove_prefix(1);
-    while (!mask.empty() && mask.back() == ' ') mask.remove_suffix(1);
-    if (mask == "*.*" || mask == "*") return true;
-    if (!mask.empty() &&
-        GlobMatches(mask.data(), mask.data() + mask.size(), name.data(), name.data() + name.size())) {
-      return true;
-    }
-    from = to + 1;
-  }
-  return false;
-}
 
 bool IdentifyFile(const std::string& folderIn, const std::string& name, const ScanOptions& options,
                   const PluginTypeTable& table, const FilterEnv& env, std::vector<PluginEntry>& out,
@@ -184,12 +64,13 @@ bool IdentifyFile(const std::string& folderIn, const std::string& name, const Sc
   const std::string folder = WithTrailingSeparator(folderIn);
   const std::string path = folder + name;
   const std::string suffix = LastFour(name);
+  const PluginKind kind = ClassifyPluginName(name).kind;
 
   if (options.ScanFFOnly) {
     const int64_t size = FileLength(path);
-    if (OneOf(suffix, {".prm", "._rm", "_prm"})) {
+    if (kind == PluginKind::Premiere) {
       if (!OneOf(size, {50176, 50688, 51200, 53248})) return false;
-    } else if (OneOf(suffix, {".8bf", "._bf", ".bin", "_8bf"})) {
+    } else if (kind == PluginKind::Photoshop || kind == PluginKind::MacFilterFactory) {
       if (!OneOf(size, {57344, 49152, 53760, 49664, 99712, 99840})) return false;
     } else {
       return false;
@@ -202,7 +83,7 @@ bool IdentifyFile(const std::string& folderIn, const std::string& name, const Sc
     }
   };
 
-  if (OneOf(suffix, {".8bf", "._bf", ".aex", "._ex", "_8bf", "_aex"})) {
+  if (kind == PluginKind::Photoshop || kind == PluginKind::AfterEffects) {
     ResourceProbe probe;
     ReadCom8bf(path, probe, env, facts);
     if (probe.Count() == 0) probe.elements.resize(1);  // a plugin with no filters still shows
@@ -214,7 +95,7 @@ bool IdentifyFile(const std::string& folderIn, const std::string& name, const Sc
     return true;
   }
 
-  if (suffix == ".bin") {
+  if (kind == PluginKind::MacFilterFactory) {
     FFFilter f;
     PluginEntry e{path, {}, {}, 0, 0};
     if (Read8bf(f, folder, name, true, false, env)) {
@@ -227,7 +108,7 @@ bool IdentifyFile(const std::string& folderIn, const std::string& name, const Sc
     return true;
   }
 
-  if (OneOf(suffix, {".prm", "._rm", "_prm"})) {
+  if (kind == PluginKind::Premiere) {
     ResourceProbe probe;
     if (ReadCom8bf(path, probe, env, facts)) {
       const size_t first = out.size();
@@ -256,7 +137,7 @@ bool IdentifyFile(const std::string& folderIn, const std::string& name, const Sc
     return true;
   }
 
-  if (OneOf(suffix, {".txt", ".afs", ".pff", ".ffx"})) {
+  if (IsFilterSourceName(name)) {
     if (!options.includeSources) return false;
     FFFilter f;
     bool ok = false;
@@ -293,7 +174,7 @@ int ScanPluginRecurse(PaneCatalogue& pane, const std::string& startFolder, const
 
   struct Level {
     std::string folder;
-    FolderContent content;
+    DirListing content;
     size_t nextSub = 0;
   };
   std::vector<Level> levels;
@@ -308,8 +189,7 @@ int ScanPluginRecurse(PaneCatalogue& pane, const std::string& startFolder, const
     const int fileCount = static_cast<int>(files.size());
     for (int index = 0; index < fileCount; ++index) {
       if (shell.EscapePressed()) return false;
-      const std::string& name = files[static_cast<size_t>(index)];
-      if (!MaskMatches(mask, name)) continue;
+      const std::string& name = files[static_cast<size_t>(index)].name;
       label(name);
       found.clear();
       bool produced = false;
@@ -338,7 +218,7 @@ int ScanPluginRecurse(PaneCatalogue& pane, const std::string& startFolder, const
       }
       if (fileCount > 0) {
         int percent = -1;
-        if (!options.subFolders || level.content.subfolders.empty()) {
+        if (!options.subFolders || level.content.folders.empty()) {
           percent = pane.plugins.Count() * 100 / fileCount;
         }
         if (startSubfolders == 0) percent = index * 100 / fileCount;
@@ -348,18 +228,18 @@ int ScanPluginRecurse(PaneCatalogue& pane, const std::string& startFolder, const
     return true;
   };
 
-  levels.push_back({WithTrailingSeparator(startFolder), ListFolder(startFolder), 0});
-  startSubfolders = levels[0].content.subfolders.size();
+  levels.push_back({WithTrailingSeparator(startFolder), ListDirectory(startFolder, mask, kWalk), 0});
+  startSubfolders = levels[0].content.folders.size();
   if (!processFiles(levels[0])) return 0;
   if (options.subFolders) {
     while (!levels.empty()) {
       Level& top = levels.back();
-      if (top.nextSub >= top.content.subfolders.size()) {
+      if (top.nextSub >= top.content.folders.size()) {
         levels.pop_back();
         continue;
       }
-      const std::string sub = WithTrailingSeparator(top.folder + top.content.subfolders[top.nextSub++]);
-      levels.push_back({sub, ListFolder(sub), 0});
+      const std::string sub = WithTrailingSeparator(top.folder + top.content.folders[top.nextSub++].name);
+      levels.push_back({sub, ListDirectory(sub, mask, kWalk), 0});
       if (!processFiles(levels.back())) return 0;
       if (startSubfolders > 0) report(static_cast<int>(levels[0].nextSub * 100 / startSubfolders));
     }

@@ -37,8 +37,6 @@ struct ScanCallbacks {
 // filter sources appended on request; "*.*" whenever a mask would exceed 256
 // characters, in which case the dispatch sorts the files out by itself.
 std::string PluginScanMask(const PluginTypeTable& table, bool includeSources);
-// Whether a file name matches a mask list ("*.8bf;*._bf"); case is ignored.
-bool MaskMatches(const std::string& maskList, const std::string& name);
 
 // Identifies one file by its suffix and appends what it yields to `out`. Returns
 // false when the file yields nothing (not a plugin kind, a skipped size, an

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "base/Paths.h"
+#include "base/PluginKinds.h"
 #include "base/SafeTarget.h"
 
 namespace trel {
@@ -62,22 +63,9 @@ void GetPlugTypes(const PluginTypeList& list, PluginTypeTable& table) {
   }
 }
 
-namespace {
-
-bool EndsWithExtension(const std::string& lowerName, const std::string& extension) {
-  const std::string e = ToLower(extension);
-  if (e.empty() || lowerName.size() < e.size() + 1) return false;
-  if (lowerName.compare(lowerName.size() - e.size(), e.size(), e) != 0) return false;
-  const char before = lowerName[lowerName.size() - e.size() - 1];
-  return before == '.' || before == '_';
-}
-
-}  // namespace
-
 const PluginType* MatchPluginType(const PluginTypeTable& table, const std::string& name) {
-  const std::string lower = ToLower(name);
   for (const PluginType& t : table.PluginTypes) {
-    if (!t.empty() && EndsWithExtension(lower, t.extension)) return &t;
+    if (!t.empty() && ClassifyTypedName(name, t.extension)) return &t;
   }
   return nullptr;
 }

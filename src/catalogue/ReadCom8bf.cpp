@@ -10,6 +10,7 @@
 #include "catalogue/FileWindow.h"
 #include "filter/CompiledReaders.h"
 #include "base/Paths.h"
+#include "base/PluginKinds.h"
 
 namespace trel {
 namespace {
@@ -41,30 +42,6 @@ bool NameIs(const Section& s, int64_t off, std::string_view text) {
 
 std::string CutAtNul(const std::string& text) { return text.substr(0, text.find('\0')); }
 
-// A Pascal string whose count byte stands at `countIndex` of d (0-based); the
-// characters that lie outside d are not there.
-std::string Pascal(const ByteView& d, int64_t countIndex, uint32_t& count) {
-  count = d.u8(countIndex).value_or(0);
-  std::string text;
-  for (uint32_t k = 0; k < count; ++k) {
-    const auto c = d.u8(countIndex + 1 + k);
-    if (!c) break;
-    text += static_cast<char>(*c);
-  }
-  return text;
-}
-
-// Zero bytes behind a text, up to 256: with the text's count, the room the
-// category has before the next data.
-int32_t ZerosAfter(const ByteView& d, int64_t firstAfter) {
-  int32_t n = 0;
-  for (; n <= 256; ++n) {
-    const auto b = d.u8(firstAfter + n);
-    if (!b || *b != 0) break;
-  }
-  return n;
-}
-
 void InterpretPipl(const ByteView& d, int64_t readPosition, int64_t dataOffset, ProbeElement& e) {
   // The property list isn't walked: the keys are searched. Counting d from 1,
   // a key at d[p + 4] has its count at d[p + 16]; here, counting from 0, the
@@ -80,15 +57,15 @@ void InterpretPipl(const ByteView& d, int64_t readPosition, int64_t dataOffset, 
     if (k == name) {
       if (e.title.empty()) {
         uint32_t count = 0;
-        e.title = Pascal(d, p + 15, count);
+        e.title = d.pascal(p + 15, count);
       }
       if (!e.category.empty()) return;
     } else {
       // Position of the category's first character in the file.
       e.categoryOffset = static_cast<int32_t>(p + readPosition + dataOffset + 16);
       uint32_t count = 0;
-      e.category = Pascal(d, p + 15, count);
-      e.maximumLength = static_cast<int32_t>(count) + ZerosAfter(d, p + count + 16);
+      e.category = d.pascal(p + 15, count);
+      e.maximumLength = static_cast<int32_t>(count) + d.zerosAfter(p + count + 16);
       if (!e.title.empty()) return;
     }
     from = k + 1;
@@ -99,7 +76,7 @@ void InterpretPipl(const ByteView& d, int64_t readPosition, int64_t dataOffset, 
 
 bool ReadCom8bf(const std::string& path, ResourceProbe& probe, const FilterEnv& env, FileFacts* facts) {
   probe.elements.assign(1, ProbeElement{});
-  if (LastFour(path) == ".bin") {
+  if (ClassifyPluginName(path).kind == PluginKind::MacFilterFactory) {
     const int64_t length = FileLength(path);
     if (length == 99712 || length == 99840) {
       std::string folder, name;

@@ -25,26 +25,6 @@ struct Found {
   int32_t& maximumLength;
 };
 
-std::string Pascal(const ByteView& b, int64_t countIndex, uint32_t& count) {
-  count = b.u8(countIndex).value_or(0);
-  std::string text;
-  for (uint32_t k = 0; k < count; ++k) {
-    const auto c = b.u8(countIndex + 1 + k);
-    if (!c) break;
-    text += static_cast<char>(*c);
-  }
-  return text;
-}
-
-int32_t ZerosAfter(const ByteView& b, int64_t firstAfter) {
-  int32_t n = 0;
-  for (; n <= 256; ++n) {
-    const auto v = b.u8(firstAfter + n);
-    if (!v || *v != 0) break;
-  }
-  return n;
-}
-
 // The 1-based byte b[i], or 0 outside the chunk (the chunk is read as if the
 // file went on in zeros).
 uint8_t At(const ByteView& b, int64_t i) { return b.u8(i - 1).value_or(0); }
@@ -88,7 +68,7 @@ void SearchChunk(const FileWindow& file, int64_t start, int64_t end, Found& out)
         if (b.matches(i + 3, "eman")) {
           if (out.title.empty()) {
             uint32_t count = 0;
-            out.title = Pascal(b, i + 15, count);
+            out.title = b.pascal(i + 15, count);
           }
           if (!out.category.empty()) return;
         } else if (b.matches(i + 3, "gtac")) {
@@ -99,8 +79,8 @@ void SearchChunk(const FileWindow& file, int64_t start, int64_t end, Found& out)
             continue;
           }
           uint32_t count = 0;
-          out.category = Pascal(b, i + 15, count);
-          out.maximumLength = static_cast<int32_t>(count) + ZerosAfter(b, i + 16 + count);
+          out.category = b.pascal(i + 15, count);
+          out.maximumLength = static_cast<int32_t>(count) + b.zerosAfter(i + 16 + count);
           if (!out.title.empty()) return;
         }
         continue;

@@ -14,6 +14,7 @@
 #include <string_view>
 
 #include "base/Paths.h"
+#include "base/PluginKinds.h"
 #include "base/SafeTarget.h"
 
 namespace trel {
@@ -432,10 +433,7 @@ bool ScanCache::Identify(const std::string& folder, const std::string& name, con
   // is read has a newer time by now, so the next scan reads it again. A file
   // the cache doesn't know at all costs no look of its own where the reader
   // tells what it found on opening the file.
-  const std::string suffix = LastFour(name);
-  const bool readerTells = suffix == ".8bf" || suffix == "._bf" || suffix == ".aex" || suffix == "._ex" ||
-                           suffix == "_8bf" || suffix == "_aex" || suffix == ".prm" || suffix == "._rm" ||
-                           suffix == "_prm";
+  const bool readerTells = IsAdobePluginName(name);
   if (!stated && !readerTells) stated = StatInFolder(folder, name, path, size, mtime);
   FileFacts facts;
   const size_t first = out.size();

@@ -7,6 +7,7 @@
 
 #include "editor/EditorLayout.h"
 #include "editor/EditorWidgets.h"
+#include "host/PreviewPipeline.h"
 #include "settings/SettingsStore.h"
 
 namespace trel {
@@ -117,15 +118,7 @@ void LivePreview::Done(int job, QImage result, bool ok, const QString& message, 
   jobShown_ = job;
   ++runs_;
   if (ok) {
-    if (alpha) {
-      QPainter p(&result);
-      QFont font("Arial", 8);
-      font.setBold(true);
-      p.setFont(font);
-      p.setPen(QColor(255, 0, 0));
-      const QFontMetrics fm(font);
-      p.drawText(result.width() - fm.horizontalAdvance("Alpha") - 5, result.height() - 5, "Alpha");
-    }
+    if (alpha) PrintOnImage(result, "Alpha", 1);
     result_ = result;
     picture_->setPixmap(QPixmap::fromImage(result));
   }

@@ -9,6 +9,7 @@
 #include "filter/Dispatch.h"
 #include "filter/LabelShortening.h"
 #include "base/Paths.h"
+#include "base/SafeTarget.h"
 #include "filter/PluginCompiler.h"
 #include "filter/TextFormats.h"
 
@@ -147,7 +148,7 @@ WriteOutcome TargetWriter::Write(FFFilter& f, OutputFormat format) {
   std::sort(made.begin(), made.end());
   bool moved = false;
   for (const auto& name : made) {
-    if (watch.errors > 0 || name.rfind(".~", 0) == 0) {
+    if (watch.errors > 0 || IsTempBesideName(name)) {
       fs::remove_all(stage_ + name, ec);
       continue;
     }

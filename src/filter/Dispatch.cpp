@@ -3,6 +3,7 @@
 #include "filter/CodeRewrite.h"
 #include "filter/CompiledReaders.h"
 #include "base/Paths.h"
+#include "base/PluginKinds.h"
 #include "filter/TextFormats.h"
 
 namespace trel {
@@ -10,12 +11,15 @@ namespace {
 
 enum class SourceKind { Plugin8bf, PluginPrm, AFS, PFF, FFX, TXT, Unknown };
 
-// Kinds by the last four characters of the name; the `_8bf`, `._bf`, `._rm` and
-// `_prm` forms are disabled plugins.
+// Kinds by the name: plugins in any of their forms, sources by extension.
 SourceKind KindOf(const std::string& name) {
+  switch (ClassifyPluginName(name).kind) {
+    case PluginKind::Photoshop:
+    case PluginKind::MacFilterFactory: return SourceKind::Plugin8bf;
+    case PluginKind::Premiere: return SourceKind::PluginPrm;
+    default: break;
+  }
   const std::string ext = LastFour(name);
-  if (ext == ".8bf" || ext == "._bf" || ext == ".bin" || ext == "_8bf") return SourceKind::Plugin8bf;
-  if (ext == ".prm" || ext == "._rm" || ext == "_prm") return SourceKind::PluginPrm;
   if (ext == ".afs") return SourceKind::AFS;
   if (ext == ".pff") return SourceKind::PFF;
   if (ext == ".ffx") return SourceKind::FFX;

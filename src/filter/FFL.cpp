@@ -21,6 +21,23 @@ using EntryLines = std::array<std::string, kFFLEntryLines>;
 
 bool IsMagic(const std::string& line) { return line == "FFL1.0" || line == "FFL1.1"; }
 
+// The two lines that open every library: the version, which tells a library
+// from any other text, and the count of entries it declares.
+struct FFLHead {
+  std::string version;
+  long declaredCount = 0;
+};
+
+// Reads the head; false when the first line isn't a version line. A missing
+// count line declares none.
+bool ReadFFLHead(FFLTextReader& in, FFLHead& head) {
+  std::string line;
+  if (!in.ReadLine(line) || !IsMagic(line)) return false;
+  head.version = line;
+  head.declaredCount = in.ReadLine(line) ? static_cast<long>(LeadingNumber(line)) : 0;
+  return true;
+}
+
 bool IsDeleted(const FFFilter& f) { return f.filename.rfind("//", 0) == 0; }
 
 std::string CountField(long count) {
@@ -285,15 +302,15 @@ bool ReadFFLLibrary(const std::string& libraryPath, FFLLibrary& library, const F
     library.problem = "the file can't be opened";
     return false;
   }
-  std::string line;
-  if (!in->ReadLine(line) || !IsMagic(line)) {
+  FFLHead head;
+  if (!ReadFFLHead(*in, head)) {
     env.hooks().MsgBox(NotALibrary(libraryPath), MsgButtons::Ok, MsgIcon::Exclamation,
                        "Format Violation");
     library.problem = "not a library";
     return false;
   }
-  library.version = line;
-  if (in->ReadLine(line)) library.declaredCount = static_cast<long>(LeadingNumber(line));
+  library.version = head.version;
+  library.declaredCount = head.declaredCount;
   FFFilter f;
   for (;;) {
     const int64_t position = in->Position();
@@ -317,17 +334,16 @@ std::vector<int> cmd_SearchFFL(const std::string& libraryPath, const std::string
                                const FilterEnv& env) {
   std::vector<int> found;
   auto in = FFLTextReader::Open(libraryPath);
-  std::string line;
   if (!in) {
     env.hooks().RefreshActivePane();
     return found;
   }
-  if (!in->ReadLine(line) || !IsMagic(line)) {
+  FFLHead head;
+  if (!ReadFFLHead(*in, head)) {
     env.hooks().MsgBox(NotALibrary(libraryPath), MsgButtons::Ok, MsgIcon::Exclamation,
                        "Format Violation");
     return found;
   }
-  in->ReadLine(line);
   const std::string wanted = ToLower(text);
   FFFilter f;
   std::string problem;
@@ -364,14 +380,13 @@ bool Convertffl(FFFilter& f, const std::string& libraryPath, std::string targetF
     shell.ErrorMessage(libraryPath + ": the file can't be opened");
     return false;
   }
-  std::string line;
-  if (!in->ReadLine(line) || !IsMagic(line)) {
+  FFLHead head;
+  if (!ReadFFLHead(*in, head)) {
     shell.MsgBox(NotALibrary(libraryPath), MsgButtons::Ok, MsgIcon::Exclamation,
                  "Format Violation");
     return false;
   }
-  in->ReadLine(line);
-  const std::string count = std::to_string(LeadingNumber(line));
+  const std::string count = std::to_string(head.declaredCount);
 
   TargetWriter writer(targetFolder, env, &out);
   bool ok = true;

@@ -3,12 +3,12 @@
 #include <QFileInfo>
 #include <QImageReader>
 #include <QImageWriter>
-#include <QSaveFile>
 #include <algorithm>
 #include <thread>
 
 #include "base/Paths.h"
 #include "host/PreviewPipeline.h"
+#include "host/ImageWrappers.h"
 #include "host/ff/FFEngine.h"
 
 namespace trel {
@@ -132,16 +132,8 @@ BatchResult BatchApply(const PictureRunner& run, const std::vector<std::string>&
       continue;
     }
     // The picture that stood there is only replaced by a complete one.
-    QSaveFile file(qtarget);
     const QByteArray format = QFileInfo(qtarget).suffix().toLower().toLatin1();
-    bool ok = file.open(QIODevice::WriteOnly);
-    if (ok) {
-      QImageWriter writer(&file, format);
-      ok = writer.write(filtered);
-      if (!ok) file.cancelWriting();
-      else ok = file.commit();
-    }
-    if (!ok) {
+    if (!SaveImageSafely(filtered, target, format)) {
       result.errors.push_back("Couldn't write " + target);
       continue;
     }

@@ -10,11 +10,12 @@
 #include <QGuiApplication>
 #include <QImageReader>
 #include <QPainter>
-#include <QSaveFile>
 
 #include "filter/CompiledReaders.h"
 #include "base/Paths.h"
+#include "base/SafeTarget.h"
 #include "host/PlugHostClient.h"
+#include "host/ImageWrappers.h"
 #include "hostprotocol/HostProtocol.h"
 
 namespace trel {
@@ -185,13 +186,10 @@ int32_t ImageLibrary::ImgXWriteImage(const std::string& path, const std::string&
   QString qpath = FromLocal(path);
   QByteArray format = QFileInfo(qpath).suffix().toLower().toLatin1();
   if (format == "jpeg") format = "jpg";
-  QSaveFile file(qpath);
-  if (!file.open(QIODevice::WriteOnly)) return Fail(IMG_ERR_FILE_WRITE);
-  if (!img->save(&file, format.isEmpty() ? nullptr : format.constData())) {
-    file.cancelWriting();
-    return Fail(format.isEmpty() ? IMG_ERR_BAD_FORMAT : IMG_ERR_FILE_WRITE);
-  }
-  if (!file.commit()) return Fail(IMG_ERR_FILE_WRITE);
+  QByteArray bytes;
+  if (!EncodeImage(*img, format, -1, bytes)) return Fail(format.isEmpty() ? IMG_ERR_BAD_FORMAT : IMG_ERR_FILE_WRITE);
+  if (!WriteWholeFile(path, std::string(bytes.constData(), static_cast<size_t>(bytes.size()))))
+    return Fail(IMG_ERR_FILE_WRITE);
   return status_ = IMG_OK;
 }
 

@@ -1,8 +1,29 @@
 #include "host/ImageWrappers.h"
 
+#include <QBuffer>
+#include <QByteArray>
 #include <QImage>
+#include <QImageWriter>
+
+#include "base/SafeTarget.h"
 
 namespace trel {
+
+bool EncodeImage(const QImage& picture, const QByteArray& format, int quality, QByteArray& bytes) {
+  bytes.clear();
+  if (picture.isNull() || format.isEmpty()) return false;
+  QBuffer buffer(&bytes);
+  if (!buffer.open(QIODevice::WriteOnly)) return false;
+  QImageWriter writer(&buffer, format);
+  if (quality >= 0) writer.setQuality(quality);
+  return writer.write(picture);
+}
+
+bool SaveImageSafely(const QImage& picture, const std::string& path, const QByteArray& format, int quality) {
+  QByteArray bytes;
+  return EncodeImage(picture, format, quality, bytes) &&
+         WriteWholeFile(path, std::string(bytes.constData(), static_cast<size_t>(bytes.size())));
+}
 
 void DrawImageFit(ImageLibrary& lib, ImgHandle& handle, PictureBox& box) {
   if (handle == 0) return;

@@ -7,6 +7,8 @@
 #include "filter/ShellHooks.h"
 #include "host/ImageLibrary.h"
 
+class QByteArray;
+class QImage;
 class QPaintDevice;
 
 namespace trel {
@@ -34,5 +36,12 @@ void CloseImage(ImageLibrary& lib, ImgHandle& handle);
 bool CopyImageSized(ImageLibrary& lib, int& width, int& height, ImgHandle& source, ImgHandle& target);
 void OpenImageFile(ImageLibrary& lib, ShellHooks& shell, std::string& path, ImgHandle& handle,
                    bool& quiet);
+
+// `picture` in the file format `format` ("jpg", "png"; quality 0..100, or -1
+// for the writer's own); false when the format can't be written.
+bool EncodeImage(const QImage& picture, const QByteArray& format, int quality, QByteArray& bytes);
+// Encodes and writes `picture` through the safe writer: a picture that stood
+// at `path` is replaced only by a complete one.
+bool SaveImageSafely(const QImage& picture, const std::string& path, const QByteArray& format, int quality = -1);
 
 }  // namespace trel

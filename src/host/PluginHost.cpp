@@ -6,7 +6,7 @@
 #include <QString>
 #include <QStringList>
 
-#include "base/Paths.h"
+#include "base/PluginKinds.h"
 
 namespace trel {
 
@@ -72,8 +72,8 @@ void cmd_AboutDialog(ImageLibrary& lib, HostState& state, ShellHooks& shell,
                    MsgIcon::Exclamation, kProgramTitle);
       return;
     }
-    const std::string four = LastFour(selectedFile);
-    if (four == "_8bf") {
+    const PluginName plugin = ClassifyPluginName(selectedFile);
+    if (plugin.kind == PluginKind::Photoshop && plugin.withoutExtension) {
       MsgResult answer = shell.MsgBox(
           "Photoshop-compatible plugins without a file extension can cause a crash\n"
           "when you try to execute them. To avoid this risk please use the En/Disable \n"
@@ -82,7 +82,7 @@ void cmd_AboutDialog(ImageLibrary& lib, HostState& state, ShellHooks& shell,
           "Do you want to execute this plugin anyway?",
           MsgButtons::YesNo, MsgIcon::Exclamation, "Warning");
       if (answer != MsgResult::Yes) return;
-    } else if (four != ".8bf" && four != "._bf") {
+    } else if (plugin.kind != PluginKind::Photoshop) {
       shell.MsgBox("Please select a Photoshop-compatible plugin to execute this function.",
                    MsgButtons::Ok, MsgIcon::Exclamation, kProgramTitle);
       return;

@@ -13,8 +13,8 @@
 #include <QImageReader>
 #include <QImageWriter>
 #include <QPainter>
-#include <QSaveFile>
 
+#include "host/ImageWrappers.h"
 #include "base/Paths.h"
 
 namespace trel {
@@ -142,15 +142,7 @@ bool WritePreviewCache(const QImage& picture, const std::string& path, int quali
   if (picture.isNull()) return false;
   const QString qpath = FromLocal(path);
   QDir().mkpath(QFileInfo(qpath).absolutePath());
-  QSaveFile file(qpath);
-  if (!file.open(QIODevice::WriteOnly)) return false;
-  QImageWriter writer(&file, "jpg");
-  writer.setQuality(std::clamp(quality, 0, 100));
-  if (!writer.write(picture)) {
-    file.cancelWriting();
-    return false;
-  }
-  return file.commit();
+  return SaveImageSafely(picture, path, "jpg", std::clamp(quality, 0, 100));
 }
 
 QImage ReadPreviewCache(const std::string& path) {

@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QScreen>
 #include <QDesktopServices>
+#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QImageReader>
@@ -18,11 +19,11 @@
 #include <QPrintDialog>
 #include <QPrintPreviewDialog>
 #include <QPrinter>
-#include <QSaveFile>
 #include <QScrollArea>
 #include <QUrl>
 #include <cmath>
 
+#include "host/ImageWrappers.h"
 #include "picture/Module2.h"
 #include "picture/PictureOps.h"
 
@@ -336,15 +337,7 @@ bool PicView::SaveFile(const QString& path) {
     return false;
   }
   // The file that stood there is only replaced by a complete one.
-  QSaveFile file(path);
-  bool ok = file.open(QIODevice::WriteOnly);
-  if (ok) {
-    QImageWriter writer(&file, format);
-    ok = writer.write(picture_);
-    if (!ok) file.cancelWriting();
-    else ok = file.commit();
-  }
-  if (!ok) {
+  if (!SaveImageSafely(picture_, QFile::encodeName(path).toStdString(), format)) {
     Message("Couldn't save " + QDir::toNativeSeparators(path).toStdString(), MsgButtons::Ok,
             MsgIcon::Exclamation);
     return false;

@@ -1,6 +1,8 @@
 #include "catalogue/CatalogueTesting.h"
 #include "catalogue/EnableState.h"
 
+#include "base/PluginKinds.h"
+
 namespace trel {
 namespace {
 
@@ -35,6 +37,30 @@ TEST(ToggleName, PluginSuffixRulesAreTheSameInBothViews) {
                  {"Foo8bf", "", false},         {"Foo.bin", "", false},         {"Foo.zip", "", false},
                  {"Foo.ae-", "", false},        {"bf", "", false}},
                 true);
+}
+
+// Whatever form of a plugin the program recognises, the toggle turns it into
+// the other state of the same kind, and a disabling writes the kind's own
+// disabled form: the rename and every list that recognises plugins agree.
+TEST(ToggleName, EveryRecognisedPluginFormTogglesWithinItsKind) {
+  for (const char* form : {".8bf", "._bf", "_8bf", ".prm", "_prm", "._rm", ".aex", "_aex", "._ex"}) {
+    const std::string name = std::string("Foo") + form;
+    SCOPED_TRACE(name);
+    const PluginName before = ClassifyPluginName(name);
+    ASSERT_TRUE(before);
+    for (const int view : {kFileView, kPluginView}) {
+      const auto t = ToggleName(name, {}, view);
+      ASSERT_TRUE(t.has_value());
+      const PluginName after = ClassifyPluginName(t->newName);
+      EXPECT_EQ(after.kind, before.kind);
+      EXPECT_EQ(after.disabled, !before.disabled);
+      EXPECT_EQ(t->enabling, before.disabled);
+      const std::string_view written = before.disabled ? ActiveSuffix(before.kind) : DisablingSuffix(before.kind);
+      EXPECT_EQ(t->newName, "Foo" + std::string(written));
+    }
+  }
+  // The Macintosh form has no disabled name.
+  EXPECT_FALSE(ToggleName("Foo.bin", {}, kFileView).has_value());
 }
 
 TEST(ToggleName, TypeRowsUseTheirOwnExtensionLengthAndOnlyWhenChecked) {

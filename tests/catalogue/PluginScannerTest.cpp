@@ -1,6 +1,8 @@
 #include <filesystem>
 #include <iterator>
 
+#include "base/NameMatch.h"
+#include "base/PluginKinds.h"
 #include "catalogue/CatalogueTesting.h"
 #include "catalogue/PluginScanner.h"
 #include "filter/TextFormats.h"
@@ -130,11 +132,45 @@ TEST_F(ScannerTest, MaskFallsBackToEverythingWhenTooLong) {
   EXPECT_EQ(PluginScanMask(table, true), "*.*;*.ffx;*.txt;*.afs;*.pff");
   EXPECT_EQ(Scan(), 1);
 
-  EXPECT_TRUE(MaskMatches("*.8bf;*?prm", "A.8BF"));
-  EXPECT_TRUE(MaskMatches("*.8bf;*?prm", "a_prm"));
-  EXPECT_FALSE(MaskMatches("*.8bf;*?prm", "a._rm"));
-  EXPECT_FALSE(MaskMatches("*.8bf;*?prm", "prm"));
-  EXPECT_TRUE(MaskMatches("*.*", "noextension"));
+  EXPECT_TRUE(MatchesPattern("A.8BF", "*.8bf;*?prm"));
+  EXPECT_TRUE(MatchesPattern("a_prm", "*.8bf;*?prm"));
+  EXPECT_FALSE(MatchesPattern("a._rm", "*.8bf;*?prm"));
+  EXPECT_FALSE(MatchesPattern("prm", "*.8bf;*?prm"));
+  EXPECT_TRUE(MatchesPattern("noextension", "*.*"));
+}
+
+TEST_F(ScannerTest, ScanMaskTakesEveryPluginFormButTheDottedPremiereOne) {
+  // "*?prm" stands for ".prm" and "_prm" with one wild character; "._rm" has
+  // always been left to the fallback mask.
+  const std::string mask = PluginScanMask({}, false);
+  for (const char* form : {".8bf", "._bf", "_8bf", ".prm", "_prm", "._rm", ".aex", "_aex", "._ex", ".bin"}) {
+    const std::string name = std::string("a") + form;
+    ASSERT_TRUE(ClassifyPluginName(name)) << name;
+    EXPECT_EQ(MatchesPattern(name, mask), std::string(form) != "._rm") << name;
+  }
+  // The filter-only scan keeps exactly the kinds the readers hold.
+  const std::pair<const char*, size_t> files[] = {{"a._bf", 57344}, {"b_8bf", 57344}, {"c.bin", 99712},
+                                                  {"d_prm", 51200}, {"e._rm", 51200}, {"f.aex", 57344}};
+  for (const auto& [name, size] : files) dir.Write(name, FactorySized(size, 1000));
+  ASSERT_EQ(Scan({.ScanFFOnly = true}), 4);
+  EXPECT_EQ(Column(pane.plugins, &PluginEntry::path),
+            (Strings{dir.file("a._bf"), dir.file("b_8bf"), dir.file("c.bin"), dir.file("d_prm")}));
+}
+
+TEST_F(ScannerTest, WalkSeesWhatTheFileListShowsAndNeverEntersALinkedFolder) {
+  namespace fs = std::filesystem;
+  dir.Write("a.8bf", PiplPlugin("C", "shown"));
+  dir.Write(".b.8bf", PiplPlugin("C", "hidden file"));
+  fs::create_directories(dir.file(".hidden"));
+  dir.Write(".hidden/c.8bf", PiplPlugin("C", "in a hidden folder"));
+  fs::create_directories(dir.file("sub"));
+  dir.Write("sub/d.8bf", PiplPlugin("C", "in a folder"));
+  fs::create_symlink(dir.file("a.8bf"), dir.file("sub/e.8bf"));
+  // A link back up would make the walk endless if it were entered.
+  fs::create_symlink(dir.path(), dir.file("sub/up"));
+  ASSERT_EQ(Scan({.subFolders = true}), 3);
+  EXPECT_EQ(Column(pane.plugins, &PluginEntry::path),
+            (Strings{dir.file("a.8bf"), dir.file("sub/d.8bf"), dir.file("sub/e.8bf")}));
 }
 
 TEST_F(ScannerTest, ProgressAndLabelsAreReported) {

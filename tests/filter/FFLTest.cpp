@@ -172,6 +172,29 @@ TEST_F(FFLTest, NotALibraryIsAFormatViolation) {
   EXPECT_EQ(shell.refreshes, 1);
 }
 
+// Listing, searching and converting a library all take the same heads for one;
+// a line ends at a CR, never at a lone LF.
+TEST_F(FFLTest, EveryReaderTellsALibraryByTheSameHead) {
+  const std::string entry = Named("a.8bf", "Sky").Text();
+  const std::pair<std::string, bool> heads[] = {
+      {"FFL1.0\r\n    1\r\n", true}, {"FFL1.1\r\n    1\r\n", true}, {"FFL1.0\r    1\r", true},
+      {"FFL1.2\r\n    1\r\n", false}, {"ffl1.0\r\n    1\r\n", false}, {" FFL1.0\r\n    1\r\n", false},
+      {"FFL1.0 \r\n    1\r\n", false}, {"FFL1.0\n    1\n", false}, {"", false}};
+  for (const auto& [head, isLibrary] : heads) {
+    SCOPED_TRACE(head);
+    const std::string path = dir.Write("h.ffl", head + (head.empty() ? "" : entry));
+    shell.boxes.clear();
+    EXPECT_EQ(ReadFFLLibrary(path, lib, env), isLibrary);
+    EXPECT_EQ(cmd_SearchFFL(path, "sky", env).size(), isLibrary ? 1u : 0u);
+    EXPECT_EQ(Convertffl(f, path, dir.file("out"), kFormatTXT, env), isLibrary);
+    EXPECT_EQ(shell.boxes.size(), isLibrary ? 0u : 3u);
+    for (const auto& box : shell.boxes) EXPECT_EQ(box.title, "Format Violation");
+    if (isLibrary) {
+      EXPECT_EQ(lib.declaredCount, 1);
+    }
+  }
+}
+
 TEST_F(FFLTest, DeleteStrikesOutWholeNameLinesOnly) {
   const std::string path = dir.Write("lib.ffl", Library({Named("a.8bf", "A"), Named("b.8bf", "B")}));
   ReadFFLLibrary(path, lib, env);

@@ -77,6 +77,25 @@ TEST_F(ImageWrappersTest, CloseOpenAndSize) {
   EXPECT_EQ(lib.openImages(), 0u);
 }
 
+TEST_F(ImageWrappersTest, PicturesReplaceAnOldFileOnlyWhenWhollyWritten) {
+  const QImage picture = test::PatternPicture(12, 9, false);
+  dir.Write("shot.png", "an older file");
+  ASSERT_TRUE(SaveImageSafely(picture, dir.file("shot.png"), "png"));
+  QImage back(QString::fromStdString(dir.file("shot.png")));
+  ASSERT_FALSE(back.isNull());
+  EXPECT_EQ(back.convertToFormat(picture.format()), picture);
+  // A format nobody writes, or no picture at all: the old file stands.
+  EXPECT_FALSE(SaveImageSafely(picture, dir.file("shot.png"), "no-such-format"));
+  EXPECT_FALSE(SaveImageSafely(QImage(), dir.file("shot.png"), "png"));
+  EXPECT_EQ(QImage(QString::fromStdString(dir.file("shot.png"))).size(), picture.size());
+  // The quality reaches the writer.
+  const QImage large = test::PatternPicture(96, 96, false);
+  QByteArray bytes, better;
+  EXPECT_TRUE(EncodeImage(large, "jpg", 10, bytes));
+  EXPECT_TRUE(EncodeImage(large, "jpg", 95, better));
+  EXPECT_LT(bytes.size(), better.size());
+}
+
 TEST_F(ImageWrappersTest, OpenDialogKeepsTheFirstSixtyFourCharacters) {
   QImage pic = test::PatternPicture(3, 3, false);
   const std::string longName = dir.file(std::string(80, 'n') + ".png");

@@ -6,6 +6,8 @@
 #include <filesystem>
 
 #include "base/DirectoryListing.h"
+#include "base/NameMatch.h"
+#include "base/PluginKinds.h"
 #include "support/TempDir.h"
 
 namespace trel {
@@ -40,6 +42,16 @@ TEST(Masks, WildcardsAreCaseBlindAndAlternativesTrimmed) {
                {"abcd", "a?c", false},       {"a.b.c", "*.c", true},          {"anything", "", true},
                {"file.8bf", "blur*", false}, {"blur.8bf", "blur*", true},     {"x", ";;", false}};
   for (const auto& c : cases) EXPECT_EQ(MatchesPattern(c.name, c.pattern), c.match) << c.name << " " << c.pattern;
+}
+
+TEST(Masks, PluginEntryShowsEveryAdobePluginFormButTheDottedAfterEffectsOne) {
+  // The box's plugin entry was written by hand beside the toggle's forms;
+  // "._ex" has never been in it, and ".bin" isn't an Adobe plugin.
+  const std::string mask = MaskPattern(1, "");
+  for (const char* form : {".8bf", "._bf", "_8bf", ".prm", "_prm", "._rm", ".aex", "_aex", "._ex", ".bin"}) {
+    const std::string name = std::string("a") + form;
+    EXPECT_EQ(MatchesPattern(name, mask), IsAdobePluginName(name) && std::string(form) != "._ex") << name;
+  }
 }
 
 TEST(FormatSize, GroupsThousandsAndShowsNothingForZero) {

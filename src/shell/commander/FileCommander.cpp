@@ -29,6 +29,7 @@
 #include "catalogue/PluginList.h"
 #include "filter/FilterEnv.h"
 #include "base/Paths.h"
+#include "base/PluginKinds.h"
 #include "picture/Module2.h"
 #include "settings/FolderIdentity.h"
 #include "settings/Trash.h"
@@ -56,18 +57,6 @@ QString Described(const std::string& path) {
   const QFileInfo info(QString::fromStdString(path));
   return QString::fromStdString(path) + "  (" + QString::number(info.size()) + " bytes, " +
          QLocale::system().toString(info.lastModified(), QLocale::ShortFormat) + ")";
-}
-
-std::string Lower4(const std::string& name) {
-  return ToLower(name.size() >= 4 ? name.substr(name.size() - 4) : name);
-}
-
-bool IsPluginName(const std::string& name) {
-  static const char* kEnds[] = {".8bf", ".prm", "._bf", "._rm", ".aex", "._ex", "_8bf", "_prm", "_aex"};
-  const std::string end = Lower4(name);
-  for (const char* e : kEnds)
-    if (end == e) return true;
-  return false;
 }
 
 // The separator can't be part of a name: a rename to "a/b" would move the
@@ -583,7 +572,7 @@ void FileCommander::cmd_RenameFiles(bool internal) {
       if (failed.empty()) failed = error;
       return;
     }
-    plugin = plugin || IsPluginName(to) || IsPluginName(from);
+    plugin = plugin || IsAdobePluginName(to) || IsAdobePluginName(from);
   };
   if (selection.items.size() > 1) {
     const std::string& first = selection.items.front();
@@ -628,7 +617,7 @@ void FileCommander::ListView1_AfterLabelEdit(int pane, const QString& oldText, c
     messages().ErrorMessage(error);
     return;
   }
-  if (!isFolder && (IsPluginName(to) || IsPluginName(from))) window_.ClearPluginViewFresh(pane);
+  if (!isFolder && (IsAdobePluginName(to) || IsAdobePluginName(from))) window_.ClearPluginViewFresh(pane);
   window_.RefreshFile1(pane);
   p->SelectListItem(isFolder ? " " + trimmed : newText);
 }
@@ -829,22 +818,9 @@ void FileCommander::SwitchCommandItems(int mode) {
     const SelectedItems selection = GetSelectedItems(*p);
     if (!selection.items.empty()) first = selection.items.front();
   }
-  static const char* kEnds[] = {".8bf", "._bf", "_8bf", "_prm", ".prm", "._rm", ".bin",
-                                ".afs", ".pff", ".txt", ".ffx", ".aex", "_aex", "._ex"};
-  const std::string end = Lower4(first);
-  bool plugin = false;
-  for (const char* e : kEnds) plugin = plugin || (!first.empty() && end == e);
-  if (!plugin && !first.empty()) {
-    const std::string lower = ToLower(first);
-    for (const PluginType& type : window_.pluginTypes().PluginTypes) {
-      if (type.empty()) continue;
-      const std::string ext = ToLower(type.extension);
-      if (lower.size() > ext.size() && lower.compare(lower.size() - ext.size(), ext.size(), ext) == 0) {
-        const char before = lower[lower.size() - ext.size() - 1];
-        if (before == '.' || before == '_') plugin = true;
-      }
-    }
-  }
+  // Plugins of every kind and Filter Factory sources; `.bin` is a plugin too.
+  const bool plugin = !first.empty() && (ClassifyPluginName(first) || IsFilterSourceName(first) ||
+                                         MatchPluginType(window_.pluginTypes(), first));
   for (const char* name : {"mnuEnable", "mnuChangeCat", "mnuPlugInfo", "mnuPluginAbout", "mnuInvoke"}) {
     QAction* action = window_.command(name);
     if (!action) continue;

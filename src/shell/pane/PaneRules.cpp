@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "base/Paths.h"
+#include "base/PluginKinds.h"
 
 namespace trel {
 
@@ -16,10 +17,14 @@ const std::array<const char*, kMaskEntryCount> kMaskEntries = {
 };
 
 int IconOfFile(const std::string& name) {
+  // Only the active name of a plugin has its kind's icon.
+  const PluginName plugin = ClassifyPluginName(name);
+  if (!plugin.disabled) {
+    if (plugin.kind == PluginKind::Photoshop) return kIcon8bf;
+    if (plugin.kind == PluginKind::Premiere) return kIconPrm;
+    if (plugin.kind == PluginKind::AfterEffects) return kIconAex;
+  }
   const std::string ext = LastFour(name);
-  if (ext == ".8bf") return kIcon8bf;
-  if (ext == ".prm") return kIconPrm;
-  if (ext == ".aex") return kIconAex;
   if (ext == ".ffl") return kIconFfl;
   if (ext == ".zip") return kIconZip;
   for (const char* paint : {".tub", ".psp", ".msk", ".pat", ".tex", ".jsl", ".jbr", ".pfr", ".jgd", ".sld"})
@@ -64,17 +69,11 @@ DblClickRoute RouteOfFile(const std::string& name, const std::vector<std::string
   const std::string ext = LastFour(name);
   if (ext == ".bmp" || ext == ".jpg") return DblClickRoute::PicView;
   if (ext == ".ffl") return DblClickRoute::ConvertFFL;
-  for (const char* editor : {".8bf", "_8bf", "._bf", ".prm", "_prm", "._rm", ".afs", ".pff", ".bin", ".ffx"})
-    if (ext == editor) return DblClickRoute::FFEditor;
+  // A text file may be a filter source or anything else; it is tried apart.
+  if (IsFilterFactoryPluginName(name) || (IsFilterSourceName(name) && ext != ".txt")) return DblClickRoute::FFEditor;
   if (ext == ".txt" && !skipTxt) return DblClickRoute::TxtSource;
-  const std::string lower = ToLower(name);
-  for (const std::string& rowExt : pluginTypeExtensions) {
-    const std::string e = ToLower(rowExt);
-    if (e.empty() || lower.size() <= e.size()) continue;
-    if (lower.compare(lower.size() - e.size(), e.size(), e) != 0) continue;
-    const char before = lower[lower.size() - e.size() - 1];
-    if (before == '.' || before == '_') return DblClickRoute::PluginInformation;
-  }
+  for (const std::string& rowExt : pluginTypeExtensions)
+    if (ClassifyTypedName(name, rowExt)) return DblClickRoute::PluginInformation;
   return DblClickRoute::Shell;
 }
 

@@ -22,6 +22,7 @@
 #include "catalogue/EnableState.h"
 #include "filter/FilterEnv.h"
 #include "base/Paths.h"
+#include "base/PluginKinds.h"
 #include "settings/Latin1.h"
 
 namespace trel {
@@ -34,6 +35,10 @@ constexpr int kEntryRole = Qt::UserRole + 1;
 
 QString Named(const char* control, int pane) { return QString("%1_%2").arg(control).arg(pane); }
 std::string FromLatin1(const QString& s) { return s.toLatin1().toStdString(); }
+
+bool IsActivePhotoshopFilter(const std::string& path) {
+  return ClassifyPluginName(path) == PluginName{PluginKind::Photoshop, false, false};
+}
 
 bool OneOf(const std::string& s, std::initializer_list<const char*> options) {
   return std::any_of(options.begin(), options.end(), [&](const char* o) { return s == o; });
@@ -129,29 +134,29 @@ const std::vector<BuiltinCategory>& BuiltinFilterTable() {
 
 bool FilterRowText(const PluginEntry& entry, bool photoshopMode, const PluginTypeTable& table, std::string& text) {
   const std::string suffix = LastFour(entry.path);
-  if (suffix == ".8bf") {
+  if (IsActivePhotoshopFilter(entry.path)) {
     text = "+ " + entry.title;
     return true;
   }
-  if (OneOf(suffix, {".prm", ".aex", ".bin", ".vft", ".vfx", ".aft", ".tub", ".aip", ".atn", ".8be", ".8bi",
-                     ".8ba", ".8bx", ".8li", ".8by", ".8bp", ".8bc", ".8bs", ".mll", ".tsx"})) {
+  // Active plugins of the other kinds, and plugin files of other hosts by their extension.
+  const PluginName plugin = ClassifyPluginName(entry.path);
+  if ((plugin && !plugin.disabled) ||
+      OneOf(suffix, {".vft", ".vfx", ".aft", ".tub", ".aip", ".atn", ".8be", ".8bi", ".8ba", ".8bx", ".8li", ".8by",
+                     ".8bp", ".8bc", ".8bs", ".mll", ".tsx"})) {
     if (photoshopMode) return false;
     text = "+ " + entry.title;
     return true;
   }
-  if (OneOf(suffix, {".txt", ".afs", ".pff", ".ffx"})) {
+  if (IsFilterSourceName(entry.path)) {
     if (photoshopMode) return false;
     text = entry.title;
     return true;
   }
   if (!table.isEmpty()) {
-    const std::string lower = ToLower(entry.path);
+    // Only the active name of a typed plugin is marked "+" here.
     for (const PluginType& type : table.PluginTypes) {
-      if (type.empty()) continue;
-      const std::string ext = "." + ToLower(type.extension);
-      if (lower.size() > ext.size() && lower.compare(lower.size() - ext.size(), ext.size(), ext) == 0) {
-        // The point of the extension is part of the match, so the character
-        // before the extension is the point itself.
+      const PluginName typed = ClassifyTypedName(entry.path, type.extension);
+      if (typed && !typed.disabled) {
         text = "+ " + entry.title;
         return true;
       }
@@ -430,7 +435,7 @@ void PluginViewPage::List2_Click() {
     for (int index = 1; index <= catalogue_.plugins.Count(); ++index) {
       const PluginEntry& entry = catalogue_.plugins[index];
       if (std::find(listed.begin(), listed.end(), entry.category) != listed.end()) continue;
-      if (LastFour(entry.path) == ".8bf") rows.push_back({"+ " + entry.title, index, false});
+      if (IsActivePhotoshopFilter(entry.path)) rows.push_back({"+ " + entry.title, index, false});
     }
   }
   FillFilterRows(std::move(rows));
@@ -476,7 +481,7 @@ void PluginViewPage::Check1_Click() {
     for (const std::string& category : catalogue_.categorySnapshot) {
       if (std::find(rows.begin(), rows.end(), category) != rows.end() || category == kOther) continue;
       const bool hasActive = std::any_of(catalogue_.plugins.begin(), catalogue_.plugins.end(), [&](const PluginEntry& e) {
-        return e.category == category && LastFour(e.path) == ".8bf";
+        return e.category == category && IsActivePhotoshopFilter(e.path);
       });
       if (hasActive) active.push_back(category);
     }
@@ -497,7 +502,7 @@ void PluginViewPage::CheckPhotoshopMode() {
     if (row == kOther || row == kSeparatorRow) continue;
     if (std::find(builtin.begin(), builtin.end(), row) != builtin.end()) continue;  // the host's own
     const bool hasActive = std::any_of(catalogue_.plugins.begin(), catalogue_.plugins.end(), [&](const PluginEntry& e) {
-      return e.category == row && LastFour(e.path) == ".8bf";
+      return e.category == row && IsActivePhotoshopFilter(e.path);
     });
     if (!hasActive) {
       setUpdatesEnabled(false);

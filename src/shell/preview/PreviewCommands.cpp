@@ -11,6 +11,7 @@
 #include <filesystem>
 
 #include "base/Paths.h"
+#include "base/PluginKinds.h"
 #include "host/ContactSheet.h"
 #include "host/PreviewPipeline.h"
 #include "picture/Module2.h"
@@ -27,11 +28,6 @@
 namespace trel {
 
 namespace {
-
-bool IsPlugin(const std::string& path) {
-  const std::string four = LastFour(path);
-  return four == ".8bf" || four == "._bf" || four == "_8bf";
-}
 
 bool IsPicture(const std::string& path) {
   return !QImageReader::imageFormat(QString::fromLocal8Bit(path.c_str())).isEmpty();
@@ -172,7 +168,7 @@ void MainWindow::ClosePreviewImages() {
 void PreviewController::mnuBrowser_Click() {
   std::vector<std::string> plugins;
   for (const std::string& p : SelectedPaths(window_))
-    if (IsPlugin(p)) plugins.push_back(p);
+    if (IsPhotoshopFilterName(p)) plugins.push_back(p);
   if (plugins.empty()) {
     shell().MsgBox("Please select one or more plugins to browse.", MsgButtons::Ok,
                               MsgIcon::Exclamation, "Trel");
@@ -211,14 +207,14 @@ void PreviewController::mnuBatchProcessing_Click() {
   std::string plugin;
   std::vector<std::string> pictures;
   for (const std::string& p : selected) {
-    if (IsPlugin(p)) {
+    if (IsPhotoshopFilterName(p)) {
       if (plugin.empty()) plugin = p;
     } else if (IsPicture(p)) {
       pictures.push_back(p);
     }
   }
   if (plugin.empty()) plugin = SelectedFile();
-  if (!IsPlugin(plugin)) {
+  if (!IsPhotoshopFilterName(plugin)) {
     shell().MsgBox("Please select the plugin to apply.", MsgButtons::Ok, MsgIcon::Exclamation, "Trel");
     return;
   }

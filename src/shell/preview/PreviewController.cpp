@@ -20,6 +20,7 @@
 #include <random>
 
 #include "base/Paths.h"
+#include "base/PluginKinds.h"
 #include "host/ContactSheet.h"
 #include "host/ImageWrappers.h"
 #include "host/PreviewPipeline.h"
@@ -42,11 +43,6 @@ namespace trel {
 namespace {
 
 constexpr int kPreviewDelayMs = 250;
-
-bool IsPluginName(const std::string& path) {
-  const std::string four = LastFour(path);
-  return four == ".8bf" || four == "._bf" || four == "_8bf";
-}
 
 bool IsPictureFile(const std::string& path) {
   return !QImageReader::imageFormat(QString::fromLocal8Bit(path.c_str())).isEmpty();
@@ -75,8 +71,8 @@ bool MayRun(ShellHooks& shell, const std::string& path) {
     shell.MsgBox("Please select a plugin or other supported file.", MsgButtons::Ok, MsgIcon::Exclamation, "Trel");
     return false;
   }
-  const std::string four = LastFour(path);
-  if (four == "_8bf")
+  const PluginName plugin = ClassifyPluginName(path);
+  if (plugin.kind == PluginKind::Photoshop && plugin.withoutExtension)
     return shell.MsgBox(
                "Photoshop-compatible plugins without a file extension can cause a crash\n"
                "when you try to execute them. To avoid this risk please use the En/Disable \n"
@@ -84,7 +80,7 @@ bool MayRun(ShellHooks& shell, const std::string& path) {
                "\n"
                "Do you want to execute this plugin anyway?",
                MsgButtons::YesNo, MsgIcon::Exclamation, "Warning") == MsgResult::Yes;
-  if (four != ".8bf" && four != "._bf") {
+  if (plugin.kind != PluginKind::Photoshop) {
     shell.MsgBox("Please select a Photoshop-compatible plugin to execute this function.", MsgButtons::Ok,
                  MsgIcon::Exclamation, "Trel");
     return false;
@@ -269,7 +265,7 @@ void PreviewController::cmd_Preview() {
   const std::string path = SelectedFile();
   if (path.empty()) return;
   window_.BeginWork();
-  if (IsPluginName(path)) PreviewPlugin(path);
+  if (IsPhotoshopFilterName(path)) PreviewPlugin(path);
   else if (IsPictureFile(path)) PreviewPictureFile(path);
 }
 
@@ -368,7 +364,7 @@ bool PreviewController::PreviewPictureFile(const std::string& path) {
 
 void PreviewController::mnuUpdateCache_Click() {
   std::string path = SelectedFile();
-  if (path.empty() || !IsPluginName(path)) path = shownPlugin_;
+  if (path.empty() || !IsPhotoshopFilterName(path)) path = shownPlugin_;
   if (path.empty()) return;
   const std::string cacheFile = PreviewCacheFile(window_.programFolder(), path);
   FinishCacheWrites();
@@ -529,8 +525,8 @@ PicView* PreviewController::picView(bool create) {
       // The selected plugin of the window, or else the filter in hand.
       const std::string selected = SelectedFile();
       const PreparedFilter filter =
-          IsPluginName(selected) ? PrepareFilter(selected) : PrepareFilter(window_.filter());
-      if (!filter.ok() || (!IsPluginName(selected) && window_.filter().title.empty() &&
+          IsPhotoshopFilterName(selected) ? PrepareFilter(selected) : PrepareFilter(window_.filter());
+      if (!filter.ok() || (!IsPhotoshopFilterName(selected) && window_.filter().title.empty() &&
                            window_.filter().codeR.empty())) {
         shell().MsgBox(filter.ok() ? "Please select a filter first." : filter.error, MsgButtons::Ok,
                                   MsgIcon::Exclamation, "Picture Editor");
