@@ -304,7 +304,7 @@ TEST_F(EditorWindow, SaveInEveryFormatReadsBack) {
   editor->SaveFilterAs(6);
   FFLLibrary lib;
   FilterEnv env;
-  ASSERT_TRUE(ReadFFLLibrary(chosenLibrary, lib, env));
+  ASSERT_TRUE(ReadFFLLibrary(chosenLibrary, lib));
   ASSERT_EQ(lib.items.size(), 2u);
   EXPECT_EQ(lib.items[0].title + "|" + lib.items[1].title, expected.title + "|Second");
   child<QLabel>("Label6_0")->setText("Filename");
