@@ -77,7 +77,7 @@ TEST_F(PluginHostTest, FailuresShowTheirMessageAndLeaveThePreview) {
   EXPECT_EQ(shell.boxes[1].text, ImgStatusText(IMG_ERR_HOST_FOLDER));
 }
 
-TEST_F(PluginHostTest, AboutDialogChecksTheSelectionAndAsksBeforeABareName) {
+TEST_F(PluginHostTest, AboutCheckRefusesOrAsksAndTheCommandRunsWhatItLets) {
   const std::string plugin = test::CompilePlugin(dir, test::SampleFilter("r"));
   ASSERT_FALSE(plugin.empty());
   const std::string bare = dir.file("sample_8bf"), hidden = dir.file("sample._bf");
