@@ -27,38 +27,31 @@ constexpr FilterFactoryPlace kFilterFactoryPlaces[] = {
     {57344, 31063, 31064},
 };
 
-void AccessError(const FilterEnv& env) {
-  env.hooks().MsgBox("Error accessing plugin for category change!", MsgButtons::Ok,
-                     MsgIcon::Critical, "Error");
+// The one message of a plugin that can't be read or written: shown with the
+// critical icon under the title "Error".
+Error AccessError(const std::string& path) {
+  Error error{ErrorKind::Fault, "Error accessing plugin for category change!", "Error", path, 0};
+  return error;
 }
 
 // Runs `patch` on a copy of the file and puts the copy in its place only if
 // every byte was written.
 template <typename Patch>
-bool PatchFile(const std::string& path, const FilterEnv& env, Patch patch) {
+Expected<bool> PatchFile(const std::string& path, Patch patch) {
   SafeTarget target(path, /*startFromExisting=*/true);
   BinFile* file = target.file();
-  if (!file) {
-    AccessError(env);
-    return false;
-  }
+  if (!file) return AccessError(path);
   patch(*file);
-  if (file->Failed() || !target.Commit()) {
-    AccessError(env);
-    return false;
-  }
+  if (file->Failed() || !target.Commit()) return AccessError(path);
   return true;
 }
 
 }  // namespace
 
-bool ChangeCat_FV(const PluginEntry& entry, const std::string& newCategory, const FilterEnv& env) {
+Expected<bool> ChangeCat_FV(const PluginEntry& entry, const std::string& newCategory) {
   if (IsVirtualCategory(entry.category) || IsVirtualCategory(newCategory)) return false;
   const int64_t size = FileLength(entry.path);
-  if (size < 0) {
-    AccessError(env);
-    return false;
-  }
+  if (size < 0) return AccessError(entry.path);
 
   if (entry.categoryOffset == 0) {
     const auto* place = std::find_if(std::begin(kFilterFactoryPlaces), std::end(kFilterFactoryPlaces),
@@ -67,7 +60,7 @@ bool ChangeCat_FV(const PluginEntry& entry, const std::string& newCategory, cons
     // The room isn't checked, as it never was; a text its count byte can't
     // state is refused, though, rather than written over the filter's code.
     if (newCategory.size() > 255) return false;
-    return PatchFile(entry.path, env, [&](BinFile& file) {
+    return PatchFile(entry.path, [&](BinFile& file) {
       // The count goes in as 16 bits; its high byte lands on the first
       // character's place and is overwritten by the text.
       const auto n = static_cast<uint32_t>(newCategory.size());
@@ -84,16 +77,13 @@ bool ChangeCat_FV(const PluginEntry& entry, const std::string& newCategory, cons
   {
     // The entry must still describe the file: its category at its place.
     auto file = BinFile::Open(entry.path, BinFile::Mode::Read);
-    if (!file) {
-      AccessError(env);
-      return false;
-    }
+    if (!file) return AccessError(entry.path);
     if (file->Read(first, static_cast<int64_t>(entry.category.size())) != entry.category) return false;
   }
   std::string bytes(1, static_cast<char>(newCategory.size()));
   bytes += newCategory;
   bytes.resize(static_cast<size_t>(room) + 1, '\0');
-  return PatchFile(entry.path, env, [&](BinFile& file) { file.WriteAt(first - 1, bytes); });
+  return PatchFile(entry.path, [&](BinFile& file) { file.WriteAt(first - 1, bytes); });
 }
 
 namespace {
@@ -176,9 +166,8 @@ ChangeCategoryResult cmd_ChangeCategory(int view, PaneCatalogue& pane, std::vect
                                         const std::string& target, bool dropped,
                                         const FilterEnv& env) {
   ChangeCategoryResult result;
-  ShellHooks& shell = env.hooks();
   const auto say = [&](const std::string& text) {
-    shell.MsgBox(text, MsgButtons::Ok, MsgIcon::Exclamation, kProgramTitle);
+    result.error = Error::Warning(text, kProgramTitle);
     result.refused = true;
     return result;
   };
@@ -200,9 +189,14 @@ ChangeCategoryResult cmd_ChangeCategory(int view, PaneCatalogue& pane, std::vect
     if (pane.plugins.Valid(rows[r].entry)) {
       PluginEntry& entry = pane.plugins[rows[r].entry];
       const std::string suffix = LastFour(entry.path);
-      changed = (suffix == ".afs" || suffix == ".pff" || suffix == ".txt")
-                    ? ChangeSourceCategory(entry, target, env)
-                    : ChangeCat_FV(entry, target, env);
+      if (suffix == ".afs" || suffix == ".pff" || suffix == ".txt") {
+        changed = ChangeSourceCategory(entry, target, env);
+      } else {
+        // A file that can't be reached is told at once, before the next one is tried.
+        const Expected<bool> patched = ChangeCat_FV(entry, target);
+        if (!patched) env.hooks().Report(patched.error());
+        changed = patched && *patched;
+      }
       if (changed) entry.category = target;
     }
     if (changed) {
@@ -224,9 +218,9 @@ ChangeCategoryResult cmd_ChangeCategory(int view, PaneCatalogue& pane, std::vect
     pane.categories = pane.categorySnapshot;
   }
   if (result.failures > 0) {
-    shell.MsgBox("Changing the category didn't work for " + std::to_string(result.failures) +
-                     " plugin(s).",
-                 MsgButtons::Ok, MsgIcon::Exclamation, kProgramTitle);
+    result.error = Error::Warning(
+        "Changing the category didn't work for " + std::to_string(result.failures) + " plugin(s).",
+        kProgramTitle);
   }
   return result;
 }

@@ -2,9 +2,11 @@
 // in a compiled plugin, or reading a filter source and writing it back.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "base/Error.h"
 #include "catalogue/PluginList.h"
 #include "filter/FilterEnv.h"
 
@@ -16,7 +18,9 @@ namespace trel {
 // Pascal count, with the rest of its room zeroed, provided it fits the room and
 // the file still holds the category the entry names. Virtual categories have no
 // place in a file and fail. The file is replaced only when the patch is complete.
-bool ChangeCat_FV(const PluginEntry& entry, const std::string& newCategory, const FilterEnv& env);
+// False when the plugin has no place for the text; an error when the file can't
+// be read or written.
+Expected<bool> ChangeCat_FV(const PluginEntry& entry, const std::string& newCategory);
 
 // A filter source (.afs, .pff, .txt) read and written again with the category;
 // true when the file then reads back with it.
@@ -24,9 +28,11 @@ bool ChangeSourceCategory(const PluginEntry& entry, const std::string& newCatego
                           const FilterEnv& env);
 
 struct ChangeCategoryResult {
-  bool refused = false;  // a message ended the command before any file was touched
+  bool refused = false;  // the command ended before any file was touched
   bool moved = false;    // at least one row moved: select `target` and rebuild the filter list
   int failures = 0;
+  // The refusal, or the count of failures once the rows are done.
+  std::optional<Error> error;
 };
 
 // The categories the dialog offers: those of the list not in square brackets.
@@ -37,7 +43,8 @@ bool CategoryInputNeedsRetry(const PaneCatalogue& pane, const std::string& text)
 // Moves the selected rows of the filter list to `target`. `dropped` says the
 // target is a row of the category list (a drag and drop); otherwise it came from
 // the dialog and a new name joins the category list. Moved rows leave the list;
-// their entries take the new category; the snapshot gains a new category.
+// their entries take the new category; the snapshot gains a new category. A
+// plugin that can't be reached is told to the env's shell as the run meets it.
 ChangeCategoryResult cmd_ChangeCategory(int view, PaneCatalogue& pane, std::vector<FilterRow>& rows,
                                         const std::string& target, bool dropped,
                                         const FilterEnv& env);

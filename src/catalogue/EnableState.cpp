@@ -72,10 +72,8 @@ ToggleResult cmd_EnableDisable_FileView(int view, const std::vector<std::string>
                                         PaneCatalogue& pane, const PluginTypeTable& table,
                                         const FilterEnv& env) {
   ToggleResult result;
-  ShellHooks& shell = env.hooks();
   if (view == kFFLView) {
-    shell.MsgBox("En/Disable doesn't work in the FFL View.", MsgButtons::Ok, MsgIcon::Exclamation,
-                 kProgramTitle);
+    result.error = Error::Warning("En/Disable doesn't work in the FFL View.", kProgramTitle);
     return result;
   }
   for (const std::string& path : selection) {
@@ -83,7 +81,7 @@ ToggleResult cmd_EnableDisable_FileView(int view, const std::vector<std::string>
     if (!target) continue;
     std::string error;
     if (!RenameKeepingTarget(path, target->newName, error)) {
-      shell.ErrorMessage(error);
+      result.error = Error::Fault(error, path);
       result.failed = true;
       break;
     }
@@ -92,10 +90,10 @@ ToggleResult cmd_EnableDisable_FileView(int view, const std::vector<std::string>
     pane.PluginViewFresh = false;
   }
   if (!result.renamed.empty()) {
-    shell.RefreshActivePane();
+    env.hooks().RefreshActivePane();
   } else if (!result.failed) {
-    shell.MsgBox("Enabling and disabling of this file type is not possible.", MsgButtons::Ok,
-                 MsgIcon::Exclamation, kProgramTitle);
+    result.error =
+        Error::Warning("Enabling and disabling of this file type is not possible.", kProgramTitle);
   }
   return result;
 }
@@ -113,7 +111,7 @@ ToggleResult cmd_EnableDisable_PluginView(PaneCatalogue& pane, std::vector<Filte
     if (!target) continue;  // e.g. a filter source: no rule, no message
     std::string error;
     if (!RenameKeepingTarget(oldPath, target->newName, error)) {
-      env.hooks().ErrorMessage(error);
+      result.error = Error::Fault(error, oldPath);
       result.failed = true;
       break;
     }

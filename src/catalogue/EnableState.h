@@ -37,7 +37,8 @@ struct ToggleResult {
     bool enabled;
   };
   std::vector<Rename> renamed;
-  bool failed = false;  // a rename failed and ended the run
+  bool failed = false;          // a rename failed and ended the run
+  std::optional<Error> error;   // what to tell: the failed rename or the refusal
 };
 
 // The File View's toggle over the selected paths. Refuses in the FFL View. A

@@ -129,25 +129,15 @@ PluginInformation PlugInInformation(const std::string& path, const PluginTypeTab
   return info;
 }
 
-void cmd_PlugInInformation(int view, const std::vector<std::string>& selection,
-                           const PluginTypeTable& table, const FilterEnv& env) {
-  ShellHooks& shell = env.hooks();
-  if (view == kFFLView) {
-    shell.MsgBox("Plugin Information only works in File and Plugin View.", MsgButtons::Ok,
-                 MsgIcon::Exclamation, kProgramTitle);
-    return;
-  }
-  if (selection.empty()) {
-    shell.MsgBox("Please select a plugin or other supported file.", MsgButtons::Ok,
-                 MsgIcon::Exclamation, kProgramTitle);
-    return;
-  }
+Error cmd_PlugInInformation(int view, const std::vector<std::string>& selection,
+                            const PluginTypeTable& table, const FilterEnv& env) {
+  if (view == kFFLView)
+    return Error::Warning("Plugin Information only works in File and Plugin View.", kProgramTitle);
+  if (selection.empty())
+    return Error::Warning("Please select a plugin or other supported file.", kProgramTitle);
   const PluginInformation info = PlugInInformation(selection.front(), table, env);
-  if (info.known) {
-    shell.MsgBox(info.text, MsgButtons::Ok, MsgIcon::Information, "Plugin Information");
-  } else {
-    shell.MsgBox(info.text, MsgButtons::Ok, MsgIcon::Exclamation, kProgramTitle);
-  }
+  if (info.known) return Error::Information(info.text, "Plugin Information");
+  return Error::Warning(info.text, kProgramTitle, selection.front());
 }
 
 std::vector<std::string> PlugInListLines(const std::vector<std::string>& paths,
@@ -209,24 +199,23 @@ std::string JoinPlugInList(const std::vector<std::string>& lines) {
   return text;
 }
 
-bool cmd_PlugInList(const std::vector<std::string>& selection, const PlugInListOptions& options,
-                    bool toClipboard, const std::string& outputPath, std::string& text,
-                    const FilterEnv& env) {
-  if (selection.empty()) {
-    env.hooks().MsgBox("Please select one or more plugin files.", MsgButtons::Ok,
-                       MsgIcon::Exclamation, kProgramTitle);
-    return false;
-  }
+Expected<void> cmd_PlugInList(const std::vector<std::string>& selection,
+                              const PlugInListOptions& options, bool toClipboard,
+                              const std::string& outputPath, std::string& text,
+                              const FilterEnv& env) {
+  if (selection.empty())
+    return Error::Warning("Please select one or more plugin files.", kProgramTitle);
   const std::vector<std::string> lines = PlugInListLines(selection, options, env);
   text = JoinPlugInList(lines);
-  if (toClipboard || lines.empty()) return true;
+  if (toClipboard || lines.empty()) return {};
   SafeTarget target(outputPath, /*startFromExisting=*/false);
   BinFile* file = target.file();
-  if (!file) return false;
-  file->Write(text);
-  if (!target.Commit()) return false;
+  if (file) file->Write(text);
+  if (!file || !target.Commit())
+    return Error::Warning("The plugin list could not be written to\n" + outputPath, "Plugin List",
+                          outputPath);
   env.hooks().RefreshActivePane();
-  return true;
+  return {};
 }
 
 }  // namespace trel

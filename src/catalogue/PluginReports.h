@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "base/Error.h"
 #include "catalogue/PluginTypes.h"
 #include "filter/FilterEnv.h"
 
@@ -21,10 +22,11 @@ struct PluginInformation {
 PluginInformation PlugInInformation(const std::string& path, const PluginTypeTable& table,
                                     const FilterEnv& env);
 
-// The command: refuses in the FFL View and without a selection, otherwise shows
-// the box titled "Plugin Information" (or the unknown-file line).
-void cmd_PlugInInformation(int view, const std::vector<std::string>& selection,
-                           const PluginTypeTable& table, const FilterEnv& env);
+// The command: what to show. A warning in the FFL View and without a
+// selection, otherwise the note titled "Plugin Information" (or a warning with
+// the unknown-file line).
+Error cmd_PlugInInformation(int view, const std::vector<std::string>& selection,
+                            const PluginTypeTable& table, const FilterEnv& env);
 
 // The "Include" boxes and "CSV Format" of the export dialog.
 struct PlugInListOptions {
@@ -46,9 +48,10 @@ std::string JoinPlugInList(const std::vector<std::string>& lines);
 // The command without its dialog: refuses an empty selection; otherwise returns
 // the list text and, unless `toClipboard`, writes it to `outputPath` when there
 // is at least one line (the old file is replaced only by a complete new one).
-// False when it refused or the file could not be written.
-bool cmd_PlugInList(const std::vector<std::string>& selection, const PlugInListOptions& options,
-                    bool toClipboard, const std::string& outputPath, std::string& text,
-                    const FilterEnv& env);
+// A warning when it refused or the file could not be written.
+Expected<void> cmd_PlugInList(const std::vector<std::string>& selection,
+                              const PlugInListOptions& options, bool toClipboard,
+                              const std::string& outputPath, std::string& text,
+                              const FilterEnv& env);
 
 }  // namespace trel

@@ -163,7 +163,7 @@ bool IdentifyFile(const std::string& folderIn, const std::string& name, const Sc
 int ScanPluginRecurse(PaneCatalogue& pane, const std::string& startFolder, const ScanOptions& options,
                       const PluginTypeTable& table, const FilterEnv& env,
                       const ScanCallbacks& callbacks) {
-  ShellHooks& shell = env.hooks();
+  Progress& progress = env.hooks();
   const std::string mask = PluginScanMask(table, options.includeSources);
   const auto report = [&](int percent) {
     if (callbacks.progress) callbacks.progress(std::clamp(percent, 0, 100));
@@ -188,7 +188,7 @@ int ScanPluginRecurse(PaneCatalogue& pane, const std::string& startFolder, const
     const auto& files = level.content.files;
     const int fileCount = static_cast<int>(files.size());
     for (int index = 0; index < fileCount; ++index) {
-      if (shell.EscapePressed()) return false;
+      if (progress.EscapePressed()) return false;
       const std::string& name = files[static_cast<size_t>(index)].name;
       label(name);
       found.clear();
@@ -269,11 +269,14 @@ PluginViewEntry EnterPluginView(PaneCatalogue& pane, const std::string& folder,
   pane.PluginViewFresh = false;
   pane.plugins.Clear();
   pane.categories.clear();
-  env.hooks().MsgBox(
+  return PluginViewEntry::NothingFound;
+}
+
+Error NoPluginsFound() {
+  return Error::Warning(
       "No plugins or other supported files were found in the current\n"
       "folder. Please select another folder and try again.",
-      MsgButtons::Ok, MsgIcon::Exclamation, kProgramTitle);
-  return PluginViewEntry::NothingFound;
+      kProgramTitle);
 }
 
 }  // namespace trel

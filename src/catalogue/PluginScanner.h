@@ -58,7 +58,7 @@ int ScanPluginRecurse(PaneCatalogue& pane, const std::string& folder, const Scan
 enum class PluginViewEntry {
   ListStands,    // the list matched the folder; nothing was read
   Scanned,       // a scan found entries
-  NothingFound,  // empty folder or Esc; the user has been told, back to the File View
+  NothingFound,  // empty folder or Esc: tell NoPluginsFound(), back to the File View
 };
 
 // Entering the Plugin View on `folder`: scans unless PluginViewFresh is set for
@@ -66,5 +66,7 @@ enum class PluginViewEntry {
 PluginViewEntry EnterPluginView(PaneCatalogue& pane, const std::string& folder,
                                 const ScanOptions& options, const PluginTypeTable& table,
                                 const FilterEnv& env, const ScanCallbacks& callbacks = {});
+// What the user reads when the Plugin View found nothing to list.
+Error NoPluginsFound();
 
 }  // namespace trel

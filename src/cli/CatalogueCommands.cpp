@@ -63,6 +63,7 @@ void RunScan(const ScanArgs& args, CliContext& ctx) {
   PaneCatalogue pane;
   if (EnterPluginView(pane, args.folder, options, UserPluginTypes(ctx), ctx.env) !=
       PluginViewEntry::Scanned) {
+    ctx.env.hooks().Report(NoPluginsFound());
     ctx.exitCode = 1;
     return;
   }
@@ -116,6 +117,7 @@ void RunToggle(const std::vector<std::string>& files, CliContext& ctx) {
   if (!RequireFiles(files, "toggle", ctx)) return;
   PaneCatalogue pane;
   const ToggleResult r = cmd_EnableDisable_FileView(kFileView, files, pane, UserPluginTypes(ctx), ctx.env);
+  if (r.error) ctx.env.hooks().Report(*r.error);
   for (const auto& rename : r.renamed) *ctx.out << rename.from << '\t' << rename.to << '\n';
   if (r.failed || r.renamed.empty()) ctx.exitCode = 1;
 }
@@ -142,6 +144,7 @@ void RunCategory(const std::string& file, const std::string& category, CliContex
   }
   pane.categorySnapshot = pane.categories;
   const ChangeCategoryResult r = cmd_ChangeCategory(kPluginView, pane, rows, category, false, ctx.env);
+  if (r.error) ctx.env.hooks().Report(*r.error);
   if (r.refused || r.failures > 0) {
     ctx.exitCode = 1;
     return;

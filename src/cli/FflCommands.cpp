@@ -25,8 +25,10 @@ struct FflArgs {
 // Reads the table; false (with a message) when the file is no library.
 bool OpenLibrary(const std::string& path, FFLLibrary& library, CliContext& ctx,
                  const std::string& command) {
-  if (ReadFFLLibrary(path, library, ctx.env)) return true;
-  if (library.problem == "the file can't be opened")
+  const Expected<void> read = ReadFFLLibrary(path, library);
+  if (read) return true;
+  ctx.env.hooks().Report(read.error());
+  if (read.error().kind == ErrorKind::Gone)
     *ctx.err << "trel-cli ffl " << command << ": " << path << ": no such file\n";
   ctx.exitCode = 1;
   return false;
@@ -45,7 +47,9 @@ void RunList(const FflArgs& args, CliContext& ctx) {
   if (!OpenLibrary(args.library, library, ctx, "list")) return;
   std::vector<FFLListItem> items = library.items;
   if (!args.search.empty()) {
-    const std::vector<int> found = cmd_SearchFFL(args.library, args.search, ctx.env);
+    const Expected<std::vector<int>> search = cmd_SearchFFL(args.library, args.search);
+    if (!search) ctx.env.hooks().Report(search.error());
+    const std::vector<int> found = search ? *search : std::vector<int>{};
     std::erase_if(items, [&found](const FFLListItem& item) {
       return std::find(found.begin(), found.end(), item.number) == found.end();
     });
@@ -87,7 +91,9 @@ void RunExtract(const FflArgs& args, CliContext& ctx) {
   const auto check = args.convert.Check();
   FFFilter f;
   ConvertReport report;
-  cmd_Extract(f, library, numbers, args.convert.Format(), args.convert.outDir, *check, env, report);
+  const Expected<void> done =
+      cmd_Extract(f, library, numbers, args.convert.Format(), args.convert.outDir, *check, env, report);
+  if (!done) env.hooks().Report(done.error());
   ctx.exitCode = ReportConversion(report, *ctx.out, *ctx.err, "ffl extract");
   TellProblem(library, ctx, "extract");
 }
@@ -97,6 +103,7 @@ void RunMake(const FflArgs& args, CliContext& ctx, bool create) {
   env.options.writeFFL10 = !args.ffl11;
   const FFLAddResult result =
       create ? cmd_CreateFFL(args.library, args.files, env) : cmd_Add2FFL(args.library, args.files, env);
+  if (result.error) env.hooks().Report(*result.error);
   const std::string command = create ? "create" : "add";
   for (const auto& source : result.unreadable)
     *ctx.err << "trel-cli ffl " << command << ": " << source

@@ -222,6 +222,7 @@ void FFEditorType1::AddToLibrary() {
   const FFLAddResult result = QFileInfo::exists(QString::fromStdString(library))
                                   ? cmd_Add2FFL(library, sources, env)
                                   : cmd_CreateFFL(library, sources, env);
+  if (result.error) env.hooks().Report(*result.error);
   if (!result.ok) Message("The filter could not be added to " + library + ".", MsgIcon::Exclamation, "Trel");
   if (ctx_.refreshPanes) ctx_.refreshPanes();
 }

@@ -18,34 +18,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Passes everything on and notes whether the writer reported an error.
-class ErrorWatch : public ShellHooks {
- public:
-  explicit ErrorWatch(ShellHooks& inner) : inner_(inner) {}
-  MsgResult MsgBox(const std::string& text, MsgButtons buttons, MsgIcon icon,
-                   const std::string& title) override {
-    return inner_.MsgBox(text, buttons, icon, title);
-  }
-  void ErrorMessage(const std::string& description) override {
-    ++errors;
-    inner_.ErrorMessage(description);
-  }
-  bool ErrorMessage2(const std::string& description) override {
-    ++errors;
-    return inner_.ErrorMessage2(description);
-  }
-  void RefreshActivePane() override { inner_.RefreshActivePane(); }
-  void MarkMemorySpot(int spot) override { inner_.MarkMemorySpot(spot); }
-  bool IsMemorySpotMarked(int spot) const override { return inner_.IsMemorySpotMarked(spot); }
-  void StatusDisplay(const std::string& text) override { inner_.StatusDisplay(text); }
-  bool EscapePressed() override { return inner_.EscapePressed(); }
-
-  int errors = 0;
-
- private:
-  ShellHooks& inner_;
-};
-
 // A fresh scratch folder inside `folder`, so that moving its files into
 // `folder` is a rename on one file system.
 bool MakeStage(const std::string& folder, std::string& stage) {
@@ -76,8 +48,8 @@ std::string UnusableFolder(const std::string& folder) {
 
 namespace {
 
-void Progress(ShellHooks& shell, size_t index, size_t count) {
-  shell.StatusDisplay(std::to_string(index) + " of " + std::to_string(count));
+void ShowCount(Progress& progress, size_t index, size_t count) {
+  progress.StatusDisplay(std::to_string(index) + " of " + std::to_string(count));
 }
 
 }  // namespace
@@ -130,16 +102,16 @@ WriteOutcome TargetWriter::Write(FFFilter& f, OutputFormat format) {
     if (fs::is_regular_file(folder_ + name, ec)) fs::copy_file(folder_ + name, stage_ + name, ec);
   }
 
-  ErrorWatch watch(env_.hooks());
-  const FilterEnv staged{env_.options, &watch};
+  Expected<void> written;
   switch (format) {
-    case OutputFormat::Plugin8bf: Write8bf(f, stage_, false, false, staged); break;
-    case OutputFormat::PremierePlugin: WritePRM(f, stage_, staged); break;
-    case OutputFormat::TransitionPlugin: WriteTF(f, stage_, staged); break;
-    case OutputFormat::AFS: Writeafspff(f, stage_, 0, staged); break;
-    case OutputFormat::PFF: Writeafspff(f, stage_, 1, staged); break;
-    case OutputFormat::TXT: WriteTXT(f, stage_, false, staged); break;
+    case OutputFormat::Plugin8bf: written = Make8bf(f, stage_, false, false, env_); break;
+    case OutputFormat::PremierePlugin: written = MakePRM(f, stage_, env_); break;
+    case OutputFormat::TransitionPlugin: written = MakeTF(f, stage_, env_); break;
+    case OutputFormat::AFS: Writeafspff(f, stage_, 0, env_); break;
+    case OutputFormat::PFF: Writeafspff(f, stage_, 1, env_); break;
+    case OutputFormat::TXT: WriteTXT(f, stage_, false, env_); break;
   }
+  if (!written) env_.hooks().Report(written.error());
 
   // Whatever the writer left is moved into place, or dropped after an error,
   // so the stage is empty for the next record.
@@ -148,13 +120,13 @@ WriteOutcome TargetWriter::Write(FFFilter& f, OutputFormat format) {
   std::sort(made.begin(), made.end());
   bool moved = false;
   for (const auto& name : made) {
-    if (watch.errors > 0 || IsTempBesideName(name)) {
+    if (!written || IsTempBesideName(name)) {
       fs::remove_all(stage_ + name, ec);
       continue;
     }
     fs::rename(stage_ + name, folder_ + name, ec);
     if (ec) {
-      env_.hooks().ErrorMessage(folder_ + name + ": " + ec.message());
+      env_.hooks().Report(Error::Fault(folder_ + name + ": " + ec.message(), folder_ + name));
       fs::remove_all(stage_ + name, ec);
       continue;
     }
@@ -176,9 +148,11 @@ ConvertReport cmd_Convert(FFFilter& f, const ConvertRequest& request, OverwriteC
   const OutputFormat format = request.format;
 
   if (!request.useClipboard && request.activeView == 3) {
-    if (request.library)
-      cmd_Extract(f, *request.library, request.selectedEntries, format, request.targetFolder,
-                  check, env, report);
+    if (request.library) {
+      const Expected<void> done = cmd_Extract(f, *request.library, request.selectedEntries, format,
+                                              request.targetFolder, check, env, report);
+      if (!done) shell.Report(done.error());
+    }
     return report;
   }
 
@@ -192,7 +166,7 @@ ConvertReport cmd_Convert(FFFilter& f, const ConvertRequest& request, OverwriteC
       std::ofstream out(temp, std::ios::binary | std::ios::trunc);
       out << *request.clipboardText << "\r\n";
       if (!out) {
-        shell.ErrorMessage(temp + ": can't be written");
+        shell.Report(Error::Fault(temp + ": can't be written", temp));
         return report;
       }
     }
@@ -211,7 +185,7 @@ ConvertReport cmd_Convert(FFFilter& f, const ConvertRequest& request, OverwriteC
       if (answer == kOverwriteGo) {
         ApplyNameRule(f, env.options);
         if (WriteByFormat(f, folder, format, env, &report) == WriteOutcome::FolderFailed)
-          shell.ErrorMessage(UnusableFolder(folder));
+          shell.Report(Error::Fault(UnusableFolder(folder), folder));
       } else {
         ++report.skipped;
       }
@@ -245,7 +219,9 @@ ConvertReport cmd_Convert(FFFilter& f, const ConvertRequest& request, OverwriteC
         folder = WithTrailingSeparator(folder + name.substr(0, name.size() - 4));
         writer = std::make_unique<TargetWriter>(folder, env, &report);
       }
-      Convertffl(f, source, folder, format, env, &report, &check, request.askForLibraryEntries);
+      const Expected<void> done =
+          Convertffl(f, source, folder, format, env, &report, &check, request.askForLibraryEntries);
+      if (!done) shell.Report(done.error());
     } else if (ReadFFfile(f, source, env)) {
       ++report.read;
       // The question sees the name from before the name rule: it may ask about
@@ -259,7 +235,7 @@ ConvertReport cmd_Convert(FFFilter& f, const ConvertRequest& request, OverwriteC
       if (answer == kOverwriteGo) {
         ApplyNameRule(f, env.options);
         if (writer->Write(f, format) == WriteOutcome::FolderFailed &&
-            !shell.ErrorMessage2(UnusableFolder(folder))) {
+            !shell.ContinueAfter(Error::Fault(UnusableFolder(folder), folder))) {
           report.stopped = true;
         }
       } else {
@@ -268,7 +244,7 @@ ConvertReport cmd_Convert(FFFilter& f, const ConvertRequest& request, OverwriteC
     } else {
       ++report.unreadable;
     }
-    Progress(shell, i + 1, count);
+    ShowCount(shell, i + 1, count);
   }
   check.OverwriteCheck("", "");
   shell.StatusDisplay("");

@@ -47,8 +47,8 @@ std::string CountField(long count) {
   return text;
 }
 
-std::string NotALibrary(const std::string& path) {
-  return path + " is not a Filter Factory Library File!";
+Error NotALibrary(const std::string& path) {
+  return Error::Warning(path + " is not a Filter Factory Library File!", "Format Violation", path);
 }
 
 // The fields of an entry from its 29 lines; false (with `problem`) on a value
@@ -271,13 +271,8 @@ bool DeleteFFLEntry(const std::string& libraryPath, int64_t position) {
   return file->Close();
 }
 
-std::vector<int> DeleteFFLItems(const FFLLibrary& library, const std::vector<int>& selected,
-                                const FilterEnv& env) {
+std::vector<int> DeleteFFLItems(const FFLLibrary& library, const std::vector<int>& selected) {
   std::vector<int> deleted;
-  if (selected.empty() ||
-      env.hooks().MsgBox("Do you want to delete these/this FFL item(s)?", MsgButtons::YesNo,
-                         MsgIcon::Question, "Delete FFL Item") != MsgResult::Yes)
-    return deleted;
   const std::vector<std::string> order = AddtoArrayList(selected);
   for (auto it = order.rbegin(); it != order.rend(); ++it) {
     const int number = std::stoi(*it);
@@ -293,21 +288,18 @@ int64_t FFLLibrary::PositionOf(int number) const {
   return positions[static_cast<size_t>(number - 1)];
 }
 
-bool ReadFFLLibrary(const std::string& libraryPath, FFLLibrary& library, const FilterEnv& env) {
+Expected<void> ReadFFLLibrary(const std::string& libraryPath, FFLLibrary& library) {
   library = FFLLibrary{};
   library.path = libraryPath;
   auto in = FFLTextReader::Open(libraryPath);
   if (!in) {
-    env.hooks().RefreshActivePane();
     library.problem = "the file can't be opened";
-    return false;
+    return Error::Gone(libraryPath);
   }
   FFLHead head;
   if (!ReadFFLHead(*in, head)) {
-    env.hooks().MsgBox(NotALibrary(libraryPath), MsgButtons::Ok, MsgIcon::Exclamation,
-                       "Format Violation");
     library.problem = "not a library";
-    return false;
+    return NotALibrary(libraryPath);
   }
   library.version = head.version;
   library.declaredCount = head.declaredCount;
@@ -327,23 +319,15 @@ bool ReadFFLLibrary(const std::string& libraryPath, FFLLibrary& library, const F
                                f.title, f.author});
     }
   }
-  return true;
+  return {};
 }
 
-std::vector<int> cmd_SearchFFL(const std::string& libraryPath, const std::string& text,
-                               const FilterEnv& env) {
+Expected<std::vector<int>> cmd_SearchFFL(const std::string& libraryPath, const std::string& text) {
   std::vector<int> found;
   auto in = FFLTextReader::Open(libraryPath);
-  if (!in) {
-    env.hooks().RefreshActivePane();
-    return found;
-  }
+  if (!in) return Error::Gone(libraryPath);
   FFLHead head;
-  if (!ReadFFLHead(*in, head)) {
-    env.hooks().MsgBox(NotALibrary(libraryPath), MsgButtons::Ok, MsgIcon::Exclamation,
-                       "Format Violation");
-    return found;
-  }
+  if (!ReadFFLHead(*in, head)) return NotALibrary(libraryPath);
   const std::string wanted = ToLower(text);
   FFFilter f;
   std::string problem;
@@ -362,37 +346,28 @@ std::vector<int> cmd_SearchFFL(const std::string& libraryPath, const std::string
 
 // ---------------------------------------------------------------- conversion
 
-bool Convertffl(FFFilter& f, const std::string& libraryPath, std::string targetFolder,
-                OutputFormat format, const FilterEnv& env, ConvertReport* report,
-                OverwriteChecker* overwrite, bool askForEntries) {
-  ShellHooks& shell = env.hooks();
+Expected<void> Convertffl(FFFilter& f, const std::string& libraryPath, std::string targetFolder,
+                          OutputFormat format, const FilterEnv& env, ConvertReport* report,
+                          OverwriteChecker* overwrite, bool askForEntries) {
+  Progress& progress = env.hooks();
   ConvertReport scratch;
   ConvertReport& out = report ? *report : scratch;
   targetFolder = WithTrailingSeparator(targetFolder);
-  if (!MakeFolder(targetFolder)) {
-    shell.ErrorMessage(targetFolder + ": the folder can't be created");
-    return false;
-  }
+  if (!MakeFolder(targetFolder))
+    return Error::Fault(targetFolder + ": the folder can't be created", targetFolder);
   IniVars(f);
 
   auto in = FFLTextReader::Open(libraryPath);
-  if (!in) {
-    shell.ErrorMessage(libraryPath + ": the file can't be opened");
-    return false;
-  }
+  if (!in) return Error::Fault(libraryPath + ": the file can't be opened", libraryPath);
   FFLHead head;
-  if (!ReadFFLHead(*in, head)) {
-    shell.MsgBox(NotALibrary(libraryPath), MsgButtons::Ok, MsgIcon::Exclamation,
-                 "Format Violation");
-    return false;
-  }
+  if (!ReadFFLHead(*in, head)) return NotALibrary(libraryPath);
   const std::string count = std::to_string(head.declaredCount);
 
   TargetWriter writer(targetFolder, env, &out);
-  bool ok = true;
+  Expected<void> result;
   // The walk ends at the end of the file; the count only feeds the progress text.
   for (long number = 1;; ++number) {
-    if (shell.EscapePressed()) {
+    if (progress.EscapePressed()) {
       out.stopped = true;
       break;
     }
@@ -400,8 +375,9 @@ bool Convertffl(FFFilter& f, const std::string& libraryPath, std::string targetF
     const FFLRead r = ReadFFLEntry(f, *in, problem);
     if (r == FFLRead::EndOfFile) break;
     if (r == FFLRead::Broken) {
-      shell.ErrorMessage(libraryPath + ": " + problem);
-      ok = false;
+      Error broken = Error::Fault(libraryPath + ": " + problem, libraryPath);
+      broken.line = static_cast<int>(in->LineNumber());
+      result = std::move(broken);
       break;
     }
     if (!IsDeleted(f)) {
@@ -417,43 +393,39 @@ bool Convertffl(FFFilter& f, const std::string& libraryPath, std::string targetF
       }
       if (answer == kOverwriteGo) {
         if (writer.Write(f, format) == WriteOutcome::FolderFailed) {
-          shell.ErrorMessage(UnusableFolder(targetFolder));
-          ok = false;
+          result = Error::Fault(UnusableFolder(targetFolder), targetFolder);
           break;
         }
       } else {
         ++out.skipped;
       }
     }
-    shell.StatusDisplay(std::to_string(number) + " of " + count);
+    progress.StatusDisplay(std::to_string(number) + " of " + count);
     if (in->AtEnd()) break;
   }
   if (overwrite) overwrite->OverwriteCheck("", "");
-  shell.StatusDisplay("");
-  return ok;
+  progress.StatusDisplay("");
+  return result;
 }
 
-bool cmd_Extract(FFFilter& f, const FFLLibrary& library, const std::vector<int>& selected,
-                 OutputFormat format, const std::string& targetFolder, OverwriteChecker& check,
-                 const FilterEnv& env, ConvertReport& report) {
-  ShellHooks& shell = env.hooks();
+Expected<void> cmd_Extract(FFFilter& f, const FFLLibrary& library, const std::vector<int>& selected,
+                           OutputFormat format, const std::string& targetFolder, OverwriteChecker& check,
+                           const FilterEnv& env, ConvertReport& report) {
+  Progress& progress = env.hooks();
   auto file = BinFile::Open(library.path, BinFile::Mode::Read);
-  if (!file) {
-    shell.ErrorMessage(library.path + ": the file can't be opened");
-    return false;
-  }
+  if (!file) return Error::Fault(library.path + ": the file can't be opened", library.path);
   const std::string folder = WithTrailingSeparator(targetFolder);
   const std::vector<std::string> order = AddtoArrayList(selected);
   const std::string total = std::to_string(order.size());
   check.OverwriteCheck("", "");
   TargetWriter writer(folder, env, &report);
-  bool ok = true;
+  Expected<void> result;
   for (size_t i = 0; i < order.size(); ++i) {
-    if (shell.EscapePressed()) {
+    if (progress.EscapePressed()) {
       report.stopped = true;
       break;
     }
-    shell.StatusDisplay(std::to_string(i + 1) + " of " + total);
+    progress.StatusDisplay(std::to_string(i + 1) + " of " + total);
     const int64_t position = library.PositionOf(std::stoi(order[i]));
     file->Seek(position);
     if (position == 0 || !ReadFFLEntryII(f, *file) || IsDeleted(f)) {
@@ -473,14 +445,13 @@ bool cmd_Extract(FFFilter& f, const FFLLibrary& library, const std::vector<int>&
     }
     ApplyNameRule(f, env.options);
     if (writer.Write(f, format) == WriteOutcome::FolderFailed) {
-      shell.ErrorMessage(UnusableFolder(folder));
-      ok = false;
+      result = Error::Fault(UnusableFolder(folder), folder);
       break;
     }
   }
   check.OverwriteCheck("", "");
-  shell.StatusDisplay("");
-  return ok;
+  progress.StatusDisplay("");
+  return result;
 }
 
 // ---------------------------------------------------------------- making libraries
@@ -496,7 +467,7 @@ FFLAddResult cmd_CreateFFL(const std::string& libraryPath, const std::vector<std
     target.file()->Write(entries);
     result.ok = target.Commit();
   }
-  if (!result.ok) env.hooks().ErrorMessage(target.error());
+  if (!result.ok) result.error = Error::Fault(target.error(), libraryPath);
   return result;
 }
 
@@ -504,9 +475,12 @@ FFLAddResult cmd_Add2FFL(const std::string& libraryPath, const std::vector<std::
                          const FilterEnv& env) {
   FFLAddResult result;
   FFLLibrary library;
-  if (!ReadFFLLibrary(libraryPath, library, env)) return result;
+  if (auto read = ReadFFLLibrary(libraryPath, library); !read) {
+    result.error = read.error();
+    return result;
+  }
   if (!library.problem.empty()) {
-    env.hooks().ErrorMessage(libraryPath + ": " + library.problem);
+    result.error = Error::Fault(libraryPath + ": " + library.problem, libraryPath);
     return result;
   }
   const std::string entries = EntriesOf(sources, env, result);
@@ -529,8 +503,9 @@ FFLAddResult cmd_Add2FFL(const std::string& libraryPath, const std::vector<std::
   }
   if (!result.ok) {
     result.added = 0;
-    env.hooks().ErrorMessage(target.error().empty() ? libraryPath + ": the file can't be read"
-                                                    : target.error());
+    result.error = Error::Fault(target.error().empty() ? libraryPath + ": the file can't be read"
+                                                       : target.error(),
+                                libraryPath);
   }
   return result;
 }

@@ -8,10 +8,12 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "base/BinFile.h"
+#include "base/Error.h"
 #include "filter/FFFilter.h"
 #include "filter/FilterEnv.h"
 #include "filter/OutputFormat.h"
@@ -87,11 +89,9 @@ std::vector<std::string> AddtoArrayList(const std::vector<int>& selectedNumbers)
 bool DeleteFFLEntry(const std::string& libraryPath, int64_t position);
 
 struct FFLLibrary;
-// The FFL View's delete: asks "Do you want to delete these/this FFL item(s)?"
-// and strikes the selected entries out, from the last to the first. Returns
-// the numbers struck out (none when the answer is No).
-std::vector<int> DeleteFFLItems(const FFLLibrary& library, const std::vector<int>& selected,
-                                const FilterEnv& env);
+// The FFL View's delete, once the user has agreed: strikes the selected
+// entries out, from the last to the first. Returns the numbers struck out.
+std::vector<int> DeleteFFLItems(const FFLLibrary& library, const std::vector<int>& selected);
 
 // What a pane shows of a library: entries are numbered from 1 in file order,
 // deleted ones included, so numbers and positions stay valid after a delete.
@@ -111,34 +111,36 @@ struct FFLLibrary {
   int64_t PositionOf(int number) const;
 };
 
-// Reads the table of a library. False with the "Format Violation" message when
-// the magic is wrong; a broken entry ends the table and is told in `problem`.
-// The table is kept in memory, so a file above kMaxLibraryTable bytes is read
-// only that far and told as a problem too.
-bool ReadFFLLibrary(const std::string& libraryPath, FFLLibrary& library, const FilterEnv& env);
-// Entry numbers whose title, category, author or code holds `text`, any case.
-std::vector<int> cmd_SearchFFL(const std::string& libraryPath, const std::string& text,
-                               const FilterEnv& env);
+// Reads the table of a library. A missing file is Gone, a wrong magic the
+// "Format Violation" warning; a broken entry ends the table and is told in
+// `problem`. The table is kept in memory, so a file above kMaxLibraryTable
+// bytes is read only that far and told as a problem too.
+Expected<void> ReadFFLLibrary(const std::string& libraryPath, FFLLibrary& library);
+// Entry numbers whose title, category, author or code holds `text`, any case;
+// the errors as ReadFFLLibrary's.
+Expected<std::vector<int>> cmd_SearchFFL(const std::string& libraryPath, const std::string& text);
 
 // Writes every entry not deleted in `format`
 // into targetFolder, creating it. Entries replace existing files without a
 // question unless askForEntries hands them to `overwrite`, whose standing
 // choice is reset at the end either way. isPhotoshop is not set: the writers
-// see the previous filter's dialect. False when the library could not be read
-// (with a message) or the target folder is unusable.
-bool Convertffl(FFFilter& f, const std::string& libraryPath, std::string targetFolder,
-                OutputFormat format, const FilterEnv& env, ConvertReport* report = nullptr,
-                OverwriteChecker* overwrite = nullptr, bool askForEntries = false);
+// see the previous filter's dialect. An error when the library could not be
+// read or the target folder is unusable; the writers' own errors go to the
+// env's shell as they happen, in order with the overwrite questions.
+Expected<void> Convertffl(FFFilter& f, const std::string& libraryPath, std::string targetFolder,
+                          OutputFormat format, const FilterEnv& env, ConvertReport* report = nullptr,
+                          OverwriteChecker* overwrite = nullptr, bool askForEntries = false);
 // Writes the selected entries (numbers) of an opened library in a format.
-bool cmd_Extract(FFFilter& f, const FFLLibrary& library, const std::vector<int>& selected,
-                 OutputFormat format, const std::string& targetFolder, OverwriteChecker& check,
-                 const FilterEnv& env, ConvertReport& report);
+Expected<void> cmd_Extract(FFFilter& f, const FFLLibrary& library, const std::vector<int>& selected,
+                           OutputFormat format, const std::string& targetFolder, OverwriteChecker& check,
+                           const FilterEnv& env, ConvertReport& report);
 
 // What a library command did with its sources.
 struct FFLAddResult {
   int added = 0;
   std::vector<std::string> unreadable;  // sources that are no filter fit for a library
   bool ok = false;                      // the library was written
+  std::optional<Error> error;           // why it was not, when there is something to tell
 };
 // A new library of the filters read from `sources` (the batch reading rules).
 // Nothing is written when none of them is a filter; an existing file is

@@ -7,12 +7,10 @@
 namespace trel {
 
 bool LoadIt(FFFilter& f, int listIndex, const PaneAccess& pane, const FilterEnv& env) {
-  const int view = pane.ViewKind();
-  if (view < 3) {
+  if (pane.ViewKind() != PaneView::FFL) {
     std::string folder, name;
     return pane.SelectedItem(folder, name) && LoadItFile(f, folder, name, env);
   }
-  if (view != 3) return false;
 
   int number = 0;
   int64_t position = 0;

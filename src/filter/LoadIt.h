@@ -10,12 +10,14 @@
 
 namespace trel {
 
+// The three views of a pane.
+enum class PaneView { File, Plugin, FFL };
+
 // What LoadIt needs of the active pane; the shell implements it.
 class PaneAccess {
  public:
   virtual ~PaneAccess() = default;
-  // 1 File View, 2 Plugin View, 3 FFL View.
-  virtual int ViewKind() const = 0;
+  virtual PaneView ViewKind() const = 0;
   // Folder (ending in a separator) and file name of the selected item; false
   // when nothing is selected.
   virtual bool SelectedItem(std::string& folder, std::string& name) const = 0;
@@ -27,8 +29,9 @@ class PaneAccess {
   virtual bool FFLEntryPosition(int entryNumber, int64_t& position) const = 0;
 };
 
-// True when a filter is now in `f`. Views below 3 read the selected file by
-// the interactive rules; view 3 reads list item `listIndex` of the library.
+// True when a filter is now in `f`. The File and Plugin Views read the selected
+// file by the interactive rules; the FFL View reads list item `listIndex` of
+// the library.
 bool LoadIt(FFFilter& f, int listIndex, const PaneAccess& pane, const FilterEnv& env);
 
 }  // namespace trel

@@ -286,7 +286,8 @@ void PatchPhotoshop(TemplatePatch& file, FFFilter& f, const ChosenTemplate& chos
 
 }  // namespace
 
-void Write8bf(FFFilter& f, std::string folder, bool toTemp, bool editorPlugin, const FilterEnv& env) {
+Expected<void> Make8bf(FFFilter& f, std::string folder, bool toTemp, bool editorPlugin,
+                       const FilterEnv& env) {
   const CompileOptions& options = env.options.compile;
   folder = WithTrailingSeparator(folder);
   if (f.filename.find('.') == std::string::npos && !EndsWithLower(f.filename, "_8bf")) f.filename += ".8bf";
@@ -295,34 +296,24 @@ void Write8bf(FFFilter& f, std::string folder, bool toTemp, bool editorPlugin, c
   std::optional<ChosenTemplate> chosen =
       toTemp ? ChosenTemplate{WithTrailingSeparator(env.options.programFolder) + L::kPhoto30, L::kShift30, false}
              : ChooseTemplate(env.options, error);
-  if (!chosen) {
-    env.hooks().ErrorMessage(error);
-    return;
-  }
-  if (f.filename.size() < 4) {
-    env.hooks().ErrorMessage("The file name " + f.filename + " is too short for a plugin.");
-    return;
-  }
+  if (!chosen) return Error::Fault(error);
+  if (f.filename.size() < 4)
+    return Error::Fault("The file name " + f.filename + " is too short for a plugin.");
   std::string target = folder + WithoutLastFour(f.filename) + (chosen->mac ? ".bin" : ".8bf");
   if (f.category == "[Premiere FF]") f.category = "Premiere(converted)";
   // The preview compile runs on every change in the editor: the title must
   // not grow there.
   if (options.demoPlugin && !chosen->mac && !toTemp) f.title += " Demo...";
-  if (f.title.size() > 255 || f.category.size() > 255) {
-    env.hooks().ErrorMessage("The title or the category of " + f.filename +
-                             " is longer than the 255 characters a plugin can hold.");
-    return;
-  }
+  if (f.title.size() > 255 || f.category.size() > 255)
+    return Error::Fault("The title or the category of " + f.filename +
+                        " is longer than the 255 characters a plugin can hold.");
 
   // The preview copy is the program's own scratch file and is patched as it
   // stands; only when it has gone missing is it made again from the template.
   if (toTemp) target = WithTrailingSeparator(env.options.programFolder) + L::kTempPlugin;
   const bool inPlace = toTemp && FileExists(target);
   std::optional<TemplatePatch> image = LoadTemplate(inPlace ? target : chosen->path, error);
-  if (!image) {
-    env.hooks().ErrorMessage(error);
-    return;
-  }
+  if (!image) return Error::Fault(error);
   if (!toTemp && (options.bigPreview || options.megaPreview) &&
       (chosen->shift == L::kShift30 || chosen->shift == L::kShift304)) {
     const int64_t at = chosen->shift + L::kDialogLayout;
@@ -333,10 +324,11 @@ void Write8bf(FFFilter& f, std::string folder, bool toTemp, bool editorPlugin, c
   if (toTemp && inPlace) {
     auto file = BinFile::Open(target, BinFile::Mode::Binary);
     if (file) file->WriteAt(1, image->bytes());
-    if (!file || !file->Close()) env.hooks().ErrorMessage(target + " can't be written.");
-    return;
+    if (!file || !file->Close()) return Error::Fault(target + " can't be written.", target);
+    return {};
   }
-  if (!WriteTarget(*image, target, error)) env.hooks().ErrorMessage(error);
+  if (!WriteTarget(*image, target, error)) return Error::Fault(error, target);
+  return {};
 }
 
 namespace {
@@ -373,7 +365,8 @@ bool ProbePremiere(TemplatePatch& file, bool transition, int& shift) {
   return PremiereFFShift(file, shift);
 }
 
-void WritePremiere(const FFFilter& source, std::string folder, const FilterEnv& env, bool transition) {
+Expected<void> MakePremiere(const FFFilter& source, std::string folder, const FilterEnv& env,
+                            bool transition) {
   const CompileOptions& options = env.options.compile;
   folder = WithTrailingSeparator(folder);
   std::string templatePath = transition ? options.premiereTFTemplate : options.premiereFFTemplate;
@@ -382,26 +375,20 @@ void WritePremiere(const FFFilter& source, std::string folder, const FilterEnv& 
 
   FFFilter f = source;
   f.filename = PremiereTargetName(f.filename);
-  if (f.filename.size() < 4) {
-    env.hooks().ErrorMessage("The file name " + f.filename + " is too short for a plugin.");
-    return;
-  }
+  if (f.filename.size() < 4)
+    return Error::Fault("The file name " + f.filename + " is too short for a plugin.");
   // Premiere plugins hold Premiere dialect; the record itself is left as it is.
   if (f.isPhotoshop) Correctcode(f);
 
   std::string error;
   std::optional<TemplatePatch> image = LoadTemplate(templatePath, error);
-  if (!image) {
-    env.hooks().ErrorMessage(error);
-    return;
-  }
+  if (!image) return Error::Fault(error);
   TemplatePatch& file = *image;
   int shift = 0;
-  if (!ProbePremiere(file, transition, shift)) {
-    env.hooks().ErrorMessage("The template " + templatePath + " is no Premiere " +
-                             (transition ? "Transition" : "Filter") + " Factory plugin.");
-    return;
-  }
+  if (!ProbePremiere(file, transition, shift))
+    return Error::Fault("The template " + templatePath + " is no Premiere " +
+                        (transition ? "Transition" : "Filter") + " Factory plugin.",
+                        templatePath);
 
   int64_t copyright, mapFlags, ctlFlags, mapNames, ctlNames, values, codeB, codeG, codeR, codeA;
   if (transition) {
@@ -427,13 +414,32 @@ void WritePremiere(const FFFilter& source, std::string folder, const FilterEnv& 
   PutCode(file, shift + codeG, f.codeG);
   PutCode(file, shift + codeR, f.codeR);
   PutCode(file, shift + codeA, f.codeA);
-  if (!WriteTarget(file, folder + WithoutLastFour(f.filename) + ".prm", error)) env.hooks().ErrorMessage(error);
+  const std::string target = folder + WithoutLastFour(f.filename) + ".prm";
+  if (!WriteTarget(file, target, error)) return Error::Fault(error, target);
+  return {};
 }
 
 }  // namespace
 
-void WritePRM(FFFilter& f, std::string folder, const FilterEnv& env) { WritePremiere(f, folder, env, false); }
+Expected<void> MakePRM(const FFFilter& f, std::string folder, const FilterEnv& env) {
+  return MakePremiere(f, std::move(folder), env, false);
+}
 
-void WriteTF(FFFilter& f, std::string folder, const FilterEnv& env) { WritePremiere(f, folder, env, true); }
+Expected<void> MakeTF(const FFFilter& f, std::string folder, const FilterEnv& env) {
+  return MakePremiere(f, std::move(folder), env, true);
+}
+
+void Write8bf(FFFilter& f, std::string folder, bool toTemp, bool editorPlugin, const FilterEnv& env) {
+  if (auto made = Make8bf(f, std::move(folder), toTemp, editorPlugin, env); !made)
+    env.hooks().Report(made.error());
+}
+
+void WritePRM(FFFilter& f, std::string folder, const FilterEnv& env) {
+  if (auto made = MakePRM(f, std::move(folder), env); !made) env.hooks().Report(made.error());
+}
+
+void WriteTF(FFFilter& f, std::string folder, const FilterEnv& env) {
+  if (auto made = MakeTF(f, std::move(folder), env); !made) env.hooks().Report(made.error());
+}
 
 }  // namespace trel

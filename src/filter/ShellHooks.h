@@ -1,11 +1,17 @@
-// What the Filter Factory core asks of the program around it: messages, a
-// refresh of the active pane's lists, the editor's memory-spot marks, progress
-// and the Esc key. The program implements it with dialogs and its panes; tests
-// implement it with a recorder. Every method has a harmless default so that a
-// caller which has no shell (the command line) can pass NullShell().
+// The program around the core: the window, the command line or a test. The
+// core hands it Errors to show (Report; ContinueAfter where long work may go
+// on after a fault), asks for a refresh of the active pane's lists, reads and
+// sets the editor's memory-spot marks, and tells progress (the Progress base).
+// It never calls the message boxes itself: MsgBox and ErrorMessage are the
+// window's and the command line's, and Report maps an Error onto them, so the
+// user reads the same box whoever finds the fault. Every method has a harmless
+// default so that a caller which has no shell can pass NullShell().
 #pragma once
 
 #include <string>
+
+#include "base/Error.h"
+#include "base/Progress.h"
 
 namespace trel {
 
@@ -13,9 +19,8 @@ enum class MsgIcon { None, Critical, Question, Exclamation, Information };
 enum class MsgButtons { Ok, OkCancel, YesNo, YesNoCancel };
 enum class MsgResult { Ok, Cancel, Yes, No };
 
-class ShellHooks {
+class ShellHooks : public Progress {
  public:
-  virtual ~ShellHooks() = default;
 
   // A message box with the given text, buttons, icon and title.
   virtual MsgResult MsgBox(const std::string& text, MsgButtons buttons, MsgIcon icon,
@@ -35,9 +40,23 @@ class ShellHooks {
   virtual void MarkMemorySpot(int spot) { (void)spot; }
   virtual bool IsMemorySpotMarked(int spot) const { (void)spot; return false; }
 
-  // Long work: a status line and whether Esc was pressed.
-  virtual void StatusDisplay(const std::string& text) { (void)text; }
-  virtual bool EscapePressed() { return false; }
+  // An Error the core returned or met during long work, shown by its kind:
+  // Fault in the general error box (or, with a title, in a critical box of
+  // that title), Warning and Information in a box with the error's title,
+  // Gone as a refresh of the lists.
+  virtual void Report(const Error& error) {
+    switch (error.kind) {
+      case ErrorKind::Fault:
+        if (error.title.empty()) ErrorMessage(error.reason);
+        else MsgBox(error.reason, MsgButtons::Ok, MsgIcon::Critical, error.title);
+        break;
+      case ErrorKind::Warning: MsgBox(error.reason, MsgButtons::Ok, MsgIcon::Exclamation, error.title); break;
+      case ErrorKind::Information: MsgBox(error.reason, MsgButtons::Ok, MsgIcon::Information, error.title); break;
+      case ErrorKind::Gone: RefreshActivePane(); break;
+    }
+  }
+  // A fault met in the middle of long work that could go on: true means go on.
+  virtual bool ContinueAfter(const Error& error) { return ErrorMessage2(error.reason); }
 };
 
 // A shell that does nothing and answers every question with its default.

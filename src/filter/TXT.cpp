@@ -214,7 +214,7 @@ bool ReadFixedForm(FFFilter& f, Lines& lines, const std::string& folder, const s
 
   if (!ReadNameList(lines, "Map", 4, nullptr, &f.mapName) ||
       !ReadNameList(lines, "Control", 8, &f.ctlName, nullptr)) {
-    env.hooks().MsgBox(name + ": Format Violation", MsgButtons::Ok, MsgIcon::Exclamation, "Error");
+    env.hooks().Report(Error::Warning(name + ": Format Violation", "Error", folder + name));
     return false;
   }
   while (lines.Next() != "R=") {
@@ -265,7 +265,7 @@ bool ReadTXT(FFFilter& f, std::string folder, const std::string& name, bool /*ig
     f.isPhotoshop = true;
     return true;
   } catch (const TxtError& e) {
-    env.hooks().ErrorMessage(e.what());
+    env.hooks().Report(Error::Fault(e.what(), path));
     return false;
   }
 }

@@ -214,7 +214,7 @@ ImgHandle ImageLibrary::ImgOpenDialog(std::string& chosenFile, int32_t flags) {
 
 int32_t ImageLibrary::ImgErrBox(WindowHandle window) {
   (void)window;
-  shell_.MsgBox(ImgErrString(), MsgButtons::Ok, MsgIcon::Exclamation, "Image Library");
+  shell_.Report(Error::Warning(ImgErrString(), "Image Library"));
   return IMG_OK;
 }
 
@@ -437,7 +437,7 @@ int32_t ImageLibrary::ImgPlugInAbout(WindowHandle window, const std::string& plu
   std::string text = f.title;
   if (!f.copyright.empty()) text += "\n\n" + f.copyright;
   if (!f.author.empty()) text += "\n" + f.author;
-  shell_.MsgBox(text, MsgButtons::Ok, MsgIcon::Information, "About " + f.title);
+  shell_.Report(Error::Information(text, "About " + f.title));
   return status_ = IMG_OK;
 }
 

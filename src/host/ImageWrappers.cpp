@@ -91,7 +91,7 @@ void OpenImageFile(ImageLibrary& lib, ShellHooks& shell, std::string& path, ImgH
   CloseImage(lib, handle);
   handle = lib.ImgOpenSolo(path, "");
   if (handle == 0 && !quiet)
-    shell.MsgBox("Couldn't open " + path, MsgButtons::Ok, MsgIcon::Exclamation, "Trel");
+    shell.Report(Error::Warning("Couldn't open " + path, "Trel", path));
 }
 
 }  // namespace trel

@@ -43,12 +43,14 @@ void PluginInvoke(ImageLibrary& lib, HostState& state, ShellHooks& shell,
       // 5 - plugin load
       if (lib.ImgPlugInLoad(pluginFile) != IMG_OK) {
         why();
-        shell.MsgBox(
+        Error notLoaded = Error::Fault(
             "An error occured while loading the plugin!\n"
             "The plugin may be invalid or\n"
             "you may need msvcrt10.dll or plugin.dll\n"
             "in your Windows System folder.",
-            MsgButtons::Ok, MsgIcon::Critical, kProgramTitle);
+            pluginFile);
+        notLoaded.title = kProgramTitle;
+        shell.Report(notLoaded);
       } else if (lib.ImgPlugInInvoke(state.PreviewImage, parentWindow, rect) == IMG_OK) {
         // 6 - Plugin Invoke went through (a cancelled run is no error); 7 - Drawing
         if (draw && target) lib.ImgDrawImage(state.PreviewImage, target, rect, rect);
@@ -58,41 +60,44 @@ void PluginInvoke(ImageLibrary& lib, HostState& state, ShellHooks& shell,
       }
     }
   } catch (const std::exception& e) {
-    shell.ErrorMessage(e.what());
+    shell.Report(Error::Fault(e.what(), pluginFile));
   }
   // 8 - Host Unload, whatever happened above.
   lib.ImgPlugInHostUnload();
 }
 
+AboutCheck CheckAboutTarget(const std::string& selectedFile) {
+  AboutCheck check;
+  if (selectedFile.empty()) {
+    check.refusal = Error::Warning("Please select a plugin or other supported file.", kProgramTitle);
+    return check;
+  }
+  const PluginName plugin = ClassifyPluginName(selectedFile);
+  if (plugin.kind == PluginKind::Photoshop && plugin.withoutExtension) {
+    check.question = Error::Warning(
+        "Photoshop-compatible plugins without a file extension can cause a crash\n"
+        "when you try to execute them. To avoid this risk please use the En/Disable \n"
+        "command to add a .8bf or ._bf extension to the plugin file.\n"
+        "\n"
+        "Do you want to execute this plugin anyway?",
+        "Warning", selectedFile);
+  } else if (plugin.kind != PluginKind::Photoshop) {
+    check.refusal = Error::Warning(
+        "Please select a Photoshop-compatible plugin to execute this function.", kProgramTitle);
+  }
+  return check;
+}
+
 void cmd_AboutDialog(ImageLibrary& lib, HostState& state, ShellHooks& shell,
                      const std::string& selectedFile) {
+  if (CheckAboutTarget(selectedFile).refusal) return;
   try {
-    if (selectedFile.empty()) {
-      shell.MsgBox("Please select a plugin or other supported file.", MsgButtons::Ok,
-                   MsgIcon::Exclamation, kProgramTitle);
-      return;
-    }
-    const PluginName plugin = ClassifyPluginName(selectedFile);
-    if (plugin.kind == PluginKind::Photoshop && plugin.withoutExtension) {
-      MsgResult answer = shell.MsgBox(
-          "Photoshop-compatible plugins without a file extension can cause a crash\n"
-          "when you try to execute them. To avoid this risk please use the En/Disable \n"
-          "command to add a .8bf or ._bf extension to the plugin file.\n"
-          "\n"
-          "Do you want to execute this plugin anyway?",
-          MsgButtons::YesNo, MsgIcon::Exclamation, "Warning");
-      if (answer != MsgResult::Yes) return;
-    } else if (plugin.kind != PluginKind::Photoshop) {
-      shell.MsgBox("Please select a Photoshop-compatible plugin to execute this function.",
-                   MsgButtons::Ok, MsgIcon::Exclamation, kProgramTitle);
-      return;
-    }
     // A host left loaded by an earlier failed about box goes first.
     if (lib.ImgPlugInHostIsEnabled() != 0 && lib.ImgPlugInHostUnload() != IMG_OK) return;
     if (lib.ImgPlugInHostLoad("") != IMG_OK) return;
     if (lib.ImgPlugInAbout(state.mainWindow, selectedFile) == IMG_OK) lib.ImgPlugInHostUnload();
   } catch (const std::exception& e) {
-    shell.ErrorMessage(e.what());
+    shell.Report(Error::Fault(e.what(), selectedFile));
   }
 }
 

@@ -2,6 +2,7 @@
 // plugin's about box, and the two small process starters.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "filter/ShellHooks.h"
@@ -33,8 +34,17 @@ void PluginInvoke(ImageLibrary& lib, HostState& state, ShellHooks& shell,
                   QPaintDevice* target, bool draw, WindowHandle& parentWindow, bool& result,
                   PluginFailure* failure = nullptr);
 
-// The about box of the selected plugin; `selectedFile` is the full path of the
-// active pane's single selected file, empty when there is none.
+// What the about command must settle with the user first: a refusal to show,
+// or a question (text and title, asked Yes/No) whose Yes lets it run.
+struct AboutCheck {
+  std::optional<Error> refusal;
+  std::optional<Error> question;
+};
+// `selectedFile` is the full path of the active pane's single selected file,
+// empty when there is none.
+AboutCheck CheckAboutTarget(const std::string& selectedFile);
+// The about box of the selected plugin, once CheckAboutTarget refused nothing
+// and its question, if any, was answered Yes. A file it refuses is left alone.
 void cmd_AboutDialog(ImageLibrary& lib, HostState& state, ShellHooks& shell,
                      const std::string& selectedFile);
 

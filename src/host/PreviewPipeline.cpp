@@ -102,7 +102,7 @@ bool LoadIntoPictureBox(ImageLibrary& lib, ShellHooks& shell, PictureBox& box,
                         const std::string& path, bool quiet, ImgHandle& preview) {
   ImgHandle h = OpenPreviewSource(lib, path);
   if (h == 0) {
-    if (!quiet) shell.MsgBox("Couldn't open " + path, MsgButtons::Ok, MsgIcon::Exclamation, "Trel");
+    if (!quiet) shell.Report(Error::Warning("Couldn't open " + path, "Trel", path));
     return false;
   }
   ImgInfo info;

@@ -27,6 +27,8 @@ class CategoryChangeTest : public test::CatalogueTest {
     EXPECT_TRUE(ReadCom8bf(dir.file(name), probe, env));
     return probe;
   }
+  // True only for a patch that went through; a refusal and an error are both false.
+  static bool Changed(const Expected<bool>& patched) { return patched && *patched; }
   auto FileCount() const { return std::distance(std::filesystem::directory_iterator(dir.path()), {}); }
 };
 
@@ -35,7 +37,7 @@ TEST_F(CategoryChangeTest, GeneralPluginRewritesOnlyItsOwnRoomAndNothingThatDoes
                                             test::Pipl({"Distort", "Other", true, 8}, 2)});
   PluginEntry entry = Scanned("p.8bf", before);
   ASSERT_EQ(entry.maxCategoryLength, 7 + 8);
-  ASSERT_TRUE(ChangeCat_FV(entry, "Warp", env));
+  ASSERT_TRUE(Changed(ChangeCat_FV(entry, "Warp")));
   const std::string after = dir.Read("p.8bf");
   ASSERT_EQ(after.size(), before.size());
   const size_t count = static_cast<size_t>(entry.categoryOffset) - 2;  // 0-based count byte
@@ -50,10 +52,10 @@ TEST_F(CategoryChangeTest, GeneralPluginRewritesOnlyItsOwnRoomAndNothingThatDoes
   EXPECT_EQ(probe[2].category, "Distort");  // the second filter keeps its own
 
   entry.category = "Warp";
-  EXPECT_FALSE(ChangeCat_FV(entry, std::string(16, 'L'), env));  // one letter too many
+  EXPECT_FALSE(Changed(ChangeCat_FV(entry, std::string(16, 'L'))));  // one letter too many
   EXPECT_EQ(dir.Read("p.8bf"), after);
   EXPECT_TRUE(shell.boxes.empty());
-  EXPECT_TRUE(ChangeCat_FV(entry, std::string(15, 'F'), env));
+  EXPECT_TRUE(Changed(ChangeCat_FV(entry, std::string(15, 'F'))));
   EXPECT_EQ(ReadBack("p.8bf")[1].category, std::string(15, 'F'));
 }
 
@@ -70,13 +72,13 @@ TEST_F(CategoryChangeTest, EntriesWithoutAPlaceInTheFileFail) {
   for (const auto& [name, damage] : damages) {
     PluginEntry e = entry;
     damage(e);
-    EXPECT_FALSE(ChangeCat_FV(e, "New", env)) << name;
+    EXPECT_FALSE(Changed(ChangeCat_FV(e, "New"))) << name;
   }
   EXPECT_EQ(dir.Read("p.8bf"), bytes);
   // An unreadable plugin of a Filter Factory size is no Filter Factory plugin.
   const PluginEntry unknown = Scanned("u.8bf", std::string(57344, '\x01'));
   ASSERT_EQ(unknown.category, "[Unknown]");
-  EXPECT_FALSE(ChangeCat_FV(unknown, "New", env));
+  EXPECT_FALSE(Changed(ChangeCat_FV(unknown, "New")));
   EXPECT_EQ(dir.Read("u.8bf"), std::string(57344, '\x01'));
 }
 
@@ -85,24 +87,36 @@ TEST_F(CategoryChangeTest, FilterFactorySizesArePatchedAtTheirFixedPlace) {
                                                      {.fileSize = 57344}, "FF Category", 31064);
   const PluginEntry entry = Scanned("ff.8bf", before);
   ASSERT_EQ(entry.categoryOffset, 0);
-  ASSERT_TRUE(ChangeCat_FV(entry, "Short", env));
+  ASSERT_TRUE(Changed(ChangeCat_FV(entry, "Short")));
   std::string after = dir.Read("ff.8bf");
   EXPECT_EQ(after.substr(31062, 7), std::string("\x05Short\0", 7));
   EXPECT_EQ(after.substr(31069, 5), before.substr(31069, 5));  // the rest of the old text stays
 
   // No length test here: a longer text runs over what follows.
   const std::string longer = "A Category Longer Than The Old One";
-  ASSERT_TRUE(ChangeCat_FV({entry.path, "Short", "FF Title", 0, 0}, longer, env));
+  ASSERT_TRUE(Changed(ChangeCat_FV({entry.path, "Short", "FF Title", 0, 0}, longer)));
   after = dir.Read("ff.8bf");
   EXPECT_EQ(after.substr(31062, longer.size() + 2), static_cast<char>(longer.size()) + longer + '\0');
-  EXPECT_FALSE(ChangeCat_FV({entry.path, "X", "FF Title", 0, 0}, std::string(256, 'L'), env));
+  EXPECT_FALSE(Changed(ChangeCat_FV({entry.path, "X", "FF Title", 0, 0}, std::string(256, 'L'))));
   EXPECT_EQ(dir.Read("ff.8bf"), after);
 }
 
 TEST_F(CategoryChangeTest, MissingFileIsReportedAsAccessError) {
-  EXPECT_FALSE(ChangeCat_FV({dir.file("gone.8bf"), "Blur", "Soft", 100, 7}, "New", env));
+  const Expected<bool> gone = ChangeCat_FV({dir.file("gone.8bf"), "Blur", "Soft", 100, 7}, "New");
+  ASSERT_FALSE(gone);
+  EXPECT_EQ(gone.error().reason, "Error accessing plugin for category change!");
+  EXPECT_EQ(gone.error().title, "Error");
+  EXPECT_EQ(gone.error().path, dir.file("gone.8bf"));
+  // In the command the error is told at once and the plugin counts as a failure.
+  PaneCatalogue pane;
+  pane.plugins.Add({dir.file("a.8bf"), "Blur", "Soft", 100, 7});
+  std::vector<FilterRow> rows = {{"+ Soft", 1, true}};
+  const ChangeCategoryResult r = cmd_ChangeCategory(kPluginView, pane, rows, "New", false, env);
+  EXPECT_EQ(r.failures, 1);
   ASSERT_EQ(shell.boxes.size(), 1u);
   EXPECT_EQ(shell.boxes[0].text, "Error accessing plugin for category change!");
+  EXPECT_EQ(shell.boxes[0].icon, MsgIcon::Critical);
+  EXPECT_EQ(shell.boxes[0].title, "Error");
 }
 
 TEST_F(CategoryChangeTest, SourcesAreReadAndWrittenAgainInTheirPlaceUnlessUnreadable) {
@@ -162,21 +176,27 @@ TEST_F(ChangeCategoryCommandTest, MovesSelectedRowsAddsTheCategoryToTheSnapshotA
   EXPECT_EQ(pane.categorySnapshot, (Strings{"Blur", "Stylize More"}));
   EXPECT_EQ(pane.categories, pane.categorySnapshot);
   EXPECT_EQ(ReadBack("b.8bf")[1].category, "Stylize More");
-  ASSERT_EQ(shell.boxes.size(), 1u);
-  EXPECT_EQ(shell.boxes[0].text, "Changing the category didn't work for 1 plugin(s).");
+  ASSERT_TRUE(r.error);
+  EXPECT_EQ(r.error->reason, "Changing the category didn't work for 1 plugin(s).");
+  EXPECT_EQ(r.error->kind, ErrorKind::Warning);
 }
 
 TEST_F(ChangeCategoryCommandTest, RefusesOutsideThePluginViewWithoutSelectionAndOnVirtualTargets) {
-  Change("New", kFileView);
+  const ChangeCategoryResult fileView = Change("New", kFileView);
   for (auto& row : rows) row.selected = false;
-  Change("New");
+  const ChangeCategoryResult none = Change("New");
   rows[0].selected = true;
-  EXPECT_TRUE(Change("[Premiere FF]", kPluginView, true).refused);
-  ASSERT_EQ(shell.boxes.size(), 3u);
-  EXPECT_EQ(shell.boxes[0].text, "Change Category only works in Plugin View.");
-  EXPECT_EQ(shell.boxes[1].text, "Please select a plugin.");
-  EXPECT_EQ(shell.boxes[2].text,
+  const ChangeCategoryResult virtualTarget = Change("[Premiere FF]", kPluginView, true);
+  for (const auto* r : {&fileView, &none, &virtualTarget}) {
+    EXPECT_TRUE(r->refused);
+    ASSERT_TRUE(r->error);
+    EXPECT_EQ(r->error->kind, ErrorKind::Warning);
+  }
+  EXPECT_EQ(fileView.error->reason, "Change Category only works in Plugin View.");
+  EXPECT_EQ(none.error->reason, "Please select a plugin.");
+  EXPECT_EQ(virtualTarget.error->reason,
             "[Premiere FF] is only a virtual category!\nMoving plugins to this category isn't possible.");
+  EXPECT_TRUE(shell.boxes.empty());
   EXPECT_EQ(rows.size(), 3u);
   EXPECT_EQ(pane.plugins[1].category, "Blur");
 }

@@ -104,13 +104,16 @@ TEST_F(EnableDisableTest, FileViewRefusals) {
   dir.Write("b.bin", "m");
   dir.Write("Foo.8bf", "x");
   pane.PluginViewFresh = true;
-  FileView({"a.zip", "b.bin"});
-  FileView({});
-  FileView({"Foo.8bf"}, kFFLView);
-  ASSERT_EQ(shell.boxes.size(), 3u);
-  EXPECT_EQ(shell.boxes[0].text, "Enabling and disabling of this file type is not possible.");
-  EXPECT_EQ(shell.boxes[1].text, shell.boxes[0].text);
-  EXPECT_EQ(shell.boxes[2].text, "En/Disable doesn't work in the FFL View.");
+  const std::optional<Error> types = FileView({"a.zip", "b.bin"}).error;
+  const std::optional<Error> none = FileView({}).error;
+  const std::optional<Error> ffl = FileView({"Foo.8bf"}, kFFLView).error;
+  ASSERT_TRUE(types && none && ffl);
+  EXPECT_EQ(types->reason, "Enabling and disabling of this file type is not possible.");
+  EXPECT_EQ(types->kind, ErrorKind::Warning);
+  EXPECT_EQ(none->reason, types->reason);
+  EXPECT_EQ(ffl->reason, "En/Disable doesn't work in the FFL View.");
+  EXPECT_EQ(ffl->title, types->title);
+  EXPECT_TRUE(shell.boxes.empty());
   EXPECT_TRUE(dir.Exists("a.zip") && dir.Exists("Foo.8bf"));
   EXPECT_TRUE(pane.PluginViewFresh);
 }
@@ -127,7 +130,10 @@ TEST_F(EnableDisableTest, ExistingTargetIsNeverOverwrittenAndEndsTheRun) {
   EXPECT_EQ(dir.Read("B.8bf"), "active");
   EXPECT_EQ(dir.Read("B._bf"), "disabled copy");
   EXPECT_TRUE(dir.Exists("C.8bf"));
-  EXPECT_EQ(shell.errors.size(), 1u);
+  ASSERT_TRUE(r.error);
+  EXPECT_EQ(r.error->kind, ErrorKind::Fault);
+  EXPECT_EQ(r.error->path, dir.file("B.8bf"));
+  EXPECT_NE(r.error->reason.find("exists already"), std::string::npos);
 }
 
 TEST_F(EnableDisableTest, PluginViewRenamesAMultiFilterFileOnceAndMarksAllItsRows) {
@@ -137,7 +143,9 @@ TEST_F(EnableDisableTest, PluginViewRenamesAMultiFilterFileOnceAndMarksAllItsRow
   pane.plugins.Add({dir.Write("Src.afs", "source"), "Cat", "Src (.afs)", 0, 0});
   std::vector<FilterRow> rows = {{"+ One", 1, true},    {"+ Two", 2, true},       {"+ Three", 3, true},
                                  {"+ Alone", 4, false}, {"Src (.afs)", 5, true}};
-  ASSERT_EQ(cmd_EnableDisable_PluginView(pane, rows, table, env).renamed.size(), 1u);
+  const ToggleResult first = cmd_EnableDisable_PluginView(pane, rows, table, env);
+  ASSERT_EQ(first.renamed.size(), 1u);
+  EXPECT_FALSE(first.error);
   EXPECT_EQ(dir.Read("Multi._bf"), "three filters");
   for (int i = 1; i <= 3; ++i) EXPECT_EQ(pane.plugins[i].path, dir.file("Multi._bf"));
   EXPECT_EQ(rows[0].text, "- One");

@@ -1,3 +1,5 @@
+#include <filesystem>
+
 #include "catalogue/CatalogueTesting.h"
 #include "catalogue/EnableState.h"
 #include "catalogue/PluginIdentification.h"
@@ -73,13 +75,21 @@ TEST_F(ReportsTest, EveryKindIsNamedWithItsLines) {
 }
 
 TEST_F(ReportsTest, InformationCommandRefusesOrShowsItsBox) {
-  cmd_PlugInInformation(kFFLView, {dir.file("x.8bf")}, table, env);
-  cmd_PlugInInformation(kFileView, {}, table, env);
-  cmd_PlugInInformation(kPluginView, {dir.Write("p.8bf", test::PiplPlugin("C", "T"))}, table, env);
-  ASSERT_EQ(shell.boxes.size(), 3u);
-  EXPECT_EQ(shell.boxes[0].text, "Plugin Information only works in File and Plugin View.");
-  EXPECT_EQ(shell.boxes[1].text, "Please select a plugin or other supported file.");
-  EXPECT_NE(shell.boxes[2].text.find("C: T"), std::string::npos);
+  const Error ffl = cmd_PlugInInformation(kFFLView, {dir.file("x.8bf")}, table, env);
+  const Error none = cmd_PlugInInformation(kFileView, {}, table, env);
+  const Error known = cmd_PlugInInformation(kPluginView, {dir.Write("p.8bf", test::PiplPlugin("C", "T"))}, table, env);
+  const Error unknown = cmd_PlugInInformation(kFileView, {dir.Write("u.bin", "not mac")}, table, env);
+  EXPECT_EQ(ffl.reason, "Plugin Information only works in File and Plugin View.");
+  EXPECT_EQ(ffl.kind, ErrorKind::Warning);
+  EXPECT_EQ(none.reason, "Please select a plugin or other supported file.");
+  EXPECT_EQ(none.kind, ErrorKind::Warning);
+  EXPECT_EQ(none.title, ffl.title);
+  EXPECT_NE(known.reason.find("C: T"), std::string::npos);
+  EXPECT_EQ(known.kind, ErrorKind::Information);
+  EXPECT_EQ(known.title, "Plugin Information");
+  EXPECT_EQ(unknown.kind, ErrorKind::Warning);
+  EXPECT_EQ(unknown.title, ffl.title);
+  EXPECT_TRUE(shell.boxes.empty());
 }
 
 class PluginListTest : public ReportsTest {
@@ -113,14 +123,23 @@ TEST_F(PluginListTest, LinesAreSortedAndLeaveOutWhatCannotBeRead) {
 
 TEST_F(PluginListTest, CommandWritesTheFileWithLineBreaksOrRefuses) {
   std::string text;
-  EXPECT_FALSE(cmd_PlugInList({}, {}, false, dir.file("FFL-List.txt"), text, env));
-  ASSERT_EQ(shell.boxes.size(), 1u);
-  EXPECT_EQ(shell.boxes[0].text, "Please select one or more plugin files.");
+  const Expected<void> refused = cmd_PlugInList({}, {}, false, dir.file("FFL-List.txt"), text, env);
+  ASSERT_FALSE(refused);
+  EXPECT_EQ(refused.error().reason, "Please select one or more plugin files.");
+  EXPECT_EQ(refused.error().kind, ErrorKind::Warning);
+  EXPECT_FALSE(dir.Exists("FFL-List.txt"));
   ASSERT_TRUE(cmd_PlugInList(paths, titleOnly, false, dir.file("FFL-List.txt"), text, env));
   EXPECT_EQ(dir.Read("FFL-List.txt"), "Alpha Grain...\r\nOld Video\r\nzeta Soft\r\n");
   EXPECT_EQ(text, dir.Read("FFL-List.txt"));
   ASSERT_TRUE(cmd_PlugInList({paths[2]}, titleOnly, false, dir.file("empty.txt"), text, env));
   EXPECT_FALSE(dir.Exists("empty.txt"));
+  // A folder where the file should go: nothing is written, the warning names the target.
+  std::filesystem::create_directory(dir.file("taken.txt"));
+  const Expected<void> blocked = cmd_PlugInList(paths, titleOnly, false, dir.file("taken.txt"), text, env);
+  ASSERT_FALSE(blocked);
+  EXPECT_EQ(blocked.error().reason, "The plugin list could not be written to\n" + dir.file("taken.txt"));
+  EXPECT_EQ(blocked.error().title, "Plugin List");
+  EXPECT_TRUE(std::filesystem::is_directory(dir.file("taken.txt")));
 }
 
 

@@ -191,10 +191,7 @@ TEST_F(ScannerTest, ProgressAndLabelsAreReported) {
 TEST_F(ScannerTest, EnteringThePluginViewScansOnlyWhenTheListIsStale) {
   dir.Write("readme.txt", "text");
   EXPECT_EQ(Enter(), PluginViewEntry::NothingFound);
-  ASSERT_EQ(shell.boxes.size(), 1u);
-  EXPECT_EQ(shell.boxes[0].text,
-            "No plugins or other supported files were found in the current\n"
-            "folder. Please select another folder and try again.");
+  EXPECT_TRUE(shell.boxes.empty());  // the caller tells
   dir.Write("a.8bf", PiplPlugin("Blur", "A"));
   EXPECT_EQ(Enter(), PluginViewEntry::Scanned);
   EXPECT_EQ(pane.categorySnapshot, Strings{"Blur"});

@@ -49,7 +49,7 @@ TEST(DemoCollection, EverySourceIsAWorkingPluginTwoDisabledAndALibrary) {
   EXPECT_EQ(disabled, 2);
   EXPECT_GE(categories.size(), 5u);
   FFLLibrary library;
-  ASSERT_TRUE(ReadFFLLibrary((demo + "/Trel Demo Effects.ffl").toStdString(), library, env));
+  ASSERT_TRUE(ReadFFLLibrary((demo + "/Trel Demo Effects.ffl").toStdString(), library));
   EXPECT_EQ(library.items.size(), 8u);
   EXPECT_TRUE(library.problem.empty()) << library.problem;
 }

@@ -314,7 +314,7 @@ TEST_F(EditorWindow, SaveInEveryFormatReadsBack) {
   child<QPushButton>("cmdSave")->click();
   FFLLibrary lib;
   FilterEnv env;
-  ASSERT_TRUE(ReadFFLLibrary(chosenLibrary, lib, env));
+  ASSERT_TRUE(ReadFFLLibrary(chosenLibrary, lib));
   ASSERT_EQ(lib.items.size(), 2u);
   EXPECT_EQ(lib.items[0].title + "|" + lib.items[1].title, expected.title + "|Second");
   child<QLabel>("Label6_0")->setText("Filename");

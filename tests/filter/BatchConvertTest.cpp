@@ -134,7 +134,7 @@ TEST_F(BatchConvert, LibrariesGetSubFoldersThatNest) {
 
 TEST_F(BatchConvert, TheFFLViewExtractsTheSelectedEntries) {
   FFLLibrary lib;
-  ASSERT_TRUE(ReadFFLLibrary(dir.Write("lib.ffl", Library(4)), lib, env));
+  ASSERT_TRUE(ReadFFLLibrary(dir.Write("lib.ffl", Library(4)), lib));
   request.activeView = 3;
   request.library = &lib;
   request.selectedEntries = {4, 2};

@@ -61,7 +61,7 @@ class FFLTest : public FilterTest {
   Names FilesIn(const std::string& sub) const { return FilesBelow(dir.file(sub)); }
   Names Titles(const std::string& path) {
     Names titles;
-    EXPECT_TRUE(ReadFFLLibrary(path, lib, env));
+    EXPECT_TRUE(ReadFFLLibrary(path, lib));
     for (const auto& item : lib.items) titles.push_back(item.title);
     return titles;
   }
@@ -145,7 +145,7 @@ TEST_F(FFLTest, CodeIsStoredInTheDialectItsNamePromises) {
 }
 
 TEST_F(FFLTest, DeletedEntriesKeepTheirNumbersButAreNotListedOrFound) {
-  ASSERT_TRUE(ReadFFLLibrary(dir.Write("lib.ffl", WithSecondDeleted(kABC)), lib, env));
+  ASSERT_TRUE(ReadFFLLibrary(dir.Write("lib.ffl", WithSecondDeleted(kABC)), lib));
   EXPECT_EQ(lib.version, "FFL1.0");
   EXPECT_EQ(lib.declaredCount, 3);
   EXPECT_EQ(lib.positions.size(), 3u);
@@ -161,15 +161,29 @@ TEST_F(FFLTest, DeletedEntriesKeepTheirNumbersButAreNotListedOrFound) {
   entries[1].category = "Sky things";
   entries[2].codes[3] = "put(SKY,0)";
   entries[3].copyright = "sky";
-  EXPECT_EQ(cmd_SearchFFL(dir.Write("s.ffl", Library(entries)), "sKy", env), (std::vector<int>{1, 2, 3}));
-  EXPECT_EQ(cmd_SearchFFL(dir.Write("d.ffl", WithSecondDeleted(entries)), "sky", env), (std::vector<int>{1, 3}));
+  EXPECT_EQ(*cmd_SearchFFL(dir.Write("s.ffl", Library(entries)), "sKy"), (std::vector<int>{1, 2, 3}));
+  EXPECT_EQ(*cmd_SearchFFL(dir.Write("d.ffl", WithSecondDeleted(entries)), "sky"), (std::vector<int>{1, 3}));
 }
 
-TEST_F(FFLTest, NotALibraryIsAFormatViolation) {
-  EXPECT_FALSE(ReadFFLLibrary(dir.Write("x.ffl", "FFL2.0\r\n    1\r\n"), lib, env));
-  EXPECT_EQ(shell.boxes.size(), 1u);
-  EXPECT_FALSE(ReadFFLLibrary(dir.file("missing.ffl"), lib, env));
-  EXPECT_EQ(shell.refreshes, 1);
+TEST_F(FFLTest, NotALibraryIsAFormatViolationAndAMissingOneIsGone) {
+  const std::string path = dir.Write("x.ffl", "FFL2.0\r\n    1\r\n");
+  const Expected<void> read = ReadFFLLibrary(path, lib);
+  const Expected<std::vector<int>> search = cmd_SearchFFL(path, "x");
+  ASSERT_FALSE(read);
+  ASSERT_FALSE(search);
+  for (const Error& error : {read.error(), search.error()}) {
+    EXPECT_EQ(error.kind, ErrorKind::Warning);
+    EXPECT_EQ(error.reason, path + " is not a Filter Factory Library File!");
+    EXPECT_EQ(error.title, "Format Violation");
+    EXPECT_EQ(error.path, path);
+  }
+  const Expected<void> missing = ReadFFLLibrary(dir.file("missing.ffl"), lib);
+  ASSERT_FALSE(missing);
+  EXPECT_EQ(missing.error().kind, ErrorKind::Gone);
+  EXPECT_EQ(cmd_SearchFFL(dir.file("missing.ffl"), "x").error().kind, ErrorKind::Gone);
+  // Nothing reached the shell: telling is the caller's part.
+  EXPECT_TRUE(shell.boxes.empty());
+  EXPECT_EQ(shell.refreshes, 0);
 }
 
 // Listing, searching and converting a library all take the same heads for one;
@@ -183,12 +197,15 @@ TEST_F(FFLTest, EveryReaderTellsALibraryByTheSameHead) {
   for (const auto& [head, isLibrary] : heads) {
     SCOPED_TRACE(head);
     const std::string path = dir.Write("h.ffl", head + (head.empty() ? "" : entry));
-    shell.boxes.clear();
-    EXPECT_EQ(ReadFFLLibrary(path, lib, env), isLibrary);
-    EXPECT_EQ(cmd_SearchFFL(path, "sky", env).size(), isLibrary ? 1u : 0u);
-    EXPECT_EQ(Convertffl(f, path, dir.file("out"), kFormatTXT, env), isLibrary);
-    EXPECT_EQ(shell.boxes.size(), isLibrary ? 0u : 3u);
-    for (const auto& box : shell.boxes) EXPECT_EQ(box.title, "Format Violation");
+    const Expected<void> read = ReadFFLLibrary(path, lib);
+    const Expected<std::vector<int>> found = cmd_SearchFFL(path, "sky");
+    const Expected<void> converted = Convertffl(f, path, dir.file("out"), OutputFormat::TXT, env);
+    EXPECT_EQ(bool(read), isLibrary);
+    EXPECT_EQ(found ? found->size() : 0u, isLibrary ? 1u : 0u);
+    EXPECT_EQ(bool(converted), isLibrary);
+    for (const Error* error : {read ? nullptr : &read.error(), found ? nullptr : &found.error(),
+                               converted ? nullptr : &converted.error()})
+      if (error) EXPECT_EQ(error->title, "Format Violation");
     if (isLibrary) {
       EXPECT_EQ(lib.declaredCount, 1);
     }
@@ -197,7 +214,7 @@ TEST_F(FFLTest, EveryReaderTellsALibraryByTheSameHead) {
 
 TEST_F(FFLTest, DeleteStrikesOutWholeNameLinesOnly) {
   const std::string path = dir.Write("lib.ffl", Library({Named("a.8bf", "A"), Named("b.8bf", "B")}));
-  ReadFFLLibrary(path, lib, env);
+  ASSERT_TRUE(ReadFFLLibrary(path, lib));
   const std::string before = dir.Read("lib.ffl");
   // Not the start of a line, the header, behind the end.
   for (int64_t at : {lib.positions[1] + 1, int64_t{9}, int64_t{1} << 20}) EXPECT_FALSE(DeleteFFLEntry(path, at)) << at;
@@ -210,7 +227,7 @@ TEST_F(FFLTest, DeleteStrikesOutWholeNameLinesOnly) {
   EXPECT_EQ(lib.declaredCount, 2);
   // A name line shorter than the mark is never eaten into.
   const std::string shortNames = dir.Write("s.ffl", Library({Named("a", "A"), Named("bc", "B")}));
-  ReadFFLLibrary(shortNames, lib, env);
+  ASSERT_TRUE(ReadFFLLibrary(shortNames, lib));
   EXPECT_FALSE(DeleteFFLEntry(shortNames, lib.positions[0]));
   ASSERT_TRUE(DeleteFFLEntry(shortNames, lib.positions[1]));
   EXPECT_EQ(Titles(shortNames), Names{"A"});
@@ -231,16 +248,12 @@ TEST_F(FFLTest, CountIsPatchedRightAlignedInFiveCharacters) {
   EXPECT_FALSE(dir.Exists("none.ffl"));
 }
 
-TEST_F(FFLTest, DeletingItemsAsksFirst) {
+TEST_F(FFLTest, DeletingItemsGoesFromTheLastToTheFirst) {
   const std::string path = dir.Write("lib.ffl", Library(kABC));
-  ReadFFLLibrary(path, lib, env);
-  shell.nextAnswer = MsgResult::No;
-  EXPECT_TRUE(DeleteFFLItems(lib, {1, 3}, env).empty());
-  ASSERT_EQ(shell.boxes.size(), 1u);
-  EXPECT_EQ(shell.boxes[0].text, "Do you want to delete these/this FFL item(s)?");
-  EXPECT_EQ(shell.boxes[0].buttons, MsgButtons::YesNo);
-  shell.nextAnswer = MsgResult::Yes;
-  EXPECT_EQ(DeleteFFLItems(lib, {1, 3}, env), (std::vector<int>{3, 1}));
+  ASSERT_TRUE(ReadFFLLibrary(path, lib));
+  EXPECT_TRUE(DeleteFFLItems(lib, {}).empty());
+  EXPECT_EQ(DeleteFFLItems(lib, {1, 3, 7}), (std::vector<int>{3, 1}));
+  EXPECT_TRUE(shell.boxes.empty());
   EXPECT_EQ(Titles(path), Names{"B"});
 }
 
@@ -275,20 +288,25 @@ TEST_F(FFLTest, ConvertReplacesExistingFilesAndLeavesDialectAlone) {
 
 TEST_F(FFLTest, ConvertOfBadLibrariesGivesAMessageAndWritesNothingWrong) {
   const std::string junk = dir.Write("junk.ffl", std::string("\x00\xff\x13\x10garbage", 11));
-  EXPECT_FALSE(Convertffl(f, junk, dir.file("out"), OutputFormat::TXT, env));
-  ASSERT_EQ(shell.boxes.size(), 1u);
-  EXPECT_EQ(shell.boxes[0].text, junk + " is not a Filter Factory Library File!");
+  const Expected<void> notOne = Convertffl(f, junk, dir.file("out"), OutputFormat::TXT, env);
+  ASSERT_FALSE(notOne);
+  EXPECT_EQ(notOne.error().reason, junk + " is not a Filter Factory Library File!");
+  EXPECT_EQ(notOne.error().kind, ErrorKind::Warning);
   EXPECT_TRUE(FilesIn("out").empty());
   // Good entries before a broken one are written; then the general error.
   const std::string cut = Library({Named("a.8bf", "A"), Named("b.8bf", "B")});
-  EXPECT_FALSE(Convertffl(f, dir.Write("cut.ffl", cut.substr(0, cut.size() - 30)), dir.file("out"), OutputFormat::TXT, env));
+  const std::string cutPath = dir.Write("cut.ffl", cut.substr(0, cut.size() - 30));
+  const Expected<void> broken = Convertffl(f, cutPath, dir.file("out"), OutputFormat::TXT, env);
   EXPECT_EQ(FilesIn("out"), Names{"a.txt"});
-  ASSERT_EQ(shell.errors.size(), 1u);
-  EXPECT_NE(shell.errors[0].find("of 29 lines"), std::string::npos);
+  ASSERT_FALSE(broken);
+  EXPECT_EQ(broken.error().kind, ErrorKind::Fault);
+  EXPECT_EQ(broken.error().reason.rfind(cutPath + ": ", 0), 0u);
+  EXPECT_NE(broken.error().reason.find("of 29 lines"), std::string::npos);
+  EXPECT_GT(broken.error().line, 31);  // inside the second entry
   // Junk after a valid header: one error, no crash.
   dir.Write("bin.ffl", "FFL1.1\r\n    9\r\n" + std::string(5000, '\0') + "\xff\r\x01");
   EXPECT_FALSE(Convertffl(f, dir.file("bin.ffl"), dir.file("out"), OutputFormat::TXT, env));
-  EXPECT_EQ(shell.errors.size(), 2u);
+  EXPECT_TRUE(shell.errors.empty() && shell.boxes.empty());
   // Entry names cannot lead out of the target folder.
   ASSERT_TRUE(Convertffl(f, dir.Write("evil.ffl", Library({Named("../../evil.8bf", "E")})), dir.file("a/b/out"),
                          OutputFormat::TXT, env));
@@ -314,7 +332,7 @@ TEST_F(FFLTest, ConvertedSourceFormatsRoundTrip) {
   e.codes[0] = "r*ctl(0)/255";
   e.codes[2] = "b+ctl(1)";
   const std::string path = dir.Write("lib.ffl", Library({e}));
-  ASSERT_TRUE(ReadFFLLibrary(path, lib, env));
+  ASSERT_TRUE(ReadFFLLibrary(path, lib));
   auto file = BinFile::Open(path, BinFile::Mode::Read);
   file->Seek(lib.PositionOf(1));
   FFFilter expected;
@@ -376,12 +394,19 @@ TEST_F(FFLTest, AddAppendsAndCorrectsTheCountDeletedEntriesIncluded) {
 TEST_F(FFLTest, AddRefusesBrokenOrForeignLibrariesUnchanged) {
   const std::string c = dir.Write("c.afs", AfsWithTail("Third"));
   const std::string cut = Library({RawEntry{}}).substr(0, 60);
-  EXPECT_FALSE(cmd_Add2FFL(dir.Write("cut.ffl", cut), {c}, env).ok);
+  const FFLAddResult broken = cmd_Add2FFL(dir.Write("cut.ffl", cut), {c}, env);
+  EXPECT_FALSE(broken.ok);
   EXPECT_EQ(dir.Read("cut.ffl"), cut);
-  EXPECT_EQ(shell.errors.size(), 1u);
-  EXPECT_FALSE(cmd_Add2FFL(dir.Write("other.ffl", "hello"), {c}, env).ok);
+  ASSERT_TRUE(broken.error);
+  EXPECT_EQ(broken.error->kind, ErrorKind::Fault);
+  EXPECT_EQ(broken.error->reason.rfind(dir.file("cut.ffl") + ": ", 0), 0u);
+  const FFLAddResult foreign = cmd_Add2FFL(dir.Write("other.ffl", "hello"), {c}, env);
+  EXPECT_FALSE(foreign.ok);
   EXPECT_EQ(dir.Read("other.ffl"), "hello");
-  EXPECT_EQ(shell.boxes.back().title, "Format Violation");
+  ASSERT_TRUE(foreign.error);
+  EXPECT_EQ(foreign.error->title, "Format Violation");
+  EXPECT_TRUE(cmd_Add2FFL(dir.file("none.ffl"), {c}, env).error->kind == ErrorKind::Gone);
+  EXPECT_FALSE(dir.Exists("none.ffl"));
 }
 
 }  // namespace

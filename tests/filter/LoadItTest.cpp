@@ -15,12 +15,12 @@ using namespace test;
 // (tags by row) and its table of positions.
 class FakePane : public PaneAccess {
  public:
-  int view = 1;
+  PaneView view = PaneView::File;
   std::string folder, name, library;
   std::vector<int> tags;              // list row -> entry number
   std::map<int, int64_t> positions;  // entry number -> position
 
-  int ViewKind() const override { return view; }
+  PaneView ViewKind() const override { return view; }
   bool SelectedItem(std::string& f, std::string& n) const override {
     f = folder;
     n = name;
@@ -40,7 +40,7 @@ class FakePane : public PaneAccess {
   }
   // Shows a library as the FFL View does: deleted entries have no row.
   void Show(const FFLLibrary& lib) {
-    view = 3;
+    view = PaneView::FFL;
     library = lib.path;
     tags.clear();
     for (const auto& item : lib.items) tags.push_back(item.number);
@@ -58,23 +58,24 @@ TEST_F(LoadItPane, FileViewsUseTheInteractiveRules) {
   dir.Write("bare.afs", kBareAfs);  // the editor takes it, a batch would not
   pane.folder = dir.path();
   pane.name = "bare.afs";
-  for (int view : {1, 2}) {
+  for (PaneView view : {PaneView::File, PaneView::Plugin}) {
     pane.view = view;
     ASSERT_TRUE(LoadIt(f, 0, pane, env));
     EXPECT_EQ(f.filename, "bare.afs");
   }
   pane.name.clear();
   EXPECT_FALSE(LoadIt(f, 0, pane, env));
-  pane.view = 4;
+  // In the FFL View the selected file name means nothing: a row of the library is read.
+  pane.view = PaneView::FFL;
   pane.name = "bare.afs";
   EXPECT_FALSE(LoadIt(f, 0, pane, env));
 }
 
 TEST_F(LoadItPane, FFLViewLoadsTheEntryOfTheRowsTag) {
   const std::string path = dir.Write("lib.ffl", FflOf({Entry("a.8bf", "A"), Entry("b.8bf", "B"), Entry("c.PRM", "C")}));
-  ASSERT_TRUE(ReadFFLLibrary(path, lib, env));
+  ASSERT_TRUE(ReadFFLLibrary(path, lib));
   ASSERT_TRUE(DeleteFFLEntry(path, lib.PositionOf(2)));
-  ASSERT_TRUE(ReadFFLLibrary(path, lib, env));
+  ASSERT_TRUE(ReadFFLLibrary(path, lib));
   pane.Show(lib);
   f.isPhotoshop = true;
   ASSERT_TRUE(LoadIt(f, 1, pane, env));  // row 1 is entry 3 now, Premiere by its name
@@ -88,7 +89,7 @@ TEST_F(LoadItPane, FFLViewLoadsTheEntryOfTheRowsTag) {
 
 TEST_F(LoadItPane, FFLViewRefusesATableThatDoesNotFitTheFile) {
   const std::string text = FflOf({Entry("a.8bf", "A")});
-  ASSERT_TRUE(ReadFFLLibrary(dir.Write("lib.ffl", text), lib, env));
+  ASSERT_TRUE(ReadFFLLibrary(dir.Write("lib.ffl", text), lib));
   pane.Show(lib);
   for (int64_t wrong : {int64_t{1}, int64_t{1} << 30}) {  // inside the header, far behind the end
     pane.positions[1] = wrong;

@@ -201,8 +201,12 @@ TEST_F(PluginCompiler, TargetNameFollowsTheFileNameRules) {
     EXPECT_TRUE(fs::exists(out + target)) << filename;
   }
   EXPECT_EQ(Compile(SampleNamed("abc")).filename, "abc.8bf");
-  Compile(SampleNamed("a.b"));  // nothing left once the last four characters go
-  EXPECT_EQ(shell.errors.size(), 1u);
+  FFFilter tooShort = SampleNamed("a.b");  // nothing left once the last four characters go
+  const Expected<void> made = Make8bf(tooShort, out, false, false, env);
+  ASSERT_FALSE(made);
+  EXPECT_EQ(made.error().reason, "The file name a.b is too short for a plugin.");
+  EXPECT_EQ(made.error().kind, ErrorKind::Fault);
+  EXPECT_TRUE(shell.errors.empty());
 }
 
 TEST_F(PluginCompiler, WideAboutTemplateTakesItsOwnPlaces) {
@@ -423,11 +427,16 @@ TEST_F(PluginCompiler, PremiereTemplatesOfOtherVersionsArePatchedAtTheirShift) {
   fs::remove(out + "wavy.prm");
   env.options.compile.premiereFFTemplate = prog + "photo30.dll";
   env.options.compile.premiereTFTemplate = prog + "fl-fact.prm";
-  WritePRM(f, out, env);
-  WriteTF(f, out, env);
+  const Expected<void> notPremiere = MakePRM(f, out, env);
+  ASSERT_FALSE(notPremiere);
+  EXPECT_EQ(notPremiere.error().reason,
+            "The template " + prog + "photo30.dll is no Premiere Filter Factory plugin.");
+  EXPECT_EQ(notPremiere.error().path, prog + "photo30.dll");
+  WriteTF(f, out, env);  // the form that tells the shell at once
+  ASSERT_EQ(shell.errors.size(), 1u);
+  EXPECT_EQ(shell.errors[0], "The template " + prog + "fl-fact.prm is no Premiere Transition Factory plugin.");
   env.options.compile.premiereFFTemplate = prog + "missing.prm";
-  WritePRM(f, out, env);
-  EXPECT_EQ(shell.errors.size(), 3u);
+  EXPECT_FALSE(MakePRM(f, out, env));
   EXPECT_TRUE(fs::is_empty(out));
 }
 

@@ -77,47 +77,49 @@ TEST_F(PluginHostTest, FailuresShowTheirMessageAndLeaveThePreview) {
   EXPECT_EQ(shell.boxes[1].text, ImgStatusText(IMG_ERR_HOST_FOLDER));
 }
 
-TEST_F(PluginHostTest, AboutDialogChecksTheSelectionAndAsksBeforeABareName) {
+TEST_F(PluginHostTest, AboutCheckRefusesOrAsksAndTheCommandRunsWhatItLets) {
   const std::string plugin = test::CompilePlugin(dir, test::SampleFilter("r"));
   ASSERT_FALSE(plugin.empty());
   const std::string bare = dir.file("sample_8bf"), hidden = dir.file("sample._bf");
   test::WriteFileBytes(bare, test::ReadFileBytes(plugin));
   test::WriteFileBytes(hidden, test::ReadFileBytes(plugin));
 
-  cmd_AboutDialog(lib, state, shell, "");
-  cmd_AboutDialog(lib, state, shell, dir.file("effect.prm"));
-  ASSERT_EQ(shell.boxes.size(), 2u);
-  EXPECT_EQ(shell.boxes[0].text, "Please select a plugin or other supported file.");
-  EXPECT_EQ(shell.boxes[1].text, "Please select a Photoshop-compatible plugin to execute this function.");
+  const AboutCheck none = CheckAboutTarget(""), premiere = CheckAboutTarget(dir.file("effect.prm"));
+  ASSERT_TRUE(none.refusal && premiere.refusal);
+  EXPECT_EQ(none.refusal->reason, "Please select a plugin or other supported file.");
+  EXPECT_EQ(premiere.refusal->reason, "Please select a Photoshop-compatible plugin to execute this function.");
+  EXPECT_EQ(premiere.refusal->kind, ErrorKind::Warning);
+  cmd_AboutDialog(lib, state, shell, dir.file("effect.prm"));  // refused files are left alone
+  EXPECT_TRUE(shell.boxes.empty());
   EXPECT_EQ(lib.ImgPlugInHostIsEnabled(), 0);
-  shell.boxes.clear();
 
-  shell.nextAnswer = MsgResult::No;
-  cmd_AboutDialog(lib, state, shell, bare);
-  ASSERT_EQ(shell.boxes.size(), 1u);
-  EXPECT_EQ(shell.boxes[0].title, "Warning");
-  EXPECT_EQ(shell.boxes[0].buttons, MsgButtons::YesNo);
-  EXPECT_EQ(shell.boxes[0].text,
+  const AboutCheck bareCheck = CheckAboutTarget(bare);
+  EXPECT_FALSE(bareCheck.refusal);
+  ASSERT_TRUE(bareCheck.question);
+  EXPECT_EQ(bareCheck.question->title, "Warning");
+  EXPECT_EQ(bareCheck.question->reason,
             "Photoshop-compatible plugins without a file extension can cause a crash\n"
             "when you try to execute them. To avoid this risk please use the En/Disable \n"
             "command to add a .8bf or ._bf extension to the plugin file.\n\n"
             "Do you want to execute this plugin anyway?");
 
-  shell.nextAnswer = MsgResult::Yes;
+  // Answered Yes, the caller runs it.
   cmd_AboutDialog(lib, state, shell, bare);
-  ASSERT_EQ(shell.boxes.size(), 3u);
-  EXPECT_NE(shell.boxes[2].text.find("Sample Filter"), std::string::npos);
+  ASSERT_EQ(shell.boxes.size(), 1u);
+  EXPECT_NE(shell.boxes[0].text.find("Sample Filter"), std::string::npos);
   EXPECT_EQ(lib.ImgPlugInHostIsEnabled(), 0);
-  cmd_AboutDialog(lib, state, shell, hidden);  // no question
-  ASSERT_EQ(shell.boxes.size(), 4u);
-  EXPECT_NE(shell.boxes[3].text.find("A. Tester"), std::string::npos);
+  EXPECT_FALSE(CheckAboutTarget(hidden).question);
+  EXPECT_FALSE(CheckAboutTarget(hidden).refusal);
+  cmd_AboutDialog(lib, state, shell, hidden);
+  ASSERT_EQ(shell.boxes.size(), 2u);
+  EXPECT_NE(shell.boxes[1].text.find("A. Tester"), std::string::npos);
 
   // A failed about box leaves the host loaded for the next time; a good one unloads it.
   cmd_AboutDialog(lib, state, shell, dir.Write("other.8bf", "MZ plain plugin"));
   EXPECT_EQ(lib.ImgPlugInHostIsEnabled(), 1);
   cmd_AboutDialog(lib, state, shell, plugin);
   EXPECT_EQ(lib.ImgPlugInHostIsEnabled(), 0);
-  EXPECT_EQ(shell.boxes.size(), 5u);
+  EXPECT_EQ(shell.boxes.size(), 3u);
 }
 
 TEST_F(PluginHostTest, ApplyFilterSaysWhetherThePictureChanged) {

@@ -233,7 +233,7 @@ TEST_F(FflViewTest, CreateFflMakesALibraryOfThePluginViewSelection) {
   EXPECT_EQ(askedIn, files.path());
   ASSERT_TRUE(files.Exists("made.ffl"));
   FFLLibrary made;
-  ASSERT_TRUE(ReadFFLLibrary(files.file("made.ffl"), made, env));
+  ASSERT_TRUE(ReadFFLLibrary(files.file("made.ffl"), made));
   ASSERT_EQ(made.items.size(), 2u);
   EXPECT_EQ(made.items[0].title, "one");
 }

@@ -728,6 +728,7 @@ void FileCommander::cmd_EnableDisable() {
   // rule is the same in both views.
   const ToggleResult result =
       cmd_EnableDisable_FileView(FilePane::kFileView, paths, catalogue, window_.pluginTypes(), env);
+  if (result.error) messages().Report(*result.error);
   if (result.renamed.empty()) {
     if (!result.failed) Refuse("Enabling and disabling of this file type is not possible.");
     return;

@@ -115,7 +115,9 @@ int FflController::Search(int index) {
 int FflController::Search(int index, const std::string& text) {
   FflViewPage* page = window_.pane(index)->fflView();
   if (page->libraryPath().empty()) return 0;
-  const std::vector<int> found = cmd_SearchFFL(page->libraryPath(), text, Env());
+  const Expected<std::vector<int>> search = cmd_SearchFFL(page->libraryPath(), text);
+  if (!search) hooks().Report(search.error());
+  const std::vector<int> found = search ? *search : std::vector<int>{};
   page->SelectNumbers(found);
   for (int i = 0; i < page->count(); ++i) {
     if (!found.empty() && page->NumberAt(i) == found.front()) {
@@ -139,8 +141,9 @@ int FflController::Extract(int index, OutputFormat format) {
   SkipExistingTargets keep;  // an existing file is never replaced behind the user's back
   ConvertReport report;
   QApplication::setOverrideCursor(Qt::WaitCursor);
-  cmd_Extract(window_.filter(), page->library(), selected, format, target, keep, Env(), report);
+  const Expected<void> done = cmd_Extract(window_.filter(), page->library(), selected, format, target, keep, Env(), report);
   QApplication::restoreOverrideCursor();
+  if (!done) hooks().Report(done.error());
   if (report.skipped > 0 || report.failed > 0) {
     hooks().MsgBox(std::to_string(report.written.size()) + " written, " + std::to_string(report.skipped) +
                        " left alone because the file exists, " + std::to_string(report.failed) + " failed.",
@@ -156,6 +159,7 @@ int FflController::AddFiles(int index, const std::vector<std::string>& paths) {
   QApplication::setOverrideCursor(Qt::WaitCursor);
   const FFLAddResult result = cmd_Add2FFL(page->libraryPath(), paths, Env());
   QApplication::restoreOverrideCursor();
+  if (result.error) hooks().Report(*result.error);
   if (!result.unreadable.empty()) {
     hooks().MsgBox("These files are no filters and were not added:" + Joined(result.unreadable, 10),
                    MsgButtons::Ok, MsgIcon::Exclamation, "Add to FFL");
@@ -206,6 +210,7 @@ bool FflController::CreateFromSelection() {
   QApplication::setOverrideCursor(Qt::WaitCursor);
   const FFLAddResult result = cmd_CreateFFL(*library, sources, Env());
   QApplication::restoreOverrideCursor();
+  if (result.error) hooks().Report(*result.error);
   if (!result.unreadable.empty()) {
     hooks().MsgBox("These files are no filters and were left out:" + Joined(result.unreadable, 10), MsgButtons::Ok,
                    MsgIcon::Exclamation, "Create FFL");

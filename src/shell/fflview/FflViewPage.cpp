@@ -101,8 +101,10 @@ bool FflViewPage::eventFilter(QObject* watched, QEvent* event) {
 
 bool FflViewPage::OpenLibrary(const std::string& path, const FilterEnv& env) {
   FFLLibrary read;
-  const bool ok = ReadFFLLibrary(path, read, env);
-  if (!ok) return false;
+  if (const Expected<void> ok = ReadFFLLibrary(path, read); !ok) {
+    env.hooks().Report(ok.error());
+    return false;
+  }
   library_ = std::move(read);
   Fill();
   return true;
@@ -206,7 +208,12 @@ void FflViewPage::SelectAllEntries(bool all) {
 }
 
 int FflViewPage::DeleteSelected(const FilterEnv& env) {
-  const std::vector<int> deleted = DeleteFFLItems(library_, SelectedNumbers(), env);
+  const std::vector<int> selected = SelectedNumbers();
+  if (selected.empty() ||
+      env.hooks().MsgBox("Do you want to delete these/this FFL item(s)?", MsgButtons::YesNo,
+                         MsgIcon::Question, "Delete FFL Item") != MsgResult::Yes)
+    return 0;
+  const std::vector<int> deleted = DeleteFFLItems(library_, selected);
   // The entries stay in the file at their length; only the rows go.
   const std::unordered_set<int> gone(deleted.begin(), deleted.end());
   list_->setUpdatesEnabled(false);

@@ -53,7 +53,7 @@ class FflViewPage : public QWidget {
   class Access : public PaneAccess {
    public:
     explicit Access(const FflViewPage& page) : page_(page) {}
-    int ViewKind() const override { return 3; }
+    PaneView ViewKind() const override { return PaneView::FFL; }
     bool SelectedItem(std::string&, std::string&) const override { return false; }
     std::string FFLPath() const override { return page_.libraryPath(); }
     bool FFLItemTag(int listIndex, int& entryNumber) const override;

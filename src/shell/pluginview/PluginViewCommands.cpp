@@ -68,26 +68,6 @@ class ScanThreadHooks : public ShellHooks {
   std::atomic<bool>& escape_;
 };
 
-// The core counts the plugins whose category couldn't change; what the shell
-// knows of their room goes under that count, so the user reads the cause.
-class CategoryFailureHooks : public ShellHooks {
- public:
-  CategoryFailureHooks(ShellHooks& ui, std::string causes) : ui_(ui), causes_(std::move(causes)) {}
-  MsgResult MsgBox(const std::string& text, MsgButtons buttons, MsgIcon icon, const std::string& title) override {
-    const bool failure = text.rfind("Changing the category didn't work for", 0) == 0;
-    return ui_.MsgBox(failure && !causes_.empty() ? text + "\n" + causes_ : text, buttons, icon, title);
-  }
-  void ErrorMessage(const std::string& description) override { ui_.ErrorMessage(description); }
-  bool ErrorMessage2(const std::string& description) override { return ui_.ErrorMessage2(description); }
-  void RefreshActivePane() override { ui_.RefreshActivePane(); }
-  void StatusDisplay(const std::string& text) override { ui_.StatusDisplay(text); }
-  bool EscapePressed() override { return ui_.EscapePressed(); }
-
- private:
-  ShellHooks& ui_;
-  std::string causes_;
-};
-
 // The room a plugin has for its category, in characters; 0 when nothing
 // limits it here (a filter source is written anew).
 int CategoryRoom(const PluginEntry& entry) {
@@ -257,6 +237,7 @@ void PluginViewController::Scan(int index, bool ffOnly) {
     cacheMisses_ = cache->misses();
   }
   if (!windowPtr || !pagePtr) return;  // the window went away meanwhile
+  if (entry == PluginViewEntry::NothingFound) hooks().Report(NoPluginsFound());
 
   page->SetScanLabel({});
   pane->tabs()->tabBar()->setEnabled(true);
@@ -287,7 +268,8 @@ void PluginViewController::cmd_ChangeCategory(bool dropped) {
   if (pane->paneView() != FilePane::kPluginView || !anySelected) {
     // The core gives the refusals their words.
     PaneCatalogue none;
-    trel::cmd_ChangeCategory(pane->paneView(), none, rows, {}, dropped, env);
+    const ChangeCategoryResult refused = trel::cmd_ChangeCategory(pane->paneView(), none, rows, {}, dropped, env);
+    if (refused.error) hooks().Report(*refused.error);
     return;
   }
   std::string target;
@@ -306,15 +288,22 @@ void PluginViewController::cmd_ChangeCategory(bool dropped) {
       break;
     }
   }
-  CategoryFailureHooks told(hooks(), CategoryTooLong(page->catalogue(), rows, target));
-  env.shell = &told;
-  page->ChangeCategory(target, dropped, env);
+  // What the window knows of the plugins' room goes under the core's count of
+  // failures, so that the user reads the cause.
+  const std::string causes = CategoryTooLong(page->catalogue(), rows, target);
+  const ChangeCategoryResult result = page->ChangeCategory(target, dropped, env);
+  if (result.error) {
+    Error told = *result.error;
+    if (result.failures > 0 && !causes.empty()) told.reason += "\n" + causes;
+    hooks().Report(told);
+  }
 }
 
 void PluginViewController::ShowInformation(const std::string& path) {
   FilterEnv env;
   env.shell = &hooks();
-  trel::cmd_PlugInInformation(window_.pane(window_.ActivePane())->paneView(), {path}, window_.pluginTypes(), env);
+  hooks().Report(
+      trel::cmd_PlugInInformation(window_.pane(window_.ActivePane())->paneView(), {path}, window_.pluginTypes(), env));
 }
 
 void PluginViewController::cmd_PlugInInformation() {
@@ -324,7 +313,7 @@ void PluginViewController::cmd_PlugInInformation() {
   if (!item.name.empty()) selection.push_back(FullPath(item.name, item.folder));
   FilterEnv env;
   env.shell = &hooks();
-  trel::cmd_PlugInInformation(pane->paneView(), selection, window_.pluginTypes(), env);
+  hooks().Report(trel::cmd_PlugInInformation(pane->paneView(), selection, window_.pluginTypes(), env));
 }
 
 void PluginViewController::cmd_PlugInList() {
@@ -337,8 +326,9 @@ void PluginViewController::cmd_PlugInList() {
   env.shell = &hooks();
   std::string text;
   if (paths.empty()) {
-    // The core refuses an empty selection with its message.
-    trel::cmd_PlugInList(paths, {}, true, {}, text, env);
+    // The core gives the refusal of an empty selection its words.
+    if (const Expected<void> refused = trel::cmd_PlugInList(paths, {}, true, {}, text, env); !refused)
+      hooks().Report(refused.error());
     return;
   }
   const std::optional<PlugInListChoice> choice = listPrompt_ ? listPrompt_() : AskPlugInList(&window_);
@@ -346,11 +336,9 @@ void PluginViewController::cmd_PlugInList() {
   if (!choice->toClipboard && choice->fileName.empty()) return;
   const std::string output =
       choice->toClipboard ? std::string() : FullPath(choice->fileName, WithTrailingSeparator(pane->folder()));
-  if (!trel::cmd_PlugInList(paths, choice->options, choice->toClipboard, output, text, env)) {
-    if (!choice->toClipboard) {
-      hooks().MsgBox("The plugin list could not be written to\n" + output, MsgButtons::Ok, MsgIcon::Exclamation,
-                     "Plugin List");
-    }
+  if (const Expected<void> made = trel::cmd_PlugInList(paths, choice->options, choice->toClipboard, output, text, env);
+      !made) {
+    hooks().Report(made.error());
     return;
   }
   if (choice->toClipboard) {

@@ -546,6 +546,7 @@ ToggleResult PluginViewPage::EnableDisable(const PluginTypeTable& table, const F
   const int current = list3_->currentRow();
   list3_->setUpdatesEnabled(false);
   ToggleResult result = cmd_EnableDisable_PluginView(catalogue_, rows, table, env);
+  if (result.error) env.hooks().Report(*result.error);
   filling_ = true;
   for (size_t i = 0; i < rows.size() && static_cast<int>(i) < list3_->count(); ++i) {
     QListWidgetItem* item = list3_->item(static_cast<int>(i));

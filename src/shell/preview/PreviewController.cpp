@@ -498,9 +498,18 @@ std::shared_ptr<void> PreviewController::KeepWindowAlive() {
 
 void PreviewController::cmd_About() {
   if (userRun_) return;
+  const std::string file = SelectedFile();
+  const AboutCheck check = CheckAboutTarget(file);
+  if (check.refusal) {
+    shell().Report(*check.refusal);
+    return;
+  }
+  if (check.question && shell().MsgBox(check.question->reason, MsgButtons::YesNo, MsgIcon::Exclamation,
+                                       check.question->title) != MsgResult::Yes)
+    return;
   const auto alive = KeepWindowAlive();
   QApplication::setOverrideCursor(Qt::WaitCursor);
-  cmd_AboutDialog(*lib_, state_, shell(), SelectedFile());
+  cmd_AboutDialog(*lib_, state_, shell(), file);
   QApplication::restoreOverrideCursor();
 }
 
