@@ -214,7 +214,8 @@ TEST_F(MainWindowTest, DoubleClicksRouteByNameAndDefinedPluginTypes) {
   Started run(home, files.path());
   MainWindow& w = *run.window;
   w.SetTxtSourceTest([](const QString& path) { return path.endsWith("filter.txt"); });
-  w.prefs().autoAdd = {1, 0, 1};  // visited folders and executables join their lists
+  // Visited folders and executables join their lists.
+  w.settings().Change([](Preferences& p) { p.autoAdd = {1, 0, 1}; });
   FilePane* p = w.pane(0);
   p->Combo1_Click(3);
   EXPECT_NE(p->model()->FindText("rose.tub"), -1);

@@ -154,7 +154,7 @@ void PreviewController::CheckPictureEntry() {
 
 void PreviewController::mnuPictures_Click(const QString& caption) {
   previewPicture_ = caption.toLocal8Bit().toStdString();
-  window_.prefs().previewPicture = previewPicture_;
+  window_.settings().Change([this](Preferences& p) { p.previewPicture = previewPicture_; });
   prepared_ = true;
   CheckPictureEntry();
   CreateThumb();
@@ -493,11 +493,9 @@ PicView* PreviewController::picView(bool create) {
     connect(picView_, &PicView::pictureOpened, this, [this](const QString& path) {
       if (window_.prefs().autoAdd[1] != 1) return;
       const std::string file = path.toLocal8Bit().toStdString();
-      std::vector<std::string>& pics = window_.prefs().pics;
-      for (const std::string& p : pics)
+      for (const std::string& p : window_.prefs().pics)
         if (QString::fromLocal8Bit(p.c_str()).compare(path, Qt::CaseInsensitive) == 0) return;
-      pics.push_back(file);
-      window_.ListToMenu(1);
+      window_.settings().Change([&file](Preferences& p) { p.pics.push_back(file); });  // the menu follows
     });
     picView_->SetHelpFolder(QString::fromLocal8Bit((window_.programFolder() + "help/").c_str()));
     picView_->SetApplyFilter([this](const QImage& picture) -> QImage {

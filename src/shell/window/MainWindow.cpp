@@ -71,7 +71,7 @@ bool AllowedInView(const QString& name, int view) {
 MainWindow::MainWindow(SettingsStore& store, std::string programFolder, QWidget* parent)
     : QMainWindow(parent), store_(store), programFolder_(std::move(programFolder)), messages_(this) {
   setObjectName("Form1");
-  shared_.prefs = &prefs_;
+  shared_.prefs = &settings_.values();
   leftButtonDown_ = [] { return (QGuiApplication::mouseButtons() & Qt::LeftButton) != 0; };
   shellOpener_ = [](const QString& path) { return QDesktopServices::openUrl(QUrl::fromLocalFile(path)); };
   txtSourceTest_ = [](const QString& path) {
@@ -389,12 +389,11 @@ void MainWindow::File1_DblClick(int index) {
 
 void MainWindow::ShellOpen(const QString& path) {
   emit routeTaken(RouteName(DblClickRoute::Shell), path);
-  if (path.endsWith(".exe", Qt::CaseInsensitive) && prefs_.autoAdd[2] == 1) {
+  if (path.endsWith(".exe", Qt::CaseInsensitive) && prefs().autoAdd[2] == 1) {
     const std::string app = path.toStdString();
-    if (std::find(prefs_.apps.begin(), prefs_.apps.end(), app) == prefs_.apps.end()) {
-      prefs_.apps.push_back(app);
-      ListToMenu(2);
-    }
+    const std::vector<std::string>& apps = prefs().apps;
+    if (std::find(apps.begin(), apps.end(), app) == apps.end())
+      settings_.Change([&app](Preferences& p) { p.apps.push_back(app); });  // the Apps menu follows
   }
   if (shellOpener_ && !shellOpener_(path)) {
     messages_.MsgBox("No application is set to open\n" + path.toStdString(), MsgButtons::Ok,
@@ -414,9 +413,9 @@ void MainWindow::ApplyPluginTypes(const PluginTypeList& rows) {
 
 void MainWindow::FolderVisited(int index) {
   FolderHistoryOptions options;
-  options.autoAdd = prefs_.autoAdd[0] == 1;
-  options.autoTop = prefs_.autoTop == 1;
-  options.limit = LenientInt(prefs_.folderItemLimit);
+  options.autoAdd = prefs().autoAdd[0] == 1;
+  options.autoTop = prefs().autoTop == 1;
+  options.limit = LenientInt(prefs().folderItemLimit);
   if (UpdateFolderHistory(folderList_, pane(index)->folder(), options)) ListToMenu(0);
 }
 
@@ -426,7 +425,7 @@ void MainWindow::ListToMenu(int list) {
     // preferences and the preview, so they stay disabled until then.
     QMenu* menu = list == 1 ? picturesMenu_ : appsMenu_;
     std::vector<QAction*>& entries = list == 1 ? pictureEntries_ : appEntries_;
-    const std::vector<std::string>& items = list == 1 ? prefs_.pics : prefs_.apps;
+    const std::vector<std::string>& items = list == 1 ? prefs().pics : prefs().apps;
     for (QAction* entry : entries) {
       menu->removeAction(entry);
       entry->deleteLater();
@@ -493,7 +492,7 @@ void MainWindow::Form_Resize() {
   content_->setGeometry(host_->rect());
   ++layoutCount_;
   for (FilePane* p : panes_) {
-    if (prefs_.AutoColumnWidth() && p->listViewShown() && p->listView()->view() == FileListView::kDetails)
+    if (prefs().AutoColumnWidth() && p->listViewShown() && p->listView()->view() == FileListView::kDetails)
       p->listView()->OptimalWidth();
   }
 }

@@ -19,6 +19,7 @@
 #include "catalogue/PluginTypes.h"
 #include "filter/FFFilter.h"
 #include "settings/Preferences.h"
+#include "settings/SettingsState.h"
 #include "shell/pane/FilePane.h"
 #include "shell/dialogs/MessageShell.h"
 #include "shell/pane/PaneRules.h"
@@ -73,7 +74,9 @@ class MainWindow : public QMainWindow {
   void mnuRefresh_Click();
   void File1_DblClick(int pane);
   std::array<bool, 3>& ColumnSortAscending() { return shared_.columnSortAscending; }
-  Preferences& prefs() { return prefs_; }
+  // The options of the run; changes go through settings() and its signal.
+  const Preferences& prefs() const { return settings_.values(); }
+  SettingsState& settings() { return settings_; }
 
   // --- the folders menu and its list
   const std::vector<std::string>& folderList() const { return folderList_; }
@@ -201,7 +204,7 @@ class MainWindow : public QMainWindow {
   std::string programFolder_;
   MessageShell messages_;
   PaneShared shared_;
-  Preferences prefs_;
+  SettingsState settings_;
   std::array<FilePane*, 2> panes_{};
   int activePane_ = 0;
   std::array<bool, 2> pluginViewFresh_{false, false};
