@@ -19,7 +19,7 @@
 #include "shell/pane/FilePane.h"
 #include "shell/window/MainWindow.h"
 #include "shell/pane/Selection.h"
-#include "shell/dialogs/TestHooks.h"
+#include "shell/dialogs/Dialogs.h"
 
 namespace trel {
 
@@ -191,13 +191,7 @@ void InstallConvertCommands(MainWindow& window) {
   auto* open = new QAction("Convert...", &window);
   open->setObjectName("cmdConvertDialog");
   window.addAction(open);
-  QObject::connect(open, &QAction::triggered, &window, [dialog] {
-    if (AutoAcceptDialogs()) {
-      ReportAutoAccepted("Convert");
-      return;
-    }
-    dialog->open();
-  });
+  QObject::connect(open, &QAction::triggered, &window, [dialog] { TheDialogs().Open(*dialog); });
   window.SetCommandAvailable("cmdConvert", true);
 }
 

@@ -23,7 +23,7 @@
 #include "shell/pane/FilePane.h"
 #include "shell/window/MainWindow.h"
 #include "shell/pane/Selection.h"
-#include "shell/dialogs/TestHooks.h"
+#include "shell/dialogs/Dialogs.h"
 #include "shell/commander/ZipCommander.h"
 
 namespace trel {
@@ -57,10 +57,6 @@ QHash<QString, QString> EntryLabels(const QString& archive, const QString& listi
 ZipCommander::ZipCommander(MainWindow& window) : QObject(&window), window_(window) {
   setObjectName("ZipCommander");
   sink_ = [this](const QString& title, const QString& text) {
-    if (AutoAcceptDialogs()) {
-      ReportAutoAccepted(title);
-      return;
-    }
     QDialog dialog(&window_);
     dialog.setWindowTitle(title);
     auto* column = new QVBoxLayout(&dialog);

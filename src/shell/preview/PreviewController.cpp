@@ -10,7 +10,6 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QImageReader>
 #include <QItemSelectionModel>
@@ -35,7 +34,7 @@
 #include "shell/pluginview/PluginViewPage.h"
 #include "shell/preview/PreviewWindow.h"
 #include "shell/pane/Selection.h"
-#include "shell/dialogs/TestHooks.h"
+#include "shell/dialogs/Dialogs.h"
 
 namespace trel {
 
@@ -392,9 +391,8 @@ bool PreviewController::cmd_SavePreview(const std::string& path) {
   if (state_.PreviewImage == 0) return false;
   std::string target = path;
   if (target.empty()) {
-    if (AutoAcceptDialogs()) return false;
-    const QString chosen = QFileDialog::getSaveFileName(previewWindow(), "Save Preview", QString(),
-                                                        "Pictures (*.jpg *.png *.bmp *.tif);;All files (*)");
+    const QString chosen = TheDialogs().PickSaveFile(previewWindow(), "Save Preview", QString(),
+                                                     "Pictures (*.jpg *.png *.bmp *.tif);;All files (*)");
     if (chosen.isEmpty()) return false;
     target = chosen.toLocal8Bit().toStdString();
   }

@@ -28,7 +28,7 @@
 #include "shell/window/MainWindow.h"
 #include "shell/preview/PreviewController.h"
 #include "shell/pane/Selection.h"
-#include "shell/dialogs/TestHooks.h"
+#include "shell/dialogs/Dialogs.h"
 
 namespace trel {
 
@@ -391,11 +391,7 @@ void MainWindow::mnuFileInformation_Click() {
   emit routeTaken("mnuFileInformation_Click", QString::fromStdString(path));
   if (path.empty()) return;
   PropertiesDialog dialog(QString::fromStdString(path), this);
-  if (AutoAcceptDialogs()) {
-    ReportAutoAccepted(dialog.windowTitle());
-    return;
-  }
-  dialog.exec();
+  TheDialogs().Exec(dialog, QDialog::Rejected);
 }
 
 }  // namespace trel
