@@ -15,8 +15,7 @@ namespace {
 
 QAction* Wire(MainWindow& window, const char* name, std::function<void()> body,
               QList<QKeySequence> keys = {}) {
-  QAction* action = window.command(name);
-  if (!action) return nullptr;
+  QAction* action = window.command(name);  // stops the program on a name the table lacks
   QObject::connect(action, &QAction::triggered, &window, [body = std::move(body)] { body(); });
   if (!keys.isEmpty()) {
     action->setShortcuts(keys);
@@ -59,10 +58,9 @@ void InstallFileCommands(MainWindow& window) {
   Key(window, "cmdToggleItem", QKeySequence(Qt::Key_Insert), [c] { c->ToggleCurrentAndMoveDown(); });
 
   for (int i = 0; i < 6; ++i) {
-    if (auto* button = window.findChild<QPushButton*>(QString("Command1_%1").arg(i))) {
-      button->setAccessibleName(button->text().remove('&'));
-      QObject::connect(button, &QPushButton::clicked, c, [c, i] { c->Command1_Click(i); });
-    }
+    QPushButton* button = window.commandButton(i);
+    button->setAccessibleName(button->text().remove('&'));
+    QObject::connect(button, &QPushButton::clicked, c, [c, i] { c->Command1_Click(i); });
   }
   for (int i = 0; i < 2; ++i) {
     FilePane* p = window.pane(i);

@@ -56,6 +56,7 @@ QHash<QString, QString> EntryLabels(const QString& archive, const QString& listi
 
 ZipCommander::ZipCommander(MainWindow& window) : QObject(&window), window_(window) {
   setObjectName("ZipCommander");
+  window.parts().zip = this;
   sink_ = [this](const QString& title, const QString& text) {
     QDialog dialog(&window_);
     dialog.setWindowTitle(title);
@@ -74,7 +75,7 @@ ZipCommander::ZipCommander(MainWindow& window) : QObject(&window), window_(windo
   };
 }
 
-ZipCommander* ZipCommander::Of(MainWindow& window) { return window.findChild<ZipCommander*>("ZipCommander"); }
+ZipCommander* ZipCommander::Of(MainWindow& window) { return window.parts().zip; }
 
 int ZipCommander::Run(const QString& program, const QStringList& arguments, const QString& folder, QString* output,
                       const QByteArray& input) {

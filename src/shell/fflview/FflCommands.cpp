@@ -41,10 +41,11 @@ std::string Joined(const std::vector<std::string>& names, size_t limit) {
 
 FflController::FflController(MainWindow& window) : QObject(&window), window_(window) {
   setObjectName(kControllerName);
+  window.parts().ffl = this;
 }
 
 FflController* FflController::Of(const MainWindow& window) {
-  return window.findChild<FflController*>(kControllerName, Qt::FindDirectChildrenOnly);
+  return window.parts().ffl;
 }
 
 ShellHooks& FflController::hooks() const { return hooks_ ? *hooks_ : window_.messages(); }

@@ -95,6 +95,7 @@ bool MayRun(ShellHooks& shell, const std::string& path) {
 
 PreviewController::PreviewController(MainWindow& window)
     : QObject(&window), window_(window) {
+  window.parts().preview = this;
   forward_.target = &window.messages();
   lib_ = std::make_unique<ImageLibrary>(forward_);
   setObjectName("PreviewController");
@@ -109,7 +110,7 @@ PreviewController::PreviewController(MainWindow& window)
 PreviewController::~PreviewController() { CloseImages(); }
 
 PreviewController* PreviewController::Of(MainWindow& window) {
-  return window.findChild<PreviewController*>("PreviewController", Qt::FindDirectChildrenOnly);
+  return window.parts().preview;
 }
 
 // --- the preview picture -------------------------------------------------------
@@ -141,7 +142,7 @@ std::string PreviewController::PictureKey() const {
 }
 
 void PreviewController::CheckPictureEntry() {
-  QMenu* menu = window_.findChild<QMenu*>("mnuPicturesMenu");
+  QMenu* menu = window_.picturesMenu();
   if (!menu) return;
   const QString current = QString::fromLocal8Bit(previewPicture_.c_str());
   for (QAction* a : menu->actions()) {
@@ -163,12 +164,12 @@ void PreviewController::mnuPictures_Click(const QString& caption) {
 // --- the preview ----------------------------------------------------------------
 
 bool PreviewController::previewOn() const {
-  QAction* tb = window_.findChild<QAction*>("tbPreview");
+  QAction* tb = window_.previewToggle();
   return tb && tb->isChecked();
 }
 
 void PreviewController::mnuPluginPreview_Click() {
-  QAction* tb = window_.findChild<QAction*>("tbPreview");
+  QAction* tb = window_.previewToggle();
   const bool on = !(tb && tb->isChecked());
   if (tb) tb->setChecked(on);
   if (QAction* menu = window_.command("mnuPluginPreview")) menu->setChecked(on);
@@ -241,7 +242,7 @@ PreviewWindow* PreviewController::previewWindow(bool create) {
     connect(preview_, &PreviewWindow::clearCacheRequested, this, [this] { ClearCache(true); });
     // Closing the window switches the preview off, as the button would.
     connect(preview_, &PreviewWindow::closed, this, [this] {
-      if (QAction* tb = window_.findChild<QAction*>("tbPreview")) tb->setChecked(false);
+      window_.previewToggle()->setChecked(false);
       tbPreview_Click(false);
     });
   }

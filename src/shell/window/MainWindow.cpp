@@ -125,6 +125,7 @@ void MainWindow::BuildCentral() {
   toolbar_->setIconSize(QSize(16, 16));
   QAction* preview = toolbar_->addAction(style()->standardIcon(QStyle::SP_FileDialogContentsView), "Preview");
   preview->setObjectName("tbPreview");
+  previewToggle_ = preview;
   preview->setCheckable(true);
   preview->setToolTip("Preview the selected plugin or picture");
   commandRow->addWidget(toolbar_, 0, Qt::AlignVCenter);
@@ -163,6 +164,14 @@ QAction* MainWindow::AddCommand(QMenu* menu, const char* objectName, const QStri
   return action;
 }
 
+QAction* MainWindow::command(const QString& objectName) const {
+  QAction* action = commands_.value(objectName);
+  if (!action) qFatal("The window has no command named %s", qPrintable(objectName));
+  return action;
+}
+
+void MainWindow::AddToCommands(QAction* action) { commands_.insert(action->objectName(), action); }
+
 void MainWindow::SetCommandAvailable(const QString& objectName, bool available) {
   built_.insert(objectName, available);
   if (QAction* action = commands_.value(objectName))
@@ -188,6 +197,7 @@ void MainWindow::BuildMenus() {
 
   QMenu* commands = bar->addMenu("Co&mmands");
   commands->setObjectName("mnuCommands");
+  commandsMenu_ = commands;
   AddCommand(commands, "mnuBrowser", "&Browse Plugins", false);
   AddCommand(commands, "mnuBatchProcessing", "Ba&tch Processing", false);
   AddCommand(commands, "mnuCreateLibrary", "Create FF&L", false);
@@ -226,6 +236,7 @@ void MainWindow::BuildMenus() {
 
   QMenu* view = bar->addMenu("&View");
   view->setObjectName("mnuView");
+  viewMenu_ = view;
   viewModeMenu_ = view->addMenu("File View &Mode");
   viewModeMenu_->setObjectName("mnuFileViewMenu");
   auto* group = new QActionGroup(this);
@@ -266,6 +277,7 @@ void MainWindow::BuildMenus() {
 
   QMenu* help = bar->addMenu("Hel&p");
   help->setObjectName("mnuHelpMenu");
+  helpMenu_ = help;
   QAction* helpEntry = AddCommand(help, "mnuHelp", "&Help", false);
   helpEntry->setShortcut(QKeySequence(Qt::Key_F1));
   QAction* tip = AddCommand(help, "mnuTip", "&Tip of the Day", true);

@@ -37,7 +37,7 @@ namespace {
 // The entries of a list's menu by number. Entries the window replaced may still
 // exist until the event loop deletes them, so only those in the menu count.
 QAction* MenuEntry(MainWindow& window, int list, size_t index) {
-  auto* menu = window.findChild<QMenu*>(list == 1 ? "mnuPicturesMenu" : "mnuAppsMenu");
+  QMenu* menu = list == 1 ? window.picturesMenu() : window.appsMenu();
   if (!menu) return nullptr;
   const QString name = QString(list == 1 ? "mnuPictures_%1" : "mnuApps_%1").arg(index);
   for (QAction* action : menu->actions())
@@ -147,18 +147,18 @@ void ApplyOtherFont(MainWindow& window, const Preferences& prefs) {
     window.pane(i)->maskBox()->setFont(f);
     window.pane(i)->caption()->setFont(f);
   }
-  for (const char* name : {"Label3", "Label4"})
-    if (auto* label = window.findChild<QLabel*>(name)) label->setFont(f);
-  for (int i = 0; i < 6; ++i)
-    if (auto* button = window.findChild<QPushButton*>(QString("Command1_%1").arg(i))) button->setFont(f);
+  window.label3()->setFont(f);
+  window.label4()->setFont(f);
+  for (int i = 0; i < 6; ++i) window.commandButton(i)->setFont(f);
 }
 
 PreferencesController* FindPreferencesController(MainWindow& window) {
-  return window.findChild<PreferencesController*>("PreferencesController", Qt::FindDirectChildrenOnly);
+  return window.parts().preferences;
 }
 
 PreferencesController::PreferencesController(MainWindow& window) : QObject(&window), window_(window) {
   setObjectName("PreferencesController");
+  window.parts().preferences = this;
   form2_ = new Form2(window.store(), window.programFolder(), window.messages(), &window);
   form2_->hide();
   connect(form2_, &Form2::committed, this, &PreferencesController::Take);
@@ -330,18 +330,18 @@ void InstallPreferencesCommands(MainWindow& window) {
   wire("mnuFileInformation", [&window] { window.mnuFileInformation_Click(); });
 
   // The Pictures menu gets its edit entry like the other two lists.
-  if (auto* pictures = window.findChild<QMenu*>("mnuPicturesMenu")) {
+  if (QMenu* pictures = window.picturesMenu()) {
     QAction* edit = pictures->addAction("Edit Pictures...");
     edit->setObjectName("mnuEditImageList");
     QObject::connect(edit, &QAction::triggered, &window, [&window] { window.ShowPreferences(Form2::kImages); });
     pictures->addSeparator();
     QObject::connect(pictures, &QMenu::aboutToShow, controller, [controller] { controller->WireMenuEntries(); });
   }
-  if (auto* apps = window.findChild<QMenu*>("mnuAppsMenu"))
+  if (QMenu* apps = window.appsMenu())
     QObject::connect(apps, &QMenu::aboutToShow, controller, [controller] { controller->WireMenuEntries(); });
 
   // Mail, the web site and its shortcuts in the Help menu.
-  if (auto* help = window.findChild<QMenu*>("mnuHelpMenu")) {
+  if (QMenu* help = window.helpMenu()) {
     QAction* before = window.command("mnuAbout");
     const auto add = [&](const char* name, const QString& text, auto run) {
       auto* action = new QAction(text, help);

@@ -79,7 +79,7 @@ namespace {
 void StartInPluginView(MainWindow& window) {
   FilePane* left = window.pane(0);
   PluginViewPage* page = left->findChild<PluginViewPage*>();
-  if (auto* controller = window.findChild<PluginViewController*>(); controller && page) {
+  if (PluginViewController* controller = window.parts().pluginView; controller && page) {
     QObject::connect(
         controller, &PluginViewController::scanFinished, &window,
         [&window, page](int pane, int) {
