@@ -124,10 +124,9 @@ void ListPage::Changed() {
   emit listChanged(static_cast<int>(kind_), Items());
 }
 
-// The store numbers entries 0 to 200; the Folders list also has the limit the
-// user typed.
+// The Folders list also has the limit the user typed.
 bool ListPage::LimitReached() {
-  int limit = kMaxEntries;
+  int limit = kMaxListEntries;
   if (kind_ == kFolders) {
     const int typed = LenientInt(text1_->text().toStdString());
     if (typed > 0) limit = std::min(limit, typed);

@@ -137,7 +137,7 @@ void PluginTypesPage::Add() {
   std::string name, ext, digit = "3";
   if (!askPluginType(false, name, ext, digit) || name.empty()) return;
   PluginTypeList rows = Rows();
-  if (rows.size() >= 201) {  // the store numbers entries 0 to 200
+  if (rows.size() >= static_cast<size_t>(kMaxListEntries)) {
     context_.hooks.MsgBox("Limit of entries was reached.", MsgButtons::Ok, MsgIcon::Exclamation, "Trel");
     return;
   }

@@ -54,6 +54,9 @@ class PreferencesPage : public QWidget {
   const PageContext& context_;
 };
 
+// The store numbers the entries of a list 0 to 200.
+inline constexpr int kMaxListEntries = 201;
+
 // --- the controls every page makes the same way
 QCheckBox* MakeCheck(QWidget* parent, const QString& name, const QString& caption, const QString& tip);
 // An icon button passes an empty caption: its tool tip becomes its accessible name.
@@ -154,7 +157,6 @@ class ListPage : public PreferencesPage {
   Q_OBJECT
  public:
   enum Kind { kFolders = 0, kImages, kApps };
-  static constexpr int kMaxEntries = 201;  // the store numbers entries 0 to 200
 
   ListPage(const PageContext& context, Kind kind, QWidget* parent);
   void Load(const PreferenceSet& set) override;

@@ -185,7 +185,7 @@ PreferencesController::PreferencesController(MainWindow& window) : QObject(&wind
   connect(&settings, &SettingsState::changed, this, &PreferencesController::Follow);
   connect(form2_, &Form2::helpRequested, this, &PreferencesController::ShowHelpPage);
   // The start-up loads the options after the window is built; they reach the
-  // panes and menus when the window first shows.
+  // panes when the window first shows.
   window.installEventFilter(this);
 }
 
@@ -224,13 +224,13 @@ void PreferencesController::SyncToDialog() {
 void PreferencesController::Take(const PreferenceSet& set) {
   window_.FolderListForEdit() = set.folders;
   window_.ApplyPluginTypes(set.pluginTypes);
+  // Every list and pane again below, not only those that changed (OK also fits
+  // the columns afresh), so Follow has nothing left to do.
+  followed_ = set.prefs;
   window_.settings().Replace(set.prefs);
-  // Every list and pane again, not only those that changed: OK also fits the
-  // columns afresh.
   for (int list = 0; list < 3; ++list) window_.ListToMenu(list);
   WireMenuEntries();
   ApplyToPanes();
-  followed_ = window_.prefs();
 }
 
 void PreferencesController::Follow(const Preferences& now) {
