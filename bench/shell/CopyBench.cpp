@@ -77,7 +77,7 @@ double CommanderCopy(const std::string& source, double* longestStallMs, double* 
   made.push_back(target);
   trel::SettingsStore store(home + "Trel10.ini");
   trel::MainWindow window(store, home);
-  window.prefs().passivePaneFolder = 1;
+  window.settings().Change([](trel::Preferences& p) { p.passivePaneFolder = 1; });
   window.pane(0)->ChangeFolder(source);
   window.pane(1)->ChangeFolder(target);
   window.Switchit(0);
