@@ -63,7 +63,6 @@ void InstallPreviewCommands(MainWindow& window) {
   if (tb) QObject::connect(tb, &QAction::triggered, preview, &PreviewController::tbPreview_Click);
   if (QAction* menu = window.command("mnuPluginPreview")) {
     menu->setCheckable(true);
-    menu->setShortcut(QKeySequence("Ctrl+Shift+P"));
     // The menu entry and the toolbar button switch together, then act alike.
     QObject::connect(menu, &QAction::triggered, preview, [preview, tb](bool on) {
       if (tb) tb->setChecked(on);
@@ -113,17 +112,14 @@ void InstallPreviewCommands(MainWindow& window) {
   const struct {
     const char* name;
     void (PreviewController::*run)();
-    const char* keys;
   } commands[] = {
-      {"mnuInvoke", &PreviewController::cmd_Invoke, "Ctrl+Shift+I"},
-      {"mnuPluginAbout", &PreviewController::cmd_About, "Ctrl+Shift+A"},
-      {"mnuBrowser", &PreviewController::mnuBrowser_Click, "Ctrl+Shift+B"},
-      {"mnuBatchProcessing", &PreviewController::mnuBatchProcessing_Click, "Ctrl+Shift+T"},
+      {"mnuInvoke", &PreviewController::cmd_Invoke},
+      {"mnuPluginAbout", &PreviewController::cmd_About},
+      {"mnuBrowser", &PreviewController::mnuBrowser_Click},
+      {"mnuBatchProcessing", &PreviewController::mnuBatchProcessing_Click},
   };
   for (const auto& c : commands) {
     QAction* action = window.command(c.name);
-    if (!action) continue;
-    if (action->shortcut().isEmpty()) action->setShortcut(QKeySequence(c.keys));
     QObject::connect(action, &QAction::triggered, preview, c.run);
     window.SetCommandAvailable(c.name, true);
   }

@@ -155,9 +155,12 @@ void MainWindow::BuildCentral() {
   content_->setGeometry(host_->rect());
 }
 
-QAction* MainWindow::AddCommand(QMenu* menu, const char* objectName, const QString& caption, bool available) {
+QAction* MainWindow::AddCommand(QMenu* menu, const char* objectName, const QString& caption, bool available,
+                                QList<QKeySequence> keys) {
   QAction* action = menu->addAction(caption);
   action->setObjectName(objectName);
+  action->setShortcuts(keys);
+  action->setShortcutContext(Qt::WindowShortcut);
   action->setEnabled(available);
   commands_.insert(objectName, action);
   built_.insert(objectName, available);
@@ -198,28 +201,28 @@ void MainWindow::BuildMenus() {
   QMenu* commands = bar->addMenu("Co&mmands");
   commands->setObjectName("mnuCommands");
   commandsMenu_ = commands;
-  AddCommand(commands, "mnuBrowser", "&Browse Plugins", false);
-  AddCommand(commands, "mnuBatchProcessing", "Ba&tch Processing", false);
+  AddCommand(commands, "mnuBrowser", "&Browse Plugins", false, {QKeySequence("Ctrl+Shift+B")});
+  AddCommand(commands, "mnuBatchProcessing", "Ba&tch Processing", false, {QKeySequence("Ctrl+Shift+T")});
   AddCommand(commands, "mnuCreateLibrary", "Create FF&L", false);
   commands->addSeparator();
-  AddCommand(commands, "mnuEnable", "En/&Disable", false);
+  AddCommand(commands, "mnuEnable", "En/&Disable", false, {Qt::CTRL | Qt::Key_D});
   AddCommand(commands, "mnuChangeCat", "C&hange Category", false);
   AddCommand(commands, "mnuPlugInfo", "Plugin &Information", false);
-  AddCommand(commands, "mnuPluginAbout", "Plugin &About", false);
-  AddCommand(commands, "mnuInvoke", "In&voke Plugin", false);
+  AddCommand(commands, "mnuPluginAbout", "Plugin &About", false, {QKeySequence("Ctrl+Shift+A")});
+  AddCommand(commands, "mnuInvoke", "In&voke Plugin", false, {QKeySequence("Ctrl+Shift+I")});
   commands->addSeparator();
-  AddCommand(commands, "mnuFilecopy", "&Copy", false);
-  AddCommand(commands, "mnuMove", "&Move", false);
-  AddCommand(commands, "mnuRename", "&Rename", false);
-  AddCommand(commands, "mnuDelete", "De&lete", false);
-  AddCommand(commands, "mnuKill2", "&Kill", false);
-  AddCommand(commands, "mnuFileInformation", "Properties", false);
+  AddCommand(commands, "mnuFilecopy", "&Copy", false, {Qt::Key_F5});
+  AddCommand(commands, "mnuMove", "&Move", false, {Qt::Key_F6});
+  AddCommand(commands, "mnuRename", "&Rename", false, {Qt::SHIFT | Qt::Key_F6});
+  AddCommand(commands, "mnuDelete", "De&lete", false, {Qt::Key_F8, Qt::Key_Delete});
+  AddCommand(commands, "mnuKill2", "&Kill", false, {Qt::SHIFT | Qt::Key_Delete});
+  AddCommand(commands, "mnuFileInformation", "Properties", false, {Qt::Key_F3});
   commands->addSeparator();
-  AddCommand(commands, "mnuMakeDir", "Create &Folder", false);
+  AddCommand(commands, "mnuMakeDir", "Create &Folder", false, {Qt::Key_F7});
   AddCommand(commands, "mnuRenameFolder", "Rename Folder", false);
   AddCommand(commands, "mnuSearch", "Find...", false);
-  AddCommand(commands, "mnuSelectAll", "Select &All", false);
-  AddCommand(commands, "mnuToggleselect", "&Toggle Selection", false);
+  AddCommand(commands, "mnuSelectAll", "Select &All", false, {Qt::CTRL | Qt::Key_A});
+  AddCommand(commands, "mnuToggleselect", "&Toggle Selection", false, {Qt::CTRL | Qt::Key_T});
   commands->addSeparator();
   AddCommand(commands, "mnuUnzipit", "Unzip", false);
   AddCommand(commands, "mnuUnzipInstall", "Unzip and Run", false);
@@ -262,7 +265,7 @@ void MainWindow::BuildMenus() {
   refresh->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_R));
   connect(refresh, &QAction::triggered, this, &MainWindow::mnuRefresh_Click);
   view->addSeparator();
-  AddCommand(view, "mnuPluginPreview", "Plugin &Preview", false);
+  AddCommand(view, "mnuPluginPreview", "Plugin &Preview", false, {QKeySequence("Ctrl+Shift+P")});
   AddCommand(view, "mnuFilterDownload", "Filter &Download...", false);
 
   folderMenu_ = bar->addMenu("F&olders");

@@ -6,6 +6,8 @@
 #pragma once
 
 #include <QHash>
+#include <QKeySequence>
+#include <QList>
 #include <QMainWindow>
 #include <QPointer>
 #include <QTimer>
@@ -211,7 +213,9 @@ class MainWindow : public QMainWindow {
   void BuildMenus();
   void BuildCentral();
   void InstallCommandGroups();  // every command group, once (CommandGroups.cpp)
-  QAction* AddCommand(QMenu* menu, const char* objectName, const QString& caption, bool available);
+  // One entry of the command table: its menu, name, caption and keys.
+  QAction* AddCommand(QMenu* menu, const char* objectName, const QString& caption, bool available,
+                      QList<QKeySequence> keys = {});
   void SplashStatus(const QString& text);
   void UnloadSplash();
   void ConnectPane(FilePane* pane);
