@@ -29,7 +29,7 @@ echo "== trel $demo"
 if [[ -n "${DISPLAY:-}" ]]; then
   TREL_START_VIEW=plugin "$dir/src/app/trel" "$demo"
 else
-  TREL_START_VIEW=plugin TREL_AUTO_ACCEPT=1 TREL_QUIT_AFTER_MS=5000 TREL_SCREENSHOT="$PWD/build/trel-demo.png" \
-    xvfb-run -a "$dir/src/app/trel" "$demo"
+  TREL_START_VIEW=plugin TREL_QUIT_AFTER_MS=5000 TREL_SCREENSHOT="$PWD/build/trel-demo.png" \
+    xvfb-run -a "$dir/tests/support/trel_unattended" "$demo"
   echo "Screenshot of the window: build/trel-demo.png"
 fi

@@ -1,7 +1,7 @@
 // The copy command against `cp -r` of the same data in the same run: 10,000
 // small files and one large file (2 GB by default; TREL_BENCH_BIG_MB sets
 // it), with the longest stall of the window's event loop during the copy.
-//   QT_QPA_PLATFORM=offscreen TREL_AUTO_ACCEPT=1 shell_copy_bench
+//   QT_QPA_PLATFORM=offscreen shell_copy_bench
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <sys/resource.h>
@@ -22,6 +22,7 @@
 #include "shell/commander/FileCommander.h"
 #include "shell/pane/FilePane.h"
 #include "shell/window/MainWindow.h"
+#include "support/UnattendedDialogs.h"
 
 namespace {
 
@@ -76,7 +77,7 @@ double CommanderCopy(const std::string& source, double* longestStallMs, double* 
   made.push_back(target);
   trel::SettingsStore store(home + "Trel10.ini");
   trel::MainWindow window(store, home);
-  window.prefs().passivePaneFolder = 1;
+  window.settings().Change([](trel::Preferences& p) { p.passivePaneFolder = 1; });
   window.pane(0)->ChangeFolder(source);
   window.pane(1)->ChangeFolder(target);
   window.Switchit(0);
@@ -174,6 +175,7 @@ BENCHMARK(BM_CopyOneLargeFile)->Iterations(1)->UseManualTime()->Unit(benchmark::
 
 int main(int argc, char** argv) {
   QApplication app(argc, argv);
+  trel::UseDialogs(std::make_unique<trel::test::UnattendedDialogs>());
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();

@@ -17,6 +17,7 @@
 #include "shell/window/MainWindow.h"
 #include "shell/pluginview/PluginViewController.h"
 #include "support/PeBuilder.h"
+#include "support/UnattendedDialogs.h"
 
 namespace {
 
@@ -100,8 +101,8 @@ BENCHMARK(BM_PluginViewEntry)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->It
 
 int main(int argc, char** argv) {
   if (!std::getenv("QT_QPA_PLATFORM")) ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
-  ::setenv("TREL_AUTO_ACCEPT", "1", 1);
   QApplication app(argc, argv);
+  trel::UseDialogs(std::make_unique<trel::test::UnattendedDialogs>());
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();

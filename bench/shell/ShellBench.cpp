@@ -15,6 +15,7 @@
 #include "shell/pane/FileListModel.h"
 #include "shell/pane/FilePane.h"
 #include "shell/window/MainWindow.h"
+#include "support/UnattendedDialogs.h"
 
 namespace {
 
@@ -90,8 +91,9 @@ BENCHMARK(BM_StartUpEmptyStore)->Unit(benchmark::kMillisecond)->Iterations(10);
 
 int main(int argc, char** argv) {
   if (!std::getenv("QT_QPA_PLATFORM")) ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
-  ::setenv("TREL_AUTO_ACCEPT", "1", 1);  // the welcome and the tip close themselves
   QApplication app(argc, argv);
+  // The welcome and the tip close themselves.
+  trel::UseDialogs(std::make_unique<trel::test::UnattendedDialogs>());
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();

@@ -1,8 +1,7 @@
-// The option values that the preferences dialog holds for the whole run, and
-// how they are read from the settings tree (Load, also Cancel) and written back
-// (OK). The dialog binds its controls to these fields; the rest of the program
-// reads them. Fields keep their design value until a non-empty setting says
-// otherwise.
+// The option values of the run as a plain object, and how they are read from
+// the settings tree (Load, also Cancel) and written back (OK). The window keeps
+// them in a SettingsState; the preferences dialog edits a copy. Fields keep
+// their design value until a non-empty setting says otherwise.
 #pragma once
 
 #include <array>
@@ -20,6 +19,8 @@ struct FontChoice {
   bool bold = false;
   bool italic = false;
   bool set = false;  // applied at Load: a name and a size of at least 1
+
+  bool operator==(const FontChoice&) const = default;
 };
 
 // Check box values are 0, 1 or 2 (grey).

@@ -58,7 +58,7 @@ TEST_F(EditorRoute, SourceFileAndRecordBothReachTheEditor) {
 }
 
 TEST_F(EditorRoute, SkinListAtOffAppliesStraightToThePicture) {
-  window->prefs().interfaceFile = "OFF";
+  window->settings().Change([](Preferences& p) { p.interfaceFile = "OFF"; });
   window->LoadintoFFEditor(QString(TREL_SHIPPED_DATA_DIR) + "/samples/WarmTone.afs");
   EXPECT_EQ(window->FFEditor(false), nullptr);
 }

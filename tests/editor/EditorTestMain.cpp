@@ -5,11 +5,13 @@
 #include <QApplication>
 #include <cstdlib>
 
+#include "support/UnattendedDialogs.h"
+
 int main(int argc, char** argv) {
   if (!std::getenv("QT_QPA_PLATFORM") && !std::getenv("TREL_EDITOR_XVFB"))
     ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
-  ::setenv("TREL_AUTO_ACCEPT", "1", 1);
   QApplication app(argc, argv);
+  trel::UseDialogs(std::make_unique<trel::test::UnattendedDialogs>());
   ::testing::InitGoogleTest(&argc, argv);
   return RUN_ALL_TESTS();
 }

@@ -277,7 +277,7 @@ TEST_F(FileCommandsTest, CopyToAFolderPickedInTheDialogMovesThePassivePaneThereA
 
 TEST_F(FileCommandsTest, MoveDeleteKillAndTheirRefreshes) {
   Select({"a.8bf", "b.txt"});
-  window->prefs().passivePaneFolder = 1;  // no Select Folder dialog
+  window->settings().Change([](Preferences& p) { p.passivePaneFolder = 1; });  // no Select Folder dialog
   commander->cmd_MoveFiles();
   EXPECT_FALSE(left.Exists("a.8bf"));
   EXPECT_EQ(right.Read("a.8bf"), "left a.8bf");
@@ -419,7 +419,7 @@ TEST_F(FileCommandsTest, FoldersWhoseNamesDifferInCaseAreTwoFolders) {
   left.Write("x/Plugins/a.8bf", "upper");
   Open(0, left.file("x/Plugins"));
   Open(1, left.file("x/plugins"));
-  window->prefs().passivePaneFolder = 1;
+  window->settings().Change([](Preferences& p) { p.passivePaneFolder = 1; });
   Select({"a.8bf"});
   commander->cmd_CopyFiles();
   EXPECT_TRUE(recorder.said.empty()) << Said();
@@ -602,7 +602,7 @@ TEST_F(FileCommandsTest, DropsMoveBetweenPanesOntoFoldersAndFromOtherPrograms) {
 TEST_F(FileCommandsTest, CommanderKeysReachTheCommands) {
   window->show();
   window->activateWindow();
-  window->prefs().passivePaneFolder = 1;
+  window->settings().Change([](Preferences& p) { p.passivePaneFolder = 1; });
   FilePane* p = window->pane(0);
   p->FocusList();
   Select({"b.txt"});

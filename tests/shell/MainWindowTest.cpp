@@ -15,6 +15,12 @@
 #include <memory>
 
 #include "settings/SettingsStore.h"
+#include "shell/commander/FileCommander.h"
+#include "shell/commander/ZipCommander.h"
+#include "shell/fflview/FflViewController.h"
+#include "shell/pluginview/PluginViewController.h"
+#include "shell/preview/PreviewController.h"
+#include "shell/window/PreferencesCommands.h"
 #include "shell/pane/FileListModel.h"
 #include "shell/pane/FileListView.h"
 #include "support/OrdinaryUser.h"
@@ -214,7 +220,8 @@ TEST_F(MainWindowTest, DoubleClicksRouteByNameAndDefinedPluginTypes) {
   Started run(home, files.path());
   MainWindow& w = *run.window;
   w.SetTxtSourceTest([](const QString& path) { return path.endsWith("filter.txt"); });
-  w.prefs().autoAdd = {1, 0, 1};  // visited folders and executables join their lists
+  // Visited folders and executables join their lists.
+  w.settings().Change([](Preferences& p) { p.autoAdd = {1, 0, 1}; });
   FilePane* p = w.pane(0);
   p->Combo1_Click(3);
   EXPECT_NE(p->model()->FindText("rose.tub"), -1);
@@ -378,6 +385,33 @@ TEST_F(MainWindowTest, RefreshAndSynchroniseKeepTheSelectionOnTheSameFiles) {
   files.Write("0first.8bf", "x");
   p->Refresh(true);
   EXPECT_EQ(p->File1Current(), "e.8bf");
+}
+
+}  // namespace
+}  // namespace trel
+
+namespace trel {
+namespace {
+
+// Commands come from the one table and controllers are reached by type: every
+// command group's controller is registered once, the Convert dialog's opener
+// is in the table, and a name the table lacks stops the program at once
+// instead of leaving a menu entry silently dead.
+TEST(CommandTableTest, ControllersAreRegisteredAndAnUnknownNameStopsTheProgram) {
+  test::TempDir home;
+  SettingsStore store(home.file("Trel10.ini"));
+  MainWindow window(store, home.path());
+  EXPECT_EQ(FileCommander::Of(window), window.findChild<FileCommander*>());
+  EXPECT_EQ(ZipCommander::Of(window), window.findChild<ZipCommander*>());
+  EXPECT_EQ(PreviewController::Of(window), window.findChild<PreviewController*>());
+  EXPECT_EQ(FindPreferencesController(window), window.findChild<PreferencesController*>());
+  EXPECT_EQ(FflController::Of(window), window.findChild<FflController*>());
+  EXPECT_EQ(PluginViewController::Of(window), window.findChild<PluginViewController*>());
+  EXPECT_NE(FileCommander::Of(window), nullptr);
+  EXPECT_EQ(window.command("cmdConvertDialog")->text(), "Convert...");
+  EXPECT_EQ(window.previewToggle()->objectName(), "tbPreview");
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_DEATH(window.command("mnuNoSuchCommand"), "no command named mnuNoSuchCommand");
 }
 
 }  // namespace

@@ -167,7 +167,7 @@ TEST_F(PluginViewTest, OptionsBringSourcesAndSubfoldersAndShiftKeepsFilterFactor
   files.Write("empty.8bf", "");
   Start();
   controller->SetIncludeSources(true);
-  window->prefs().scanSubDirs = 1;
+  window->settings().Change([](Preferences& p) { p.scanSubDirs = 1; });
   EnterPluginView();
   EXPECT_EQ(page->CategoryRows(), (Strings{"[Unknown]", "Blur", "Deep", "FF Cat", "Lights", "Noise", "Warp"}));
   page->SelectCategories({"Lights"});

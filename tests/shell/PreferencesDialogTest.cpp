@@ -159,6 +159,35 @@ TEST_F(PreferencesDialogTest, EveryOptionIsCommittedOnOkAndDiscardedOnCancel) {
   EXPECT_EQ(Find<QCheckBox>("Check1")->isChecked(), committed == 1);
 }
 
+// OK hands the whole copy back: what no control shows survives the round, and
+// the window takes it in one change of its settings.
+TEST_F(PreferencesDialogTest, OkHandsBackTheEditedCopyAndTheWindowFollowsItsSettings) {
+  Start();
+  window->settings().Change([](Preferences& p) {
+    p.previewPicture = "/pics/a.png";
+    p.encrypt[2] = 1;
+  });
+  controller->SyncToDialog();
+  std::vector<PreferenceSet> handed;
+  QObject::connect(form, &Form2::committed, [&](const PreferenceSet& set) { handed.push_back(set); });
+  int changes = 0;
+  QObject::connect(&window->settings(), &SettingsState::changed, [&] { ++changes; });
+  Find<QCheckBox>("Check1")->setChecked(true);
+  EXPECT_EQ(window->prefs().scanSubDirs, 0);  // the controls alone change nothing
+  form->Command1_Click();
+  ASSERT_EQ(handed.size(), 1u);
+  EXPECT_EQ(handed[0].prefs.scanSubDirs, 1);
+  EXPECT_EQ(handed[0].prefs.previewPicture, "/pics/a.png");
+  EXPECT_EQ(window->prefs().scanSubDirs, 1);
+  EXPECT_EQ(window->prefs().previewPicture, "/pics/a.png");
+  EXPECT_EQ(window->prefs().encrypt[2], 1);
+  EXPECT_EQ(changes, 1);
+  // A change made while the program runs reaches the menu through the signal alone.
+  window->show();
+  window->settings().Change([](Preferences& p) { p.apps.push_back("/usr/bin/gimp"); });
+  EXPECT_EQ(MenuTexts("mnuApps_"), QStringList{"/usr/bin/gimp"});
+}
+
 TEST_F(PreferencesDialogTest, EditorPluginAndDemoPluginExcludeEachOther) {
   Start();
   auto* editor = Find<QCheckBox>("Check5");
@@ -176,11 +205,11 @@ TEST_F(PreferencesDialogTest, EditorPluginAndDemoPluginExcludeEachOther) {
 
 TEST_F(PreferencesDialogTest, TheThreeListsEditTheirMenus) {
   Start();
-  ASSERT_TRUE(form->AddEntry(Form2::kAppList, "/usr/bin/gimp"));
-  ASSERT_TRUE(form->AddEntry(Form2::kAppList, "/usr/bin/krita"));
-  EXPECT_FALSE(form->AddEntry(Form2::kAppList, "/usr/bin/gimp"));  // already listed
-  ASSERT_TRUE(form->AddEntry(Form2::kImageList, home.path() + "a.png"));
-  ASSERT_TRUE(form->AddEntry(Form2::kFolderList, "/opt/plugins/"));
+  ASSERT_TRUE(form->listPage(Form2::kAppList).AddEntry("/usr/bin/gimp"));
+  ASSERT_TRUE(form->listPage(Form2::kAppList).AddEntry("/usr/bin/krita"));
+  EXPECT_FALSE(form->listPage(Form2::kAppList).AddEntry("/usr/bin/gimp"));  // already listed
+  ASSERT_TRUE(form->listPage(Form2::kImageList).AddEntry(home.path() + "a.png"));
+  ASSERT_TRUE(form->listPage(Form2::kFolderList).AddEntry("/opt/plugins/"));
   EXPECT_EQ(MenuTexts("mnuApps_"), (QStringList{"/usr/bin/gimp", "/usr/bin/krita"}));
   EXPECT_EQ(MenuTexts("mnuPictures_"), QStringList{QString::fromStdString(home.path() + "a.png")});
   EXPECT_EQ(MenuTexts("mnuDirectorys_"), QStringList{"/opt/plugins/"});
@@ -189,14 +218,14 @@ TEST_F(PreferencesDialogTest, TheThreeListsEditTheirMenus) {
 
   // Move down, "Add %1", remove: the menu follows each step.
   form->list(Form2::kAppList)->setCurrentRow(0);
-  form->MoveEntry(Form2::kAppList, +1);
+  form->listPage(Form2::kAppList).Move(+1);
   EXPECT_EQ(MenuTexts("mnuApps_"), (QStringList{"/usr/bin/krita", "/usr/bin/gimp"}));
   form->list(Form2::kAppList)->item(1)->setSelected(true);
-  form->Command11_Click();
+  form->listPage(Form2::kAppList).AddFileArgument();
   EXPECT_EQ(MenuTexts("mnuApps_"), (QStringList{"/usr/bin/krita", "/usr/bin/gimp %1"}));
   form->list(Form2::kAppList)->clearSelection();
   form->list(Form2::kAppList)->item(0)->setSelected(true);
-  form->Command6_Click(Form2::kAppList);
+  form->listPage(Form2::kAppList).RemoveSelected();
   EXPECT_EQ(MenuTexts("mnuApps_"), QStringList{"/usr/bin/gimp %1"});
 
   // Choosing a picture makes it the preview picture.
@@ -209,7 +238,7 @@ TEST_F(PreferencesDialogTest, TheThreeListsEditTheirMenus) {
   EXPECT_EQ(Ini("App1"), "");
   EXPECT_EQ(home.Read("FolderList.log"), "/opt/plugins/\r\n");
   controller->SyncToDialog();
-  form->AddEntry(Form2::kAppList, "/usr/bin/inkscape");
+  form->listPage(Form2::kAppList).AddEntry("/usr/bin/inkscape");
   form->Command8_Click();
   EXPECT_EQ(MenuTexts("mnuApps_"), QStringList{"/usr/bin/gimp %1"});
   EXPECT_EQ(window->prefs().apps, std::vector<std::string>{"/usr/bin/gimp %1"});
@@ -218,38 +247,38 @@ TEST_F(PreferencesDialogTest, TheThreeListsEditTheirMenus) {
 TEST_F(PreferencesDialogTest, TheFolderLimitAndAltArrowsApplyToTheFirstThreeListsOnly) {
   Start();
   Find<QLineEdit>("Text1")->setText("2");
-  EXPECT_TRUE(form->AddEntry(Form2::kFolderList, "/a/"));
-  EXPECT_TRUE(form->AddEntry(Form2::kFolderList, "/b/"));
-  EXPECT_FALSE(form->AddEntry(Form2::kFolderList, "/c/"));
+  EXPECT_TRUE(form->listPage(Form2::kFolderList).AddEntry("/a/"));
+  EXPECT_TRUE(form->listPage(Form2::kFolderList).AddEntry("/b/"));
+  EXPECT_FALSE(form->listPage(Form2::kFolderList).AddEntry("/c/"));
   QListWidget* folders = form->list(Form2::kFolderList);
   folders->setCurrentRow(1);
   QKeyEvent up(QEvent::KeyPress, Qt::Key_Up, Qt::AltModifier);
   QCoreApplication::sendEvent(folders, &up);
-  EXPECT_EQ(form->ListItems(Form2::kFolderList), (std::vector<std::string>{"/b/", "/a/"}));
+  EXPECT_EQ(form->listPage(Form2::kFolderList).Items(), (std::vector<std::string>{"/b/", "/a/"}));
   QListWidget* types = form->list(Form2::kTypeList);
   types->setCurrentRow(1);
-  const PluginTypeList before = form->PluginTypeRows();
+  const PluginTypeList before = form->pluginTypes().Rows();
   QCoreApplication::sendEvent(types, &up);
-  EXPECT_EQ(form->PluginTypeRows(), before);
+  EXPECT_EQ(form->pluginTypes().Rows(), before);
 }
 
 TEST_F(PreferencesDialogTest, ThePluginTypeTableOperationsReachTheScanner) {
   Start();
-  form->Command16_Click();
-  ASSERT_EQ(form->PluginTypeRows().size(), DefaultPluginTypeRows().size());
+  form->pluginTypes().Reset();
+  ASSERT_EQ(form->pluginTypes().Rows().size(), DefaultPluginTypeRows().size());
   // Remove a row, Reset brings it back at the end with its mark as Reset leaves it.
   form->list(Form2::kTypeList)->setCurrentRow(0);
-  form->Command6_Click(Form2::kTypeList);
-  EXPECT_EQ(form->PluginTypeRows().size(), 40u);
-  form->Command16_Click();
-  EXPECT_EQ(form->PluginTypeRows().back().text, "Acrobat Plugin (api|2)");
+  form->pluginTypes().Remove();
+  EXPECT_EQ(form->pluginTypes().Rows().size(), 40u);
+  form->pluginTypes().Reset();
+  EXPECT_EQ(form->pluginTypes().Rows().back().text, "Acrobat Plugin (api|2)");
   // Toggle: all get the opposite of the first row's mark.
-  const bool first = form->PluginTypeRows().front().checked;
-  form->Command17_Click();
-  for (const PluginTypeRow& row : form->PluginTypeRows()) EXPECT_EQ(row.checked, !first);
-  if (form->PluginTypeRows().front().checked) form->Command17_Click();  // all off
+  const bool first = form->pluginTypes().Rows().front().checked;
+  form->pluginTypes().Toggle();
+  for (const PluginTypeRow& row : form->pluginTypes().Rows()) EXPECT_EQ(row.checked, !first);
+  if (form->pluginTypes().Rows().front().checked) form->pluginTypes().Toggle();  // all off
   // Add and Edit through the dialog's answers.
-  form->askPluginType = [](bool edit, std::string& name, std::string& ext, std::string& digit) {
+  form->pluginTypes().askPluginType = [](bool edit, std::string& name, std::string& ext, std::string& digit) {
     if (edit) {
       EXPECT_EQ(name, "Foo");
       EXPECT_EQ(ext, "p");
@@ -262,20 +291,20 @@ TEST_F(PreferencesDialogTest, ThePluginTypeTableOperationsReachTheScanner) {
     digit = "3";
     return true;
   };
-  form->Command3_Click(Form2::kTypeList);
-  EXPECT_EQ(form->PluginTypeRows().back(), (PluginTypeRow{"Foo (p|3)", true}));
+  form->pluginTypes().Add();
+  EXPECT_EQ(form->pluginTypes().Rows().back(), (PluginTypeRow{"Foo (p|3)", true}));
   form->Command1_Click();
   EXPECT_EQ(window->pluginTypes().PluginTypePattern, ";*.p;*_p");
-  form->Command15_Click();
-  EXPECT_EQ(form->PluginTypeRows().back(), (PluginTypeRow{"Foo Two (fo2|3)", true}));
+  form->pluginTypes().Edit();
+  EXPECT_EQ(form->pluginTypes().Rows().back(), (PluginTypeRow{"Foo Two (fo2|3)", true}));
   form->Command1_Click();
   EXPECT_EQ(window->pluginTypes().PluginTypePattern, ";*?fo2");
   EXPECT_NE(home.Read("PlugTypes.ini").find("Foo Two (fo2|3)\r\nTrue\r\n"), std::string::npos);
   // A cancelled dialog adds nothing.
-  form->askPluginType = [](bool, std::string&, std::string&, std::string&) { return false; };
-  const size_t rows = form->PluginTypeRows().size();
-  form->Command3_Click(Form2::kTypeList);
-  EXPECT_EQ(form->PluginTypeRows().size(), rows);
+  form->pluginTypes().askPluginType = [](bool, std::string&, std::string&, std::string&) { return false; };
+  const size_t rows = form->pluginTypes().Rows().size();
+  form->pluginTypes().Add();
+  EXPECT_EQ(form->pluginTypes().Rows().size(), rows);
 }
 
 TEST_F(PreferencesDialogTest, TheSkinListComesFromTheInterfaceFolderEvenWithBrokenSkins) {
@@ -293,10 +322,10 @@ TEST_F(PreferencesDialogTest, TheSkinListComesFromTheInterfaceFolderEvenWithBrok
   EXPECT_EQ(entries.size(), 4);
   EXPECT_TRUE(box->currentText().endsWith("Interfc4.des"));  // the stored default
   // Choosing applies only while the dialog shows; entry 0 is the original editor.
-  form->Combo1_Click(0);
+  form->skins().Choose(0);
   EXPECT_EQ(form->Values().interfaceFile, "Interfc4.des");
   form->show();
-  form->Combo1_Click(0);
+  form->skins().Choose(0);
   EXPECT_EQ(form->Values().interfaceFile, "OFF");
   form->Command1_Click();
   EXPECT_EQ(Ini("Interface"), "OFF");
@@ -373,8 +402,8 @@ TEST_F(PreferencesDialogTest, ListOptionsAndFontsChangeThePanes) {
   details->setColumnWidth(0, 30);
   form->Command1_Click();
   EXPECT_EQ(details->columnWidth(0), 30);
-  form->SetFont("DejaVu Sans Mono", 13, true, false, 0);
-  form->SetFont("DejaVu Serif", 11, false, true, 1);
+  form->general().SetFont({"DejaVu Sans Mono", 13, true, false, true}, 0);
+  form->general().SetFont({"DejaVu Serif", 11, false, true, true}, 1);
   form->Command1_Click();
   EXPECT_EQ(details->font().family(), "DejaVu Sans Mono");
   EXPECT_TRUE(details->font().bold());
@@ -443,10 +472,10 @@ TEST(PreferencesDialogAloneTest, CacheSkinsAndAssociationsAskAndReport) {
   std::filesystem::create_directory(prog.file("cache"));
   prog.Write("cache/a.jpg", "jpg");
   shell.nextAnswer = MsgResult::No;
-  form.Command5_Click();
+  form.general().ClearCache();
   EXPECT_TRUE(prog.Exists("cache/a.jpg"));
   shell.nextAnswer = MsgResult::Yes;
-  form.Command5_Click();
+  form.general().ClearCache();
   EXPECT_FALSE(prog.Exists("cache/a.jpg"));
   EXPECT_TRUE(std::filesystem::is_directory(prog.file("cache")));
   ASSERT_EQ(shell.boxes.size(), 2u);
@@ -458,8 +487,8 @@ TEST(PreferencesDialogAloneTest, CacheSkinsAndAssociationsAskAndReport) {
 
   const QByteArray oldConfig = qgetenv("XDG_CONFIG_HOME");
   qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(config.path()));
-  form.dataHome = QString::fromStdString(data.path());
-  form.Command13_Click();
+  form.general().dataHome = QString::fromStdString(data.path());
+  form.general().SetAssociations();
   oldConfig.isEmpty() ? qunsetenv("XDG_CONFIG_HOME") : qputenv("XDG_CONFIG_HOME", oldConfig);
   EXPECT_EQ(shell.boxes.back().text.rfind("The associations were set.", 0), 0u);
   EXPECT_TRUE(data.Exists("applications/trel.desktop"));

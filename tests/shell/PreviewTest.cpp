@@ -96,7 +96,7 @@ TEST_F(PreviewTest, ToolbarButtonAndMenuEntrySwitchTogether) {
 
 TEST_F(PreviewTest, AListChangeStartsTheTimerAndABurstRunsOnePreview) {
   selected = Plugin("255 - c", "invert");
-  window->prefs().previewCache = 0;
+  window->settings().Change([](Preferences& p) { p.previewCache = 0; });
   preview->SelectionChanged();
   EXPECT_FALSE(preview->Timer1().isActive());  // the preview is off: nothing waits
   window->findChild<QAction*>("tbPreview")->trigger();
@@ -169,7 +169,7 @@ TEST_F(PreviewTest, APreviewShowsTheFilteredThumbnailAndIsCachedUntilUpdated) {
 }
 
 TEST_F(PreviewTest, AnEscBelongsToTheRunItWasPressedForNotToTheNextPreviews) {
-  window->prefs().previewCache = 0;  // every preview is a run
+  window->settings().Change([](Preferences& p) { p.previewCache = 0; });  // every preview is a run
   const std::string invert = Plugin("255 - c", "invert"), half = Plugin("c / 2", "half");
   // Esc in the main window, with nothing running, and between two previews.
   window->show();
@@ -264,7 +264,7 @@ TEST_F(PreviewTest, APictureOpensInThePictureEditor) {
   EXPECT_TRUE(pic->isVisible());
   EXPECT_EQ(pic->Picture().size(), QSize(64, 48));
   EXPECT_TRUE(window->prefs().pics.empty());  // "Auto Add" is off
-  window->prefs().autoAdd[1] = 1;
+  window->settings().Change([](Preferences& p) { p.autoAdd[1] = 1; });
   window->LoadintoPicView(QString::fromStdString(path));
   window->LoadintoPicView(QString::fromStdString(path));
   EXPECT_EQ(window->prefs().pics, std::vector<std::string>{path});
@@ -346,7 +346,7 @@ TEST_F(PreviewTest, WindowsPluginsPreviewAfterAnEarlierEscAndFailuresNameTheCaus
   const std::string crash = std::string(TREL_PLUGHOST_TEST_DIR) + "/crash64.8bf";
   if (!fs::exists(crash)) GTEST_SKIP() << "the test plugins were not built (no mingw-w64)";
   if (FindWine(false).empty()) GTEST_SKIP() << "wine64 is not installed";
-  window->prefs().previewCache = 0;
+  window->settings().Change([](Preferences& p) { p.previewCache = 0; });
   preview->PreparePreviewPic();
   window->EscapeFlag() = true;
   ASSERT_TRUE(preview->PreviewPlugin(invert));

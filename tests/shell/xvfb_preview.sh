@@ -38,7 +38,7 @@ open(sys.argv[2], 'wb').write(hdr + pix)
 PY
 printf '[Settings]\nPreviewPic=%s\n' "$picture" > "$home/Trel10.ini"
 
-TREL_HOME="$home" TREL_AUTO_ACCEPT=1 TREL_QUIT_AFTER_MS=2500 TREL_SCREENSHOT="$out/trel-preview-main.png" \
+TREL_HOME="$home" TREL_QUIT_AFTER_MS=2500 TREL_SCREENSHOT="$out/trel-preview-main.png" \
   TREL_PREVIEW_PLUGIN="$plugin" TREL_PREVIEW_SHOT="$out/preview.bmp" \
   xvfb-run -a -s "-screen 0 1280x1024x24" "$trel" >"$work/stdout.txt" 2>"$work/stderr.txt" || fail "trel failed"
 [[ -s "$out/preview.bmp" ]] || fail "the preview showed nothing"

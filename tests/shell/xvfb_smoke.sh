@@ -16,7 +16,7 @@ printf 'x' > "$here/one.8bf"
 cd "$here"
 
 run() {
-  TREL_HOME="$home" TREL_AUTO_ACCEPT=1 TREL_QUIT_AFTER_MS=1200 TREL_SCREENSHOT="$1" \
+  TREL_HOME="$home" TREL_QUIT_AFTER_MS=1200 TREL_SCREENSHOT="$1" \
     xvfb-run -a -s "-screen 0 1280x1024x24" "$trel" 2>"$work/stderr.txt"
 }
 fail() { echo "FAIL: $*"; cat "$work/stderr.txt" 2>/dev/null; exit 1; }

@@ -19,7 +19,7 @@
 #include "shell/pane/FilePane.h"
 #include "shell/window/MainWindow.h"
 #include "shell/pane/Selection.h"
-#include "shell/dialogs/TestHooks.h"
+#include "shell/dialogs/Dialogs.h"
 
 namespace trel {
 
@@ -41,10 +41,8 @@ class WindowHooks : public ShellHooks {
   bool ErrorMessage2(const std::string& description) override { return messages_.ErrorMessage2(description); }
   void RefreshActivePane() override { window_.RefreshFile1(window_.ActivePane()); }
   void StatusDisplay(const std::string& text) override {
-    if (auto* label = window_.findChild<QLabel*>("Label3")) {
-      label->setText(QString::fromStdString(text));
-      label->repaint();
-    }
+    window_.label3()->setText(QString::fromStdString(text));
+    window_.label3()->repaint();
   }
   bool EscapePressed() override {
     QApplication::processEvents();
@@ -194,13 +192,8 @@ void InstallConvertCommands(MainWindow& window) {
   auto* open = new QAction("Convert...", &window);
   open->setObjectName("cmdConvertDialog");
   window.addAction(open);
-  QObject::connect(open, &QAction::triggered, &window, [dialog] {
-    if (AutoAcceptDialogs()) {
-      ReportAutoAccepted("Convert");
-      return;
-    }
-    dialog->open();
-  });
+  window.AddToCommands(open);
+  QObject::connect(open, &QAction::triggered, &window, [dialog] { TheDialogs().Open(*dialog); });
   window.SetCommandAvailable("cmdConvert", true);
 }
 

@@ -165,13 +165,14 @@ class FileCommander::Worker {
 
 FileCommander::FileCommander(MainWindow& window) : QObject(&window), window_(window) {
   setObjectName("FileCommander");
+  window.parts().commander = this;
   dialogs_ = MakeFileDialogs(&window);
   qApp->installEventFilter(this);
 }
 
 FileCommander::~FileCommander() = default;
 
-FileCommander* FileCommander::Of(MainWindow& window) { return window.findChild<FileCommander*>("FileCommander"); }
+FileCommander* FileCommander::Of(MainWindow& window) { return window.parts().commander; }
 
 void FileCommander::SetDialogs(std::unique_ptr<FileDialogs> dialogs) { dialogs_ = std::move(dialogs); }
 
@@ -751,7 +752,7 @@ void FileCommander::Command1_Click(int index) {
         messages().MsgBox("Please select one or more files.", MsgButtons::Ok, MsgIcon::Exclamation, "Attention");
         return;
       }
-      if (auto* convert = window_.findChild<QAction*>("cmdConvertDialog")) convert->trigger();
+      if (auto* convert = window_.command("cmdConvertDialog")) convert->trigger();
       return;
     }
     case 3: cmd_EnableDisable(); return;
@@ -774,7 +775,7 @@ void FileCommander::SelectAllOrToggle(bool all) {
   window_.setUpdatesEnabled(false);
   // A pressed preview button would start a preview for every entry that the
   // flood of selection changes passes.
-  QAction* preview = window_.findChild<QAction*>("tbPreview");
+  QAction* preview = window_.previewToggle();
   const bool previewDown = preview && preview->isChecked();
   if (previewDown) {
     const QSignalBlocker quiet(preview);
@@ -837,7 +838,7 @@ void FileCommander::SwitchCommandItems(int mode) {
 void FileCommander::ShowContextMenu(int pane, QPoint globalPos) {
   if (pane != window_.ActivePane()) window_.Switchit(pane);
   SwitchCommandItems(0);
-  if (QMenu* menu = window_.findChild<QMenu*>("mnuCommands")) menu->popup(globalPos);
+  window_.commandsMenu()->popup(globalPos);
 }
 
 void FileCommander::SwitchPane() {

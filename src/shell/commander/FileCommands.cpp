@@ -13,15 +13,10 @@ namespace trel {
 
 namespace {
 
-QAction* Wire(MainWindow& window, const char* name, std::function<void()> body,
-              QList<QKeySequence> keys = {}) {
-  QAction* action = window.command(name);
-  if (!action) return nullptr;
+// The command's caption and keys come from the window's table.
+QAction* Wire(MainWindow& window, const char* name, std::function<void()> body) {
+  QAction* action = window.command(name);  // stops the program on a name the table lacks
   QObject::connect(action, &QAction::triggered, &window, [body = std::move(body)] { body(); });
-  if (!keys.isEmpty()) {
-    action->setShortcuts(keys);
-    action->setShortcutContext(Qt::WindowShortcut);
-  }
   window.SetCommandAvailable(name, true);
   return action;
 }
@@ -40,29 +35,23 @@ void Key(MainWindow& window, const char* name, QKeySequence key, std::function<v
 
 void InstallFileCommands(MainWindow& window) {
   auto* c = new FileCommander(window);
-  Wire(window, "mnuFilecopy", [c] { c->cmd_CopyFiles(); }, {QKeySequence(Qt::Key_F5)});
-  Wire(window, "mnuMove", [c] { c->cmd_MoveFiles(); }, {QKeySequence(Qt::Key_F6)});
-  Wire(window, "mnuRename", [c] { c->cmd_RenameFiles(); }, {QKeySequence(Qt::SHIFT | Qt::Key_F6)});
-  Wire(window, "mnuDelete", [c] { c->cmd_DeleteFiles(); }, {QKeySequence(Qt::Key_F8), QKeySequence(Qt::Key_Delete)});
-  Wire(window, "mnuKill2", [c] { c->cmd_Kill(); }, {QKeySequence(Qt::SHIFT | Qt::Key_Delete)});
-  Wire(window, "mnuMakeDir", [c] { c->cmd_MakeDir(); }, {QKeySequence(Qt::Key_F7)});
+  Wire(window, "mnuFilecopy", [c] { c->cmd_CopyFiles(); });
+  Wire(window, "mnuMove", [c] { c->cmd_MoveFiles(); });
+  Wire(window, "mnuRename", [c] { c->cmd_RenameFiles(); });
+  Wire(window, "mnuDelete", [c] { c->cmd_DeleteFiles(); });
+  Wire(window, "mnuKill2", [c] { c->cmd_Kill(); });
+  Wire(window, "mnuMakeDir", [c] { c->cmd_MakeDir(); });
   Wire(window, "mnuRenameFolder", [c] { c->mnuRenameFolder_Click(); });
-  Wire(window, "mnuSelectAll", [c] { c->mnuSelectAll_Click(); }, {QKeySequence(Qt::CTRL | Qt::Key_A)});
-  Wire(window, "mnuToggleselect", [c] { c->mnuToggleselect_Click(); }, {QKeySequence(Qt::CTRL | Qt::Key_T)});
-  Wire(window, "mnuEnable", [c] { c->cmd_EnableDisable(); }, {QKeySequence(Qt::CTRL | Qt::Key_D)});
-  // File information is the information group's command; F3 reaches it.
-  if (QAction* info = window.command("mnuFileInformation")) {
-    info->setShortcut(QKeySequence(Qt::Key_F3));
-    info->setShortcutContext(Qt::WindowShortcut);
-  }
+  Wire(window, "mnuSelectAll", [c] { c->mnuSelectAll_Click(); });
+  Wire(window, "mnuToggleselect", [c] { c->mnuToggleselect_Click(); });
+  Wire(window, "mnuEnable", [c] { c->cmd_EnableDisable(); });
   Key(window, "cmdSwitchPane", QKeySequence(Qt::Key_Tab), [c] { c->SwitchPane(); });
   Key(window, "cmdToggleItem", QKeySequence(Qt::Key_Insert), [c] { c->ToggleCurrentAndMoveDown(); });
 
   for (int i = 0; i < 6; ++i) {
-    if (auto* button = window.findChild<QPushButton*>(QString("Command1_%1").arg(i))) {
-      button->setAccessibleName(button->text().remove('&'));
-      QObject::connect(button, &QPushButton::clicked, c, [c, i] { c->Command1_Click(i); });
-    }
+    QPushButton* button = window.commandButton(i);
+    button->setAccessibleName(button->text().remove('&'));
+    QObject::connect(button, &QPushButton::clicked, c, [c, i] { c->Command1_Click(i); });
   }
   for (int i = 0; i < 2; ++i) {
     FilePane* p = window.pane(i);

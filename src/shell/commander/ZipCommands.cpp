@@ -23,7 +23,7 @@
 #include "shell/pane/FilePane.h"
 #include "shell/window/MainWindow.h"
 #include "shell/pane/Selection.h"
-#include "shell/dialogs/TestHooks.h"
+#include "shell/dialogs/Dialogs.h"
 #include "shell/commander/ZipCommander.h"
 
 namespace trel {
@@ -56,11 +56,8 @@ QHash<QString, QString> EntryLabels(const QString& archive, const QString& listi
 
 ZipCommander::ZipCommander(MainWindow& window) : QObject(&window), window_(window) {
   setObjectName("ZipCommander");
+  window.parts().zip = this;
   sink_ = [this](const QString& title, const QString& text) {
-    if (AutoAcceptDialogs()) {
-      ReportAutoAccepted(title);
-      return;
-    }
     QDialog dialog(&window_);
     dialog.setWindowTitle(title);
     auto* column = new QVBoxLayout(&dialog);
@@ -78,7 +75,7 @@ ZipCommander::ZipCommander(MainWindow& window) : QObject(&window), window_(windo
   };
 }
 
-ZipCommander* ZipCommander::Of(MainWindow& window) { return window.findChild<ZipCommander*>("ZipCommander"); }
+ZipCommander* ZipCommander::Of(MainWindow& window) { return window.parts().zip; }
 
 int ZipCommander::Run(const QString& program, const QStringList& arguments, const QString& folder, QString* output,
                       const QByteArray& input) {

@@ -7,7 +7,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include "shell/dialogs/TestHooks.h"
+#include "shell/dialogs/Dialogs.h"
 #include "settings/Latin1.h"
 #include "shell/dialogs/DialogButtons.h"
 
@@ -47,11 +47,7 @@ void CategoryDialog::setText(const std::string& text) { combo1_->setEditText(Lat
 
 std::optional<std::string> AskCategory(const std::vector<std::string>& choices, QWidget* parent) {
   CategoryDialog dialog(choices, parent);
-  if (AutoAcceptDialogs()) {
-    ReportAutoAccepted(dialog.windowTitle());
-    return std::nullopt;
-  }
-  if (dialog.exec() != QDialog::Accepted) return std::nullopt;
+  if (TheDialogs().Exec(dialog, QDialog::Rejected) != QDialog::Accepted) return std::nullopt;
   return dialog.text();
 }
 

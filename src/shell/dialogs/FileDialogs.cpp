@@ -12,7 +12,7 @@
 
 #include "base/Paths.h"
 #include "shell/commander/FileCommander.h"
-#include "shell/dialogs/TestHooks.h"
+#include "shell/dialogs/Dialogs.h"
 
 namespace trel {
 
@@ -46,10 +46,7 @@ class OverwriteDialog : public QDialog {
       auto* button = new QPushButton(captions[i], this);
       button->setObjectName(QString("Command1_%1").arg(i));
       button->setAccessibleName(captions[i]);
-      connect(button, &QPushButton::clicked, this, [this, i] {
-        index_ = i;
-        accept();
-      });
+      connect(button, &QPushButton::clicked, this, [this, i] { done(kFirstAnswer + i); });
       row->addWidget(button);
     }
     column->addLayout(row);
@@ -59,16 +56,17 @@ class OverwriteDialog : public QDialog {
     second_->setText(source);
     with_->setVisible(!source.isEmpty());
     second_->setVisible(!source.isEmpty());
-    index_ = 4;  // closing the window is Cancel
-    exec();
-    return index_;
+    // The result code is the button's number after kFirstAnswer; closing the
+    // window is Cancel. Nobody at the screen overwrites.
+    const int code = TheDialogs().Exec(*this, kFirstAnswer);
+    return code >= kFirstAnswer && code <= kFirstAnswer + 4 ? code - kFirstAnswer : 4;
   }
 
  private:
+  static constexpr int kFirstAnswer = 10;  // above Accepted and Rejected
   QLabel* first_;
   QLabel* with_;
   QLabel* second_;
-  int index_ = 4;
 };
 
 class SelectFolderDialog : public QDialog {
@@ -112,16 +110,20 @@ class SelectFolderDialog : public QDialog {
       combo_->setCurrentIndex(0);
     });
     connect(ok, &QPushButton::clicked, this, [this] {
-      QString text = combo_->currentText();
-      if (!check_(text)) return;  // the dialog stays open
-      result_ = text;
-      QDialog::accept();
+      if (TakeCurrent()) QDialog::accept();  // else the dialog stays open
     });
     connect(cancel, &QPushButton::clicked, this, [this] {
       combo_->setEditText({});
       QDialog::reject();
     });
     resize(480, sizeHint().height());
+  }
+  // OK: the entry shown, if the caller takes it.
+  bool TakeCurrent() {
+    QString text = combo_->currentText();
+    if (!check_(text)) return false;
+    result_ = text;
+    return true;
   }
   QString result_;
   bool subFoldersChecked() const { return subFolders_->isChecked(); }
@@ -163,37 +165,28 @@ class InputDialog : public QDialog {
   QLineEdit* edit_;
 };
 
+// What the Select Folder dialog answers when nobody is there to ask.
+constexpr int kTakeShown = 2;  // above Accepted and Rejected
+
 class ProgramDialogs : public FileDialogs {
  public:
   explicit ProgramDialogs(QWidget* owner) : owner_(owner) {}
 
   int Overwrite(const QString& target, const QString& source) override {
-    if (AutoAcceptDialogs()) {
-      ReportAutoAccepted("Overwrite");
-      return 0;
-    }
     OverwriteDialog dialog(owner_);
     return dialog.Ask(target, source);
   }
   QString SelectFolder(const QStringList& entries, const std::function<bool(QString&)>& accept,
                        bool* subFolders) override {
-    if (AutoAcceptDialogs()) {
-      ReportAutoAccepted("Select Folder");
-      QString text = entries.value(0);
-      return accept(text) ? text : QString();
-    }
     SelectFolderDialog dialog(owner_, entries, accept, subFolders);
-    dialog.exec();
+    // Nobody at the screen takes the first entry, as OK would.
+    if (TheDialogs().Exec(dialog, kTakeShown) == kTakeShown) dialog.TakeCurrent();
     if (subFolders) *subFolders = dialog.subFoldersChecked();
     return dialog.result_;
   }
   std::optional<QString> Input(const QString& caption, const QString& text) override {
-    if (AutoAcceptDialogs()) {
-      ReportAutoAccepted(caption);
-      return text;
-    }
     InputDialog dialog(owner_, caption, text);
-    if (dialog.exec() != QDialog::Accepted) return std::nullopt;
+    if (TheDialogs().Exec(dialog, QDialog::Accepted) != QDialog::Accepted) return std::nullopt;
     return dialog.text();
   }
 

@@ -9,7 +9,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include "shell/dialogs/TestHooks.h"
+#include "shell/dialogs/Dialogs.h"
 #include "shell/dialogs/DialogButtons.h"
 
 namespace trel {
@@ -68,11 +68,7 @@ PlugInListChoice PluginListDialog::choice() const {
 
 std::optional<PlugInListChoice> AskPlugInList(QWidget* parent) {
   PluginListDialog dialog(parent);
-  if (AutoAcceptDialogs()) {
-    ReportAutoAccepted(dialog.windowTitle());
-    return std::nullopt;
-  }
-  if (dialog.exec() != QDialog::Accepted) return std::nullopt;
+  if (TheDialogs().Exec(dialog, QDialog::Rejected) != QDialog::Accepted) return std::nullopt;
   return dialog.choice();
 }
 

@@ -9,7 +9,7 @@
 
 #include "settings/Conversions.h"
 #include "settings/SettingsStore.h"
-#include "shell/dialogs/TestHooks.h"
+#include "shell/dialogs/Dialogs.h"
 
 namespace trel {
 
@@ -74,12 +74,6 @@ void TipDialog::DisplayCurrentTip() {
   counter_->setText(QString::fromStdString(tips_.Counter()));
 }
 
-int TipDialog::ShowModal() {
-  if (AutoAcceptDialogs()) {
-    ReportAutoAccepted(windowTitle());
-    return QDialog::Accepted;
-  }
-  return exec();
-}
+int TipDialog::ShowModal() { return TheDialogs().Exec(*this, QDialog::Accepted); }
 
 }  // namespace trel

@@ -1,7 +1,5 @@
 #include <QAction>
 #include <QApplication>
-#include <QFileDialog>
-#include <QInputDialog>
 #include <QMenu>
 #include <QTreeWidget>
 
@@ -14,7 +12,7 @@
 #include "shell/fflview/FflViewPage.h"
 #include "shell/window/MainWindow.h"
 #include "shell/pane/Selection.h"
-#include "shell/dialogs/TestHooks.h"
+#include "shell/dialogs/Dialogs.h"
 
 namespace trel {
 
@@ -43,10 +41,11 @@ std::string Joined(const std::vector<std::string>& names, size_t limit) {
 
 FflController::FflController(MainWindow& window) : QObject(&window), window_(window) {
   setObjectName(kControllerName);
+  window.parts().ffl = this;
 }
 
 FflController* FflController::Of(const MainWindow& window) {
-  return window.findChild<FflController*>(kControllerName, Qt::FindDirectChildrenOnly);
+  return window.parts().ffl;
 }
 
 ShellHooks& FflController::hooks() const { return hooks_ ? *hooks_ : window_.messages(); }
@@ -102,11 +101,8 @@ int FflController::Search(int index) {
   std::optional<std::string> text;
   if (searchPrompt_) {
     text = searchPrompt_();
-  } else if (!AutoAcceptDialogs()) {
-    bool ok = false;
-    const QString typed = QInputDialog::getText(&window_, "Search FFL", "Find entries containing:",
-                                                QLineEdit::Normal, {}, &ok);
-    if (ok) text = typed.toLatin1().toStdString();
+  } else if (const auto typed = TheDialogs().AskText(&window_, "Search FFL", "Find entries containing:")) {
+    text = typed->toLatin1().toStdString();
   }
   if (!text || text->empty()) return 0;
   return Search(index, *text);
@@ -178,9 +174,9 @@ int FflController::AddFilesAsked(int index) {
   std::vector<std::string> paths;
   if (filesPrompt_) {
     paths = filesPrompt_(folder);
-  } else if (!AutoAcceptDialogs()) {
-    for (const QString& p : QFileDialog::getOpenFileNames(&window_, "Add to FFL", QString::fromStdString(folder),
-                                                          "Filters (*.afs *.pff *.txt *.ffx *.8bf *.prm *.bin);;All files (*)"))
+  } else {
+    for (const QString& p : TheDialogs().PickFiles(&window_, "Add to FFL", QString::fromStdString(folder),
+                                                   "Filters (*.afs *.pff *.txt *.ffx *.8bf *.prm *.bin);;All files (*)"))
       paths.push_back(p.toStdString());
   }
   return AddFiles(index, paths);
@@ -200,9 +196,9 @@ bool FflController::CreateFromSelection() {
   std::optional<std::string> library;
   if (libraryPrompt_) {
     library = libraryPrompt_(folder);
-  } else if (!AutoAcceptDialogs()) {
-    const QString chosen = QFileDialog::getSaveFileName(&window_, "Create FFL", QString::fromStdString(folder + "New.ffl"),
-                                                        "Filter Factory Library (*.ffl)");
+  } else {
+    const QString chosen = TheDialogs().PickSaveFile(&window_, "Create FFL", QString::fromStdString(folder + "New.ffl"),
+                                                     "Filter Factory Library (*.ffl)");
     if (!chosen.isEmpty()) library = chosen.toStdString();
   }
   if (!library || library->empty()) return false;

@@ -123,10 +123,11 @@ std::string FullPath(const std::string& item, const std::string& folder) {
 
 PluginViewController::PluginViewController(MainWindow& window) : QObject(&window), window_(window) {
   setObjectName(kControllerName);
+  window.parts().pluginView = this;
 }
 
 PluginViewController* PluginViewController::Of(const MainWindow& window) {
-  return window.findChild<PluginViewController*>(kControllerName, Qt::FindDirectChildrenOnly);
+  return window.parts().pluginView;
 }
 
 ShellHooks& PluginViewController::hooks() const { return hooks_ ? *hooks_ : window_.messages(); }
@@ -383,7 +384,7 @@ void InstallPluginViewCommands(MainWindow& window) {
   }
   // The plugin list export has no entry of the window's own menus yet: it
   // joins the Commands menu behind Plugin Information.
-  if (QMenu* commands = window.menuBar()->findChild<QMenu*>("mnuCommands")) {
+  if (QMenu* commands = window.commandsMenu()) {
     auto* list = new QAction("Plugin &List...", commands);
     list->setObjectName("mnuPlugInList");
     list->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_L));

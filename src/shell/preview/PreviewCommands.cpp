@@ -1,5 +1,6 @@
 #include <QAbstractButton>
 #include <QAction>
+#include <QPushButton>
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
@@ -54,11 +55,10 @@ QAction* AddAfter(QMenu* menu, QAction* before, const char* name, const QString&
 void InstallPreviewCommands(MainWindow& window) {
   auto* preview = new PreviewController(window);
 
-  QAction* tb = window.findChild<QAction*>("tbPreview");
+  QAction* tb = window.previewToggle();
   if (tb) QObject::connect(tb, &QAction::triggered, preview, &PreviewController::tbPreview_Click);
   if (QAction* menu = window.command("mnuPluginPreview")) {
     menu->setCheckable(true);
-    menu->setShortcut(QKeySequence("Ctrl+Shift+P"));
     // The menu entry and the toolbar button switch together, then act alike.
     QObject::connect(menu, &QAction::triggered, preview, [preview, tb](bool on) {
       if (tb) tb->setChecked(on);
@@ -67,7 +67,7 @@ void InstallPreviewCommands(MainWindow& window) {
     window.SetCommandAvailable("mnuPluginPreview", true);
 
     // The preview's own commands follow it in the View menu.
-    if (auto* view = window.findChild<QMenu*>("mnuView")) {
+    if (QMenu* view = window.viewMenu()) {
       const QList<QAction*> actions = view->actions();
       const qsizetype at = actions.indexOf(menu);
       QAction* before = at >= 0 && at + 1 < actions.size() ? actions[at + 1] : nullptr;
@@ -83,7 +83,7 @@ void InstallPreviewCommands(MainWindow& window) {
   }
 
   // The Pictures menu: a fixed entry for the shipped picture, then the list.
-  if (auto* pictures = window.findChild<QMenu*>("mnuPicturesMenu")) {
+  if (QMenu* pictures = window.picturesMenu()) {
     QAction* test = pictures->addAction(QString::fromLocal8Bit((window.programFolder() + "Test.bmp").c_str()));
     test->setObjectName("mnuPicturesTest");
     test->setCheckable(true);
@@ -108,25 +108,21 @@ void InstallPreviewCommands(MainWindow& window) {
   const struct {
     const char* name;
     void (PreviewController::*run)();
-    const char* keys;
   } commands[] = {
-      {"mnuInvoke", &PreviewController::cmd_Invoke, "Ctrl+Shift+I"},
-      {"mnuPluginAbout", &PreviewController::cmd_About, "Ctrl+Shift+A"},
-      {"mnuBrowser", &PreviewController::mnuBrowser_Click, "Ctrl+Shift+B"},
-      {"mnuBatchProcessing", &PreviewController::mnuBatchProcessing_Click, "Ctrl+Shift+T"},
+      {"mnuInvoke", &PreviewController::cmd_Invoke},
+      {"mnuPluginAbout", &PreviewController::cmd_About},
+      {"mnuBrowser", &PreviewController::mnuBrowser_Click},
+      {"mnuBatchProcessing", &PreviewController::mnuBatchProcessing_Click},
   };
   for (const auto& c : commands) {
     QAction* action = window.command(c.name);
-    if (!action) continue;
-    if (action->shortcut().isEmpty()) action->setShortcut(QKeySequence(c.keys));
     QObject::connect(action, &QAction::triggered, preview, c.run);
     window.SetCommandAvailable(c.name, true);
   }
   // The buttons of the command row that carry these commands.
-  for (const char* button : {"Command1_1", "Command1_2"}) {
-    auto* b = window.findChild<QAbstractButton*>(button);
-    QAction* action = window.command(button == std::string("Command1_1") ? "mnuBrowser" : "mnuBatchProcessing");
-    if (!b || !action) continue;
+  for (const auto& [index, name] : {std::pair{1, "mnuBrowser"}, std::pair{2, "mnuBatchProcessing"}}) {
+    QAbstractButton* b = window.commandButton(index);
+    QAction* action = window.command(name);
     QObject::connect(b, &QAbstractButton::clicked, action, &QAction::trigger);
     QObject::connect(action, &QAction::changed, b, [b, action] { b->setEnabled(action->isEnabled()); });
     b->setEnabled(action->isEnabled());

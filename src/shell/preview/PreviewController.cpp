@@ -10,7 +10,6 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QImageReader>
 #include <QItemSelectionModel>
@@ -36,7 +35,7 @@
 #include "shell/pluginview/PluginViewPage.h"
 #include "shell/preview/PreviewWindow.h"
 #include "shell/pane/Selection.h"
-#include "shell/dialogs/TestHooks.h"
+#include "shell/dialogs/Dialogs.h"
 
 namespace trel {
 
@@ -92,6 +91,7 @@ bool MayRun(ShellHooks& shell, const std::string& path) {
 
 PreviewController::PreviewController(MainWindow& window)
     : QObject(&window), window_(window) {
+  window.parts().preview = this;
   forward_.target = &window.messages();
   lib_ = std::make_unique<ImageLibrary>(forward_);
   setObjectName("PreviewController");
@@ -110,7 +110,7 @@ PreviewController::~PreviewController() {
 }
 
 PreviewController* PreviewController::Of(MainWindow& window) {
-  return window.findChild<PreviewController*>("PreviewController", Qt::FindDirectChildrenOnly);
+  return window.parts().preview;
 }
 
 // --- the preview picture -------------------------------------------------------
@@ -142,7 +142,7 @@ std::string PreviewController::PictureKey() const {
 }
 
 void PreviewController::CheckPictureEntry() {
-  QMenu* menu = window_.findChild<QMenu*>("mnuPicturesMenu");
+  QMenu* menu = window_.picturesMenu();
   if (!menu) return;
   const QString current = QString::fromLocal8Bit(previewPicture_.c_str());
   for (QAction* a : menu->actions()) {
@@ -154,7 +154,7 @@ void PreviewController::CheckPictureEntry() {
 
 void PreviewController::mnuPictures_Click(const QString& caption) {
   previewPicture_ = caption.toLocal8Bit().toStdString();
-  window_.prefs().previewPicture = previewPicture_;
+  window_.settings().Change([this](Preferences& p) { p.previewPicture = previewPicture_; });
   prepared_ = true;
   CheckPictureEntry();
   CreateThumb();
@@ -164,12 +164,12 @@ void PreviewController::mnuPictures_Click(const QString& caption) {
 // --- the preview ----------------------------------------------------------------
 
 bool PreviewController::previewOn() const {
-  QAction* tb = window_.findChild<QAction*>("tbPreview");
+  QAction* tb = window_.previewToggle();
   return tb && tb->isChecked();
 }
 
 void PreviewController::mnuPluginPreview_Click() {
-  QAction* tb = window_.findChild<QAction*>("tbPreview");
+  QAction* tb = window_.previewToggle();
   const bool on = !(tb && tb->isChecked());
   if (tb) tb->setChecked(on);
   if (QAction* menu = window_.command("mnuPluginPreview")) menu->setChecked(on);
@@ -242,7 +242,7 @@ PreviewWindow* PreviewController::previewWindow(bool create) {
     connect(preview_, &PreviewWindow::clearCacheRequested, this, [this] { ClearCache(true); });
     // Closing the window switches the preview off, as the button would.
     connect(preview_, &PreviewWindow::closed, this, [this] {
-      if (QAction* tb = window_.findChild<QAction*>("tbPreview")) tb->setChecked(false);
+      window_.previewToggle()->setChecked(false);
       tbPreview_Click(false);
     });
   }
@@ -413,9 +413,8 @@ bool PreviewController::cmd_SavePreview(const std::string& path) {
   if (state_.PreviewImage == 0) return false;
   std::string target = path;
   if (target.empty()) {
-    if (AutoAcceptDialogs()) return false;
-    const QString chosen = QFileDialog::getSaveFileName(previewWindow(), "Save Preview", QString(),
-                                                        "Pictures (*.jpg *.png *.bmp *.tif);;All files (*)");
+    const QString chosen = TheDialogs().PickSaveFile(previewWindow(), "Save Preview", QString(),
+                                                     "Pictures (*.jpg *.png *.bmp *.tif);;All files (*)");
     if (chosen.isEmpty()) return false;
     target = chosen.toLocal8Bit().toStdString();
   }
@@ -523,11 +522,9 @@ PicView* PreviewController::picView(bool create) {
     connect(picView_, &PicView::pictureOpened, this, [this](const QString& path) {
       if (window_.prefs().autoAdd[1] != 1) return;
       const std::string file = path.toLocal8Bit().toStdString();
-      std::vector<std::string>& pics = window_.prefs().pics;
-      for (const std::string& p : pics)
+      for (const std::string& p : window_.prefs().pics)
         if (QString::fromLocal8Bit(p.c_str()).compare(path, Qt::CaseInsensitive) == 0) return;
-      pics.push_back(file);
-      window_.ListToMenu(1);
+      window_.settings().Change([&file](Preferences& p) { p.pics.push_back(file); });  // the menu follows
     });
     picView_->SetHelpFolder(QString::fromLocal8Bit((window_.programFolder() + "help/").c_str()));
     picView_->SetApplyFilter([this](const QImage& picture) -> QImage {

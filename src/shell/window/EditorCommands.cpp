@@ -42,7 +42,7 @@ FFEditorType1* MainWindow::FFEditor(bool create) {
   ctx.shell = &messages_;
   ctx.options = [this] { return EditorOptions(*this); };
   ctx.interfaceFile = [this] {
-    return interfaceFile_.empty() ? prefs_.interfaceFile : interfaceFile_;
+    return interfaceFile_.empty() ? prefs().interfaceFile : interfaceFile_;
   };
   ctx.targetFolder = [this] { return pane(ActivePane())->folder(); };
   ctx.refreshPanes = [this] { RefreshBoth(); };

@@ -71,7 +71,7 @@ bool AllowedInView(const QString& name, int view) {
 MainWindow::MainWindow(SettingsStore& store, std::string programFolder, QWidget* parent)
     : QMainWindow(parent), store_(store), programFolder_(std::move(programFolder)), messages_(this) {
   setObjectName("Form1");
-  shared_.prefs = &prefs_;
+  shared_.prefs = &settings_.values();
   leftButtonDown_ = [] { return (QGuiApplication::mouseButtons() & Qt::LeftButton) != 0; };
   shellOpener_ = [](const QString& path) { return QDesktopServices::openUrl(QUrl::fromLocalFile(path)); };
   txtSourceTest_ = [](const QString& path) {
@@ -125,6 +125,7 @@ void MainWindow::BuildCentral() {
   toolbar_->setIconSize(QSize(16, 16));
   QAction* preview = toolbar_->addAction(style()->standardIcon(QStyle::SP_FileDialogContentsView), "Preview");
   preview->setObjectName("tbPreview");
+  previewToggle_ = preview;
   preview->setCheckable(true);
   preview->setToolTip("Preview the selected plugin or picture");
   commandRow->addWidget(toolbar_, 0, Qt::AlignVCenter);
@@ -154,14 +155,25 @@ void MainWindow::BuildCentral() {
   content_->setGeometry(host_->rect());
 }
 
-QAction* MainWindow::AddCommand(QMenu* menu, const char* objectName, const QString& caption, bool available) {
+QAction* MainWindow::AddCommand(QMenu* menu, const char* objectName, const QString& caption, bool available,
+                                QList<QKeySequence> keys) {
   QAction* action = menu->addAction(caption);
   action->setObjectName(objectName);
+  action->setShortcuts(keys);
+  action->setShortcutContext(Qt::WindowShortcut);
   action->setEnabled(available);
   commands_.insert(objectName, action);
   built_.insert(objectName, available);
   return action;
 }
+
+QAction* MainWindow::command(const QString& objectName) const {
+  QAction* action = commands_.value(objectName);
+  if (!action) qFatal("The window has no command named %s", qPrintable(objectName));
+  return action;
+}
+
+void MainWindow::AddToCommands(QAction* action) { commands_.insert(action->objectName(), action); }
 
 void MainWindow::SetCommandAvailable(const QString& objectName, bool available) {
   built_.insert(objectName, available);
@@ -188,28 +200,29 @@ void MainWindow::BuildMenus() {
 
   QMenu* commands = bar->addMenu("Co&mmands");
   commands->setObjectName("mnuCommands");
-  AddCommand(commands, "mnuBrowser", "&Browse Plugins", false);
-  AddCommand(commands, "mnuBatchProcessing", "Ba&tch Processing", false);
+  commandsMenu_ = commands;
+  AddCommand(commands, "mnuBrowser", "&Browse Plugins", false, {QKeySequence("Ctrl+Shift+B")});
+  AddCommand(commands, "mnuBatchProcessing", "Ba&tch Processing", false, {QKeySequence("Ctrl+Shift+T")});
   AddCommand(commands, "mnuCreateLibrary", "Create FF&L", false);
   commands->addSeparator();
-  AddCommand(commands, "mnuEnable", "En/&Disable", false);
+  AddCommand(commands, "mnuEnable", "En/&Disable", false, {Qt::CTRL | Qt::Key_D});
   AddCommand(commands, "mnuChangeCat", "C&hange Category", false);
   AddCommand(commands, "mnuPlugInfo", "Plugin &Information", false);
-  AddCommand(commands, "mnuPluginAbout", "Plugin &About", false);
-  AddCommand(commands, "mnuInvoke", "In&voke Plugin", false);
+  AddCommand(commands, "mnuPluginAbout", "Plugin &About", false, {QKeySequence("Ctrl+Shift+A")});
+  AddCommand(commands, "mnuInvoke", "In&voke Plugin", false, {QKeySequence("Ctrl+Shift+I")});
   commands->addSeparator();
-  AddCommand(commands, "mnuFilecopy", "&Copy", false);
-  AddCommand(commands, "mnuMove", "&Move", false);
-  AddCommand(commands, "mnuRename", "&Rename", false);
-  AddCommand(commands, "mnuDelete", "De&lete", false);
-  AddCommand(commands, "mnuKill2", "&Kill", false);
-  AddCommand(commands, "mnuFileInformation", "Properties", false);
+  AddCommand(commands, "mnuFilecopy", "&Copy", false, {Qt::Key_F5});
+  AddCommand(commands, "mnuMove", "&Move", false, {Qt::Key_F6});
+  AddCommand(commands, "mnuRename", "&Rename", false, {Qt::SHIFT | Qt::Key_F6});
+  AddCommand(commands, "mnuDelete", "De&lete", false, {Qt::Key_F8, Qt::Key_Delete});
+  AddCommand(commands, "mnuKill2", "&Kill", false, {Qt::SHIFT | Qt::Key_Delete});
+  AddCommand(commands, "mnuFileInformation", "Properties", false, {Qt::Key_F3});
   commands->addSeparator();
-  AddCommand(commands, "mnuMakeDir", "Create &Folder", false);
+  AddCommand(commands, "mnuMakeDir", "Create &Folder", false, {Qt::Key_F7});
   AddCommand(commands, "mnuRenameFolder", "Rename Folder", false);
   AddCommand(commands, "mnuSearch", "Find...", false);
-  AddCommand(commands, "mnuSelectAll", "Select &All", false);
-  AddCommand(commands, "mnuToggleselect", "&Toggle Selection", false);
+  AddCommand(commands, "mnuSelectAll", "Select &All", false, {Qt::CTRL | Qt::Key_A});
+  AddCommand(commands, "mnuToggleselect", "&Toggle Selection", false, {Qt::CTRL | Qt::Key_T});
   commands->addSeparator();
   AddCommand(commands, "mnuUnzipit", "Unzip", false);
   AddCommand(commands, "mnuUnzipInstall", "Unzip and Run", false);
@@ -226,6 +239,7 @@ void MainWindow::BuildMenus() {
 
   QMenu* view = bar->addMenu("&View");
   view->setObjectName("mnuView");
+  viewMenu_ = view;
   viewModeMenu_ = view->addMenu("File View &Mode");
   viewModeMenu_->setObjectName("mnuFileViewMenu");
   auto* group = new QActionGroup(this);
@@ -251,7 +265,7 @@ void MainWindow::BuildMenus() {
   refresh->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_R));
   connect(refresh, &QAction::triggered, this, &MainWindow::mnuRefresh_Click);
   view->addSeparator();
-  AddCommand(view, "mnuPluginPreview", "Plugin &Preview", false);
+  AddCommand(view, "mnuPluginPreview", "Plugin &Preview", false, {QKeySequence("Ctrl+Shift+P")});
   AddCommand(view, "mnuFilterDownload", "Filter &Download...", false);
 
   folderMenu_ = bar->addMenu("F&olders");
@@ -266,6 +280,7 @@ void MainWindow::BuildMenus() {
 
   QMenu* help = bar->addMenu("Hel&p");
   help->setObjectName("mnuHelpMenu");
+  helpMenu_ = help;
   QAction* helpEntry = AddCommand(help, "mnuHelp", "&Help", false);
   helpEntry->setShortcut(QKeySequence(Qt::Key_F1));
   QAction* tip = AddCommand(help, "mnuTip", "&Tip of the Day", true);
@@ -389,12 +404,11 @@ void MainWindow::File1_DblClick(int index) {
 
 void MainWindow::ShellOpen(const QString& path) {
   emit routeTaken(RouteName(DblClickRoute::Shell), path);
-  if (path.endsWith(".exe", Qt::CaseInsensitive) && prefs_.autoAdd[2] == 1) {
+  if (path.endsWith(".exe", Qt::CaseInsensitive) && prefs().autoAdd[2] == 1) {
     const std::string app = path.toStdString();
-    if (std::find(prefs_.apps.begin(), prefs_.apps.end(), app) == prefs_.apps.end()) {
-      prefs_.apps.push_back(app);
-      ListToMenu(2);
-    }
+    const std::vector<std::string>& apps = prefs().apps;
+    if (std::find(apps.begin(), apps.end(), app) == apps.end())
+      settings_.Change([&app](Preferences& p) { p.apps.push_back(app); });  // the Apps menu follows
   }
   if (shellOpener_ && !shellOpener_(path)) {
     messages_.MsgBox("No application is set to open\n" + path.toStdString(), MsgButtons::Ok,
@@ -414,9 +428,9 @@ void MainWindow::ApplyPluginTypes(const PluginTypeList& rows) {
 
 void MainWindow::FolderVisited(int index) {
   FolderHistoryOptions options;
-  options.autoAdd = prefs_.autoAdd[0] == 1;
-  options.autoTop = prefs_.autoTop == 1;
-  options.limit = LenientInt(prefs_.folderItemLimit);
+  options.autoAdd = prefs().autoAdd[0] == 1;
+  options.autoTop = prefs().autoTop == 1;
+  options.limit = LenientInt(prefs().folderItemLimit);
   if (UpdateFolderHistory(folderList_, pane(index)->folder(), options)) ListToMenu(0);
 }
 
@@ -426,7 +440,7 @@ void MainWindow::ListToMenu(int list) {
     // preferences and the preview, so they stay disabled until then.
     QMenu* menu = list == 1 ? picturesMenu_ : appsMenu_;
     std::vector<QAction*>& entries = list == 1 ? pictureEntries_ : appEntries_;
-    const std::vector<std::string>& items = list == 1 ? prefs_.pics : prefs_.apps;
+    const std::vector<std::string>& items = list == 1 ? prefs().pics : prefs().apps;
     for (QAction* entry : entries) {
       menu->removeAction(entry);
       entry->deleteLater();
@@ -493,7 +507,7 @@ void MainWindow::Form_Resize() {
   content_->setGeometry(host_->rect());
   ++layoutCount_;
   for (FilePane* p : panes_) {
-    if (prefs_.AutoColumnWidth() && p->listViewShown() && p->listView()->view() == FileListView::kDetails)
+    if (prefs().AutoColumnWidth() && p->listViewShown() && p->listView()->view() == FileListView::kDetails)
       p->listView()->OptimalWidth();
   }
 }

@@ -6,6 +6,8 @@
 #pragma once
 
 #include <QHash>
+#include <QKeySequence>
+#include <QList>
 #include <QMainWindow>
 #include <QPointer>
 #include <QTimer>
@@ -19,6 +21,7 @@
 #include "catalogue/PluginTypes.h"
 #include "filter/FFFilter.h"
 #include "settings/Preferences.h"
+#include "settings/SettingsState.h"
 #include "shell/pane/FilePane.h"
 #include "shell/dialogs/MessageShell.h"
 #include "shell/pane/PaneRules.h"
@@ -36,6 +39,23 @@ namespace trel {
 class SettingsStore;
 class StatusArea;
 class FFEditorType1;
+class FileCommander;
+class ZipCommander;
+class FflController;
+class PluginViewController;
+class PreviewController;
+class PreferencesController;
+
+// The controllers of the command groups. Each registers itself once, when it is
+// made; the others reach it through these typed references.
+struct WindowParts {
+  QPointer<FileCommander> commander;
+  QPointer<ZipCommander> zip;
+  QPointer<FflController> ffl;
+  QPointer<PluginViewController> pluginView;
+  QPointer<PreviewController> preview;
+  QPointer<PreferencesController> preferences;
+};
 
 
 class MainWindow : public QMainWindow {
@@ -73,7 +93,9 @@ class MainWindow : public QMainWindow {
   void mnuRefresh_Click();
   void File1_DblClick(int pane);
   std::array<bool, 3>& ColumnSortAscending() { return shared_.columnSortAscending; }
-  Preferences& prefs() { return prefs_; }
+  // The options of the run; changes go through settings() and its signal.
+  const Preferences& prefs() const { return settings_.values(); }
+  SettingsState& settings() { return settings_; }
 
   // --- the folders menu and its list
   const std::vector<std::string>& folderList() const { return folderList_; }
@@ -99,8 +121,25 @@ class MainWindow : public QMainWindow {
   // Takes the plugin type rows into the table, the masks and the routes.
   void ApplyPluginTypes(const PluginTypeList& rows);
 
-  // --- commands and their availability
-  QAction* command(const QString& objectName) const { return commands_.value(objectName); }
+  // --- commands and their availability. The table holds every command the
+  // menus offer, built in one place (BuildMenus); asking for a name it lacks
+  // is a fault in the program and stops it.
+  QAction* command(const QString& objectName) const;
+  // Adds an action made elsewhere (a key, a dialog's opener) to the table.
+  void AddToCommands(QAction* action);
+  WindowParts& parts() { return parts_; }
+  const WindowParts& parts() const { return parts_; }
+
+  // --- what the window built, by type
+  QAction* previewToggle() const { return previewToggle_; }  // the tool bar's Preview
+  QMenu* picturesMenu() const { return picturesMenu_; }
+  QMenu* appsMenu() const { return appsMenu_; }
+  QMenu* helpMenu() const { return helpMenu_; }
+  QMenu* viewMenu() const { return viewMenu_; }
+  QMenu* commandsMenu() const { return commandsMenu_; }
+  QPushButton* commandButton(int index) const { return commandButtons_[static_cast<size_t>(index)]; }  // 0 to 5
+  QLabel* label3() const { return label3_; }
+  QLabel* label4() const { return label4_; }
   // Marks a command as built; Switchit then enables it by the view.
   void SetCommandAvailable(const QString& objectName, bool available);
 
@@ -174,7 +213,9 @@ class MainWindow : public QMainWindow {
   void BuildMenus();
   void BuildCentral();
   void InstallCommandGroups();  // every command group, once (CommandGroups.cpp)
-  QAction* AddCommand(QMenu* menu, const char* objectName, const QString& caption, bool available);
+  // One entry of the command table: its menu, name, caption and keys.
+  QAction* AddCommand(QMenu* menu, const char* objectName, const QString& caption, bool available,
+                      QList<QKeySequence> keys = {});
   void SplashStatus(const QString& text);
   void UnloadSplash();
   void ConnectPane(FilePane* pane);
@@ -201,7 +242,7 @@ class MainWindow : public QMainWindow {
   std::string programFolder_;
   MessageShell messages_;
   PaneShared shared_;
-  Preferences prefs_;
+  SettingsState settings_;
   std::array<FilePane*, 2> panes_{};
   int activePane_ = 0;
   std::array<bool, 2> pluginViewFresh_{false, false};
@@ -228,6 +269,11 @@ class MainWindow : public QMainWindow {
   std::vector<QAction*> appEntries_;
   std::array<QPushButton*, 6> commandButtons_{};
   QToolBar* toolbar_ = nullptr;
+  QAction* previewToggle_ = nullptr;
+  QMenu* helpMenu_ = nullptr;
+  QMenu* viewMenu_ = nullptr;
+  QMenu* commandsMenu_ = nullptr;
+  WindowParts parts_;
   QLabel* label3_ = nullptr;
   QLabel* label4_ = nullptr;
   StatusArea* statusArea_ = nullptr;  // the colour bar behind the two labels

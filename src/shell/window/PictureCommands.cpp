@@ -10,7 +10,7 @@ namespace trel {
 
 void InstallPictureCommands(MainWindow& window) {
   // The Picture Editor opens from the View menu with whatever it showed last.
-  auto* view = window.findChild<QMenu*>("mnuView");
+  QMenu* view = window.viewMenu();
   if (!view) return;
   auto* entry = new QAction("Picture &Editor", view);
   entry->setObjectName("mnuPicView");

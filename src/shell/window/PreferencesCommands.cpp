@@ -28,7 +28,7 @@
 #include "shell/window/MainWindow.h"
 #include "shell/preview/PreviewController.h"
 #include "shell/pane/Selection.h"
-#include "shell/dialogs/TestHooks.h"
+#include "shell/dialogs/Dialogs.h"
 
 namespace trel {
 
@@ -37,7 +37,7 @@ namespace {
 // The entries of a list's menu by number. Entries the window replaced may still
 // exist until the event loop deletes them, so only those in the menu count.
 QAction* MenuEntry(MainWindow& window, int list, size_t index) {
-  auto* menu = window.findChild<QMenu*>(list == 1 ? "mnuPicturesMenu" : "mnuAppsMenu");
+  QMenu* menu = list == 1 ? window.picturesMenu() : window.appsMenu();
   if (!menu) return nullptr;
   const QString name = QString(list == 1 ? "mnuPictures_%1" : "mnuApps_%1").arg(index);
   for (QAction* action : menu->actions())
@@ -147,49 +147,52 @@ void ApplyOtherFont(MainWindow& window, const Preferences& prefs) {
     window.pane(i)->maskBox()->setFont(f);
     window.pane(i)->caption()->setFont(f);
   }
-  for (const char* name : {"Label3", "Label4"})
-    if (auto* label = window.findChild<QLabel*>(name)) label->setFont(f);
-  for (int i = 0; i < 6; ++i)
-    if (auto* button = window.findChild<QPushButton*>(QString("Command1_%1").arg(i))) button->setFont(f);
+  window.label3()->setFont(f);
+  window.label4()->setFont(f);
+  for (int i = 0; i < 6; ++i) window.commandButton(i)->setFont(f);
 }
 
 PreferencesController* FindPreferencesController(MainWindow& window) {
-  return window.findChild<PreferencesController*>("PreferencesController", Qt::FindDirectChildrenOnly);
+  return window.parts().preferences;
 }
 
 PreferencesController::PreferencesController(MainWindow& window) : QObject(&window), window_(window) {
   setObjectName("PreferencesController");
+  window.parts().preferences = this;
   form2_ = new Form2(window.store(), window.programFolder(), window.messages(), &window);
   form2_->hide();
-  connect(form2_, &Form2::committed, this, &PreferencesController::TakeFromDialog);
-  connect(form2_, &Form2::reloaded, this, &PreferencesController::TakeFromDialog);
-  connect(form2_, &Form2::listChanged, this, [this](int list) {
-    // The menus follow the lists at once.
-    if (list == 0) window_.FolderListForEdit() = form2_->ListItems(0);
-    if (list == 1) window_.prefs().pics = form2_->ListItems(1);
-    if (list == 2) window_.prefs().apps = form2_->ListItems(2);
-    window_.ListToMenu(list);
-    WireMenuEntries();
+  connect(form2_, &Form2::committed, this, &PreferencesController::Take);
+  connect(form2_, &Form2::reverted, this, &PreferencesController::Take);
+  // These edits show in the window before OK; Cancel takes them back.
+  SettingsState& settings = window.settings();
+  connect(form2_, &Form2::listChanged, this, [this, &settings](int list, const std::vector<std::string>& items) {
+    if (list == 0) {
+      window_.FolderListForEdit() = items;
+      window_.ListToMenu(0);
+    }
+    if (list == 1) settings.Change([&items](Preferences& p) { p.pics = items; });
+    if (list == 2) settings.Change([&items](Preferences& p) { p.apps = items; });
   });
-  connect(form2_, &Form2::listOptionChanged, this, [this] {
-    window_.prefs().fileview = form2_->Values().fileview;
-    ApplyToPanes();
+  connect(form2_, &Form2::listOptionChanged, this, [&settings](int index, int value) {
+    settings.Change([=](Preferences& p) { p.fileview[static_cast<size_t>(index)] = value; });
   });
-  connect(form2_, &Form2::fontChanged, this, [this] {
-    window_.prefs().fonts = form2_->Values().fonts;
-    ApplyToPanes();
+  connect(form2_, &Form2::fontChanged, this, [&settings](int which, const FontChoice& font) {
+    settings.Change([&](Preferences& p) { p.fonts[static_cast<size_t>(which)] = font; });
   });
-  connect(form2_, &Form2::interfaceChosen, this,
-          [this](const QString& file) { window_.prefs().interfaceFile = file.toStdString(); });
+  connect(form2_, &Form2::interfaceChosen, this, [&settings](const QString& file) {
+    settings.Change([&file](Preferences& p) { p.interfaceFile = file.toStdString(); });
+  });
+  connect(&settings, &SettingsState::changed, this, &PreferencesController::Follow);
   connect(form2_, &Form2::helpRequested, this, &PreferencesController::ShowHelpPage);
   // The start-up loads the options after the window is built; they reach the
-  // panes and menus when the window first shows.
+  // panes when the window first shows.
   window.installEventFilter(this);
 }
 
 bool PreferencesController::eventFilter(QObject* watched, QEvent* event) {
   if (watched == &window_ && event->type() == QEvent::Show && !shown_) {
     shown_ = true;
+    followed_ = window_.prefs();
     ApplyToPanes();
     WireMenuEntries();
   }
@@ -213,19 +216,33 @@ void PreferencesController::SyncToDialog() {
     form2_->LookforInterface(false);
     interfacesListed_ = true;
   }
-  form2_->SetValues(window_.prefs());
-  form2_->SetListItems(Form2::kFolderList, window_.folderList());
-  if (!window_.pluginTypeRows().empty()) form2_->SetPluginTypeRows(window_.pluginTypeRows());
-  form2_->Snapshot();
+  PreferenceSet set{window_.prefs(), window_.folderList(), window_.pluginTypeRows()};
+  if (set.pluginTypes.empty()) set.pluginTypes = form2_->Edited().pluginTypes;
+  form2_->Edit(set);
 }
 
-void PreferencesController::TakeFromDialog() {
-  window_.prefs() = form2_->Values();
-  window_.FolderListForEdit() = form2_->ListItems(Form2::kFolderList);
-  window_.ApplyPluginTypes(form2_->PluginTypeRows());
+void PreferencesController::Take(const PreferenceSet& set) {
+  window_.FolderListForEdit() = set.folders;
+  window_.ApplyPluginTypes(set.pluginTypes);
+  // Every list and pane again below, not only those that changed (OK also fits
+  // the columns afresh), so Follow has nothing left to do.
+  followed_ = set.prefs;
+  window_.settings().Replace(set.prefs);
   for (int list = 0; list < 3; ++list) window_.ListToMenu(list);
   WireMenuEntries();
   ApplyToPanes();
+}
+
+void PreferencesController::Follow(const Preferences& now) {
+  // Before the first show the panes wait for it; the menus follow at once.
+  const bool panes = shown_ && (now.fileview != followed_.fileview || now.fonts != followed_.fonts);
+  const bool pictures = now.pics != followed_.pics;
+  const bool apps = now.apps != followed_.apps;
+  followed_ = now;
+  if (pictures) window_.ListToMenu(1);
+  if (apps) window_.ListToMenu(2);
+  if (pictures || apps) WireMenuEntries();
+  if (panes) ApplyToPanes();
 }
 
 void PreferencesController::ApplyToPanes() {
@@ -282,9 +299,10 @@ void PreferencesController::RunApp(int index) {
 void PreferencesController::ChoosePicture(int index) {
   const std::vector<std::string>& pics = window_.prefs().pics;
   if (index < 0 || static_cast<size_t>(index) >= pics.size()) return;
-  window_.prefs().previewPicture = pics[static_cast<size_t>(index)];
+  const std::string picture = pics[static_cast<size_t>(index)];
+  window_.settings().Change([&picture](Preferences& p) { p.previewPicture = picture; });
   if (PreviewController* preview = PreviewController::Of(window_)) {
-    preview->mnuPictures_Click(QString::fromStdString(pics[static_cast<size_t>(index)]));
+    preview->mnuPictures_Click(QString::fromStdString(picture));
     return;
   }
   for (size_t i = 0; i < pics.size(); ++i)
@@ -312,18 +330,18 @@ void InstallPreferencesCommands(MainWindow& window) {
   wire("mnuFileInformation", [&window] { window.mnuFileInformation_Click(); });
 
   // The Pictures menu gets its edit entry like the other two lists.
-  if (auto* pictures = window.findChild<QMenu*>("mnuPicturesMenu")) {
+  if (QMenu* pictures = window.picturesMenu()) {
     QAction* edit = pictures->addAction("Edit Pictures...");
     edit->setObjectName("mnuEditImageList");
     QObject::connect(edit, &QAction::triggered, &window, [&window] { window.ShowPreferences(Form2::kImages); });
     pictures->addSeparator();
     QObject::connect(pictures, &QMenu::aboutToShow, controller, [controller] { controller->WireMenuEntries(); });
   }
-  if (auto* apps = window.findChild<QMenu*>("mnuAppsMenu"))
+  if (QMenu* apps = window.appsMenu())
     QObject::connect(apps, &QMenu::aboutToShow, controller, [controller] { controller->WireMenuEntries(); });
 
   // Mail, the web site and its shortcuts in the Help menu.
-  if (auto* help = window.findChild<QMenu*>("mnuHelpMenu")) {
+  if (QMenu* help = window.helpMenu()) {
     QAction* before = window.command("mnuAbout");
     const auto add = [&](const char* name, const QString& text, auto run) {
       auto* action = new QAction(text, help);
@@ -373,11 +391,7 @@ void MainWindow::mnuFileInformation_Click() {
   emit routeTaken("mnuFileInformation_Click", QString::fromStdString(path));
   if (path.empty()) return;
   PropertiesDialog dialog(QString::fromStdString(path), this);
-  if (AutoAcceptDialogs()) {
-    ReportAutoAccepted(dialog.windowTitle());
-    return;
-  }
-  dialog.exec();
+  TheDialogs().Exec(dialog, QDialog::Rejected);
 }
 
 }  // namespace trel

@@ -7,6 +7,7 @@
 #include <QPointer>
 
 #include "settings/Preferences.h"
+#include "settings/ui/PreferencesPages.h"
 
 namespace trel {
 
@@ -31,10 +32,11 @@ class PreferencesController : public QObject {
   FrmDownload* download();  // made on first use
   // Opens the preferences modally on a page; true for OK.
   bool Open(int page);
-  // The window's option values taken into the dialog's controls.
+  // The window's settings given to the dialog as the copy it edits.
   void SyncToDialog();
-  // The dialog's values taken into the window: options, lists, menus, panes.
-  void TakeFromDialog();
+  // A whole set the dialog handed back taken into the window: options, lists,
+  // menus, panes.
+  void Take(const PreferenceSet& set);
   void ApplyToPanes();
   void RunApp(int index);
   void ChoosePicture(int index);
@@ -47,8 +49,13 @@ class PreferencesController : public QObject {
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
+  // The window follows a change of its settings: panes and menus are redone
+  // where what they show changed.
+  void Follow(const Preferences& now);
+
   MainWindow& window_;
   bool shown_ = false;
+  Preferences followed_;  // the settings the panes and menus last showed
   Form2* form2_ = nullptr;
   QPointer<FrmDownload> download_;
   bool interfacesListed_ = false;

@@ -79,7 +79,7 @@ namespace {
 void StartInPluginView(MainWindow& window) {
   FilePane* left = window.pane(0);
   PluginViewPage* page = left->findChild<PluginViewPage*>();
-  if (auto* controller = window.findChild<PluginViewController*>(); controller && page) {
+  if (PluginViewController* controller = window.parts().pluginView; controller && page) {
     QObject::connect(
         controller, &PluginViewController::scanFinished, &window,
         [&window, page](int pane, int) {
@@ -116,7 +116,11 @@ void MainWindow::Form_Load(const QString& commandLine) {
   }
 
   SplashStatus("Loading Registry Settings ...");
-  LoadPreferences(store_, prefs_);
+  {
+    Preferences loaded;
+    LoadPreferences(store_, loaded);
+    settings_.Replace(std::move(loaded));
+  }
   ApplyPluginTypes(InitialPluginTypeList(programFolder_, [this](const std::string& key) {
     return store_.Get(kSectionSettings, key);
   }));
@@ -194,7 +198,7 @@ void MainWindow::Form_Load(const QString& commandLine) {
   SplashStatus("Finished ...");
   GetIcons();
   AttachMenuBitmaps();
-  if (prefs_.fullStartUp == 1) {
+  if (prefs().fullStartUp == 1) {
     SplashStatus("Loading FF Editor ...");
     LoadFFEditorHidden();
   }
