@@ -18,10 +18,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::string search;
   for (int n = in.Byte() % 16; n > 0; --n) search += static_cast<char>(in.Byte());
   const std::string path = trel::fuzz::WriteScratch("in.ffl", in.Rest());
-  trel::FilterEnv env;
-
   trel::FFLLibrary library;
-  if (trel::ReadFFLLibrary(path, library, env)) {
+  if (trel::ReadFFLLibrary(path, library)) {
     auto file = trel::BinFile::Open(path, trel::BinFile::Mode::Read);
     for (size_t i = 0; file && i < library.positions.size() && i < kEntriesRead; ++i) {
       file->Seek(library.positions[i]);
@@ -42,6 +40,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
   }
 
-  trel::cmd_SearchFFL(path, search, env);
+  (void)trel::cmd_SearchFFL(path, search);
   return 0;
 }

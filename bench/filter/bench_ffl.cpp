@@ -79,9 +79,9 @@ void BM_ConvertLibrary(benchmark::State& state) {
     state.ResumeTiming();
     trel::FFFilter f;
     trel::ConvertReport report;
-    trel::Convertffl(f, setup.library.string(), out.string(), static_cast<trel::OutputFormat>(format), setup.env,
-                     &report);
-    if (report.written.size() != static_cast<size_t>(kEntries)) state.SkipWithError("entries not written");
+    const trel::Expected<void> done = trel::Convertffl(f, setup.library.string(), out.string(),
+                                                       static_cast<trel::OutputFormat>(format), setup.env, &report);
+    if (!done || report.written.size() != static_cast<size_t>(kEntries)) state.SkipWithError("entries not written");
     state.PauseTiming();
     std::error_code ignored;
     fs::remove_all(out, ignored);
@@ -99,7 +99,7 @@ void BM_ReadLibraryTable(benchmark::State& state) {
   Setup& setup = Shared();
   for (auto _ : state) {
     trel::FFLLibrary table;
-    trel::ReadFFLLibrary(setup.library.string(), table, setup.env);
+    if (!trel::ReadFFLLibrary(setup.library.string(), table)) state.SkipWithError("library not read");
     benchmark::DoNotOptimize(table.items.data());
   }
 }

@@ -204,8 +204,11 @@ TEST_F(FFLTest, EveryReaderTellsALibraryByTheSameHead) {
     EXPECT_EQ(found ? found->size() : 0u, isLibrary ? 1u : 0u);
     EXPECT_EQ(bool(converted), isLibrary);
     for (const Error* error : {read ? nullptr : &read.error(), found ? nullptr : &found.error(),
-                               converted ? nullptr : &converted.error()})
-      if (error) EXPECT_EQ(error->title, "Format Violation");
+                               converted ? nullptr : &converted.error()}) {
+      if (error) {
+        EXPECT_EQ(error->title, "Format Violation");
+      }
+    }
     if (isLibrary) {
       EXPECT_EQ(lib.declaredCount, 1);
     }
