@@ -18,6 +18,7 @@
 
 #include "filter/BatchConvert.h"
 #include "filter/ShellHooks.h"
+#include "shell/commander/CopyPlan.h"
 
 class QMimeData;
 
@@ -66,7 +67,7 @@ class FileCommander : public QObject, public OverwriteChecker {
   // The same question for a source that isn't a file on disk (an entry of an
   // archive): `source` is its label as the dialog shows it, "name  (N bytes, date)".
   int OverwriteCheckDescribed(const QString& source, const std::string& targetPath);
-  int storedChoice() const { return overwriteChoice_; }
+  int storedChoice() const { return overwrite_.stored(); }
 
   void cmd_CopyFiles();
   void cmd_MoveFiles(const std::string& target = {}, bool internal = false);
@@ -109,21 +110,18 @@ class FileCommander : public QObject, public OverwriteChecker {
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
-  struct Job;
-  class Worker;
   void SelectAllOrToggle(bool all);
   void Refuse(const std::string& text, const std::string& title = "Trel");
   bool FoldersIdentical();
   // Runs a batch of copies or moves off the window's thread with progress;
   // returns how many were done and the first error.
-  int RunJobs(std::vector<Job>& jobs, bool move, std::string& error);
-  std::string FullPath(const std::string& folder, const std::string& item, int view) const;
+  int RunJobs(std::vector<CopyItem>& jobs, bool move, std::string& error);
   bool AcceptFolder(QString& text, bool noChange);
 
   MainWindow& window_;
   std::unique_ptr<FileDialogs> dialogs_;
   ShellHooks* hooks_ = nullptr;
-  int overwriteChoice_ = 0;
+  OverwriteRule overwrite_;
   bool busy_ = false;
   bool CooperativeMultitasking = false;  // read by the loops, set by nothing
 };
