@@ -9,8 +9,6 @@
 #include <QApplication>
 #include <QDateTime>
 #include <QDir>
-#include <QElapsedTimer>
-#include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
 #include <QKeyEvent>
@@ -20,11 +18,7 @@
 #include <QTime>
 #include <QTimer>
 #include <QUrl>
-#include <condition_variable>
-#include <deque>
 #include <filesystem>
-#include <mutex>
-#include <thread>
 
 #include <unistd.h>
 
@@ -44,6 +38,7 @@
 #include "shell/pluginview/PluginViewPage.h"
 #include "shell/pane/PaneRules.h"
 #include "base/SafeCopy.h"
+#include "shell/commander/CopyJob.h"
 #include "shell/commander/CopyPlan.h"
 #include "shell/pane/Selection.h"
 
@@ -54,12 +49,21 @@ namespace fs = std::filesystem;
 // --- keys and mouse while a batch runs
 
 bool FileCommander::eventFilter(QObject* watched, QEvent* event) {
-  if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape)
+  if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
     window_.EscapeFlag() = true;
+    if (job_) job_->Cancel();
+  }
   // While a batch runs the window paints and hears Esc, but takes no other
-  // input, so no second command starts inside the first.
-  if (busy_ && watched->isWidgetType()) {
+  // input, so no second command starts inside the first. A dialog the batch
+  // asks (the Overwrite question) is a window of its own and takes its input.
+  if (busy_ && watched->isWidgetType() && static_cast<QWidget*>(watched)->window() == &window_) {
     switch (event->type()) {
+      case QEvent::ShortcutOverride:
+        // Claimed for the widget, so that no command's key fires; the key
+        // itself is then dropped below.
+        if (static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) break;
+        event->accept();
+        return true;
       case QEvent::KeyPress:
       case QEvent::KeyRelease:
         return static_cast<QKeyEvent*>(event)->key() != Qt::Key_Escape;
@@ -228,23 +232,23 @@ void FileCommander::DropFiles(int pane, const QStringList& paths, const std::str
     Refuse("A folder can't be moved into itself or one of its sub folders.\n" + plan.intoItself);
     return;
   }
-  std::string error;
-  RunJobs(plan.files, true, error);
-  const std::vector<std::string>& folders = plan.folders;
-  for (const std::string& folder : folders) {
-    if (!error.empty()) break;
-    const std::string to = target + FileNameOf(folder);
-    if (QFileInfo::exists(QString::fromStdString(to)) && OverwriteCheck(folder, to) != 0) continue;
-    if (!RenameKeepingTarget(folder, to, error))
-      error = error.empty() ? folder + " couldn't be moved." : error;
-  }
-  OverwriteCheck("", "");
-  window_.RefreshBoth();
-  for (int i = 0; i < 2; ++i) {
-    window_.ClearPluginViewFresh(i);
-    if (window_.pane(i)->paneView() == FilePane::kPluginView) window_.SSTab1_Click(i);
-  }
-  if (!error.empty()) messages().ErrorMessage(error);
+  // The folders move whole, by a rename, once the files are in place.
+  StartJob(std::move(plan.files), true, [this, target, folders = std::move(plan.folders)](int, std::string error) {
+    for (const std::string& folder : folders) {
+      if (!error.empty()) break;
+      const std::string to = target + FileNameOf(folder);
+      if (QFileInfo::exists(QString::fromStdString(to)) && OverwriteCheck(folder, to) != 0) continue;
+      if (!RenameKeepingTarget(folder, to, error))
+        error = error.empty() ? folder + " couldn't be moved." : error;
+    }
+    OverwriteCheck("", "");
+    window_.RefreshBoth();
+    for (int i = 0; i < 2; ++i) {
+      window_.ClearPluginViewFresh(i);
+      if (window_.pane(i)->paneView() == FilePane::kPluginView) window_.SSTab1_Click(i);
+    }
+    if (!error.empty()) messages().ErrorMessage(error);
+  });
 }
 
 }  // namespace trel

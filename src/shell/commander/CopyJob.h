@@ -1,104 +1,64 @@
-// The copy job of the file commands: the files of a batch are copied or moved
-// on a thread of their own, so that the window paints and hears Esc while
-// bytes move.
+// The copy job of the file commands. The files of a batch are copied or moved
+// on a thread of their own while the window keeps running its own event loop:
+// the job asks about each file on the window's thread (the Overwrite
+// question), in slices, hands the answered files over, and reports progress
+// and its end by signals. Esc cancels through the job: the file being copied
+// is dropped with its temporary copy, and no later file starts.
 #pragma once
 
+#include <QObject>
+#include <QString>
+#include <QTimer>
 #include <atomic>
-#include <condition_variable>
-#include <cstdint>
-#include <deque>
-#include <mutex>
+#include <functional>
+#include <memory>
 #include <string>
-#include <thread>
+#include <vector>
 
-#include "base/SafeCopy.h"
 #include "shell/commander/CopyPlan.h"
 
 namespace trel {
 
-// Works through the jobs on a thread of its own, so that the window paints and
-// hears Esc while bytes move. Jobs are handed over one by one as the window
-// has asked its questions; Esc or a failure ends the batch between files.
-class CopyWorker {
+class CopyWorker;
+
+class CopyJob : public QObject {
+  Q_OBJECT
  public:
-  CopyWorker(bool move, const std::atomic<bool>& escape) : move_(move), escape_(escape) {
-    thread_ = std::thread([this] { Run(); });
-  }
-  ~CopyWorker() {
-    Close();
-    if (thread_.joinable()) thread_.join();
-  }
-  void Push(CopyItem job) {
-    std::lock_guard lock(mutex_);
-    // The worker only sleeps on an empty queue: a wake-up for every file of a
-    // long batch would cost a switch of threads each.
-    const bool idle = queue_.empty();
-    queue_.push_back(std::move(job));
-    if (idle) wake_.notify_one();
-  }
-  void Close() {
-    std::lock_guard lock(mutex_);
-    closed_ = true;
-    wake_.notify_one();
-  }
-  bool finished() const { return finished_.load(); }
-  bool failed() const { return failed_.load(); }
-  int done() const { return done_.load(); }
-  int64_t bytesDone() const { return bytesDone_.load(); }
-  int64_t bytesTotal() const { return bytesTotal_.load(); }
-  std::string error() {
-    std::lock_guard lock(mutex_);
-    return error_;
-  }
+  // The question about one file, asked on the window's thread before the
+  // file is handed over.
+  using Ask = std::function<Conflict(const CopyItem&)>;
+
+  // `escape` is the window's Esc flag: the job reads it between files and
+  // between blocks, and Cancel sets it.
+  CopyJob(std::vector<CopyItem> items, bool move, std::atomic<bool>& escape, Ask ask, QObject* parent = nullptr);
+  ~CopyJob() override;
+
+  void Start();
+  void Cancel();
+  bool running() const { return started_ && !ended_; }
+  int total() const { return static_cast<int>(items_.size()); }
+
+ signals:
+  // Now and then (not once a file): files done, and the bytes of the file
+  // being copied.
+  void progress(int filesDone, int filesTotal, qint64 bytesDone, qint64 bytesTotal);
+  // Once, on the window's thread: how many files were done and the first
+  // error (empty when none; a cancel is no error).
+  void finished(int done, const QString& error);
 
  private:
-  void Run() {
-    const CopyProgress progress = [this](int64_t done, int64_t total) {
-      bytesDone_.store(done, std::memory_order_relaxed);
-      bytesTotal_.store(total, std::memory_order_relaxed);
-    };
-    std::deque<CopyItem> batch;
-    for (;;) {
-      {
-        // Whatever has been handed over is taken at once, so the window's
-        // thread and this one meet at the lock once a batch, not once a file.
-        std::unique_lock lock(mutex_);
-        wake_.wait(lock, [this] { return closed_ || !queue_.empty(); });
-        if (queue_.empty()) break;
-        batch.swap(queue_);
-      }
-      for (CopyItem& job : batch) {
-        if (escape_.load() || failed_.load()) continue;  // drain without work
-        bytesDone_.store(0, std::memory_order_relaxed);
-        bytesTotal_.store(0, std::memory_order_relaxed);
-        const FileOpResult result =
-            move_ ? SafeMoveFile(job.source, job.target, progress) : SafeCopyFile(job.source, job.target, progress);
-        if (result.ok) {
-          done_.fetch_add(1, std::memory_order_relaxed);
-        } else {
-          std::lock_guard lock(mutex_);
-          error_ = result.error;
-          failed_ = true;
-        }
-      }
-      batch.clear();
-    }
-    finished_ = true;
-  }
+  void Feed();
+  void Report();
+  void End();
 
-  const bool move_;
-  const std::atomic<bool>& escape_;
-  std::thread thread_;
-  std::mutex mutex_;
-  std::condition_variable wake_;
-  std::deque<CopyItem> queue_;
-  bool closed_ = false;
-  std::string error_;
-  std::atomic<bool> finished_{false};
-  std::atomic<bool> failed_{false};
-  std::atomic<int> done_{0};
-  std::atomic<int64_t> bytesDone_{0};
-  std::atomic<int64_t> bytesTotal_{0};
+  std::vector<CopyItem> items_;
+  size_t next_ = 0;
+  std::atomic<bool>& escape_;
+  Ask ask_;
+  std::unique_ptr<CopyWorker> worker_;
+  QTimer ticker_;
+  bool started_ = false;
+  bool ended_ = false;
 };
 
 }  // namespace trel

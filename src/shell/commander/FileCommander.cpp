@@ -8,8 +8,6 @@
 #include <QApplication>
 #include <QDateTime>
 #include <QDir>
-#include <QElapsedTimer>
-#include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
 #include <QKeyEvent>
@@ -19,11 +17,7 @@
 #include <QTime>
 #include <QTimer>
 #include <QUrl>
-#include <condition_variable>
-#include <deque>
 #include <filesystem>
-#include <mutex>
-#include <thread>
 
 #include <unistd.h>
 
@@ -89,15 +83,22 @@ int FileCommander::OverwriteCheck(const std::string& sourcePath, const std::stri
     overwrite_.Reset();
     return 0;
   }
-  return OverwriteCheckDescribed(sourcePath.empty() ? QString() : Described(sourcePath), targetPath);
+  // The source is described only when the question is asked: its size and
+  // date cost a look at the file and a formatted date, for every file of a batch.
+  return AskOverwrite(targetPath, [&] { return sourcePath.empty() ? QString() : Described(sourcePath); });
 }
 
 int FileCommander::OverwriteCheckDescribed(const QString& source, const std::string& targetPath) {
+  return AskOverwrite(targetPath, [&] { return source; });
+}
+
+int FileCommander::AskOverwrite(const std::string& targetPath, const std::function<QString()>& describeSource) {
   // Asked for every file of a batch: one system call, no conversion of the name.
   Conflict decision = Conflict::Go;
   if (overwrite_.Decided(::access(targetPath.c_str(), F_OK) == 0, decision)) return static_cast<int>(decision);
   QString first = Described(targetPath);
   QString second;
+  const QString source = describeSource();
   if (source.isEmpty()) {
     first += " ?";
   } else {
@@ -108,55 +109,33 @@ int FileCommander::OverwriteCheckDescribed(const QString& source, const std::str
 
 // --- copy and move
 
-int FileCommander::RunJobs(std::vector<CopyItem>& jobs, bool move, std::string& error) {
-  // `jobs` holds the candidates; each is asked about first, on this thread,
-  // and handed to the worker as soon as it is answered.
+void FileCommander::StartJob(std::vector<CopyItem> items, bool move,
+                             std::function<void(int done, const std::string& error)> then) {
   window_.EscapeFlag() = false;
   busy_ = true;
   const double start = SecondsSinceMidnight();
-  const long total = static_cast<long>(jobs.size());
-  CopyWorker worker(move, window_.EscapeFlag());
-  QTimer ticker;
-  ticker.setInterval(100);
-  connect(&ticker, &QTimer::timeout, this, [&] {
-    const int64_t bytes = worker.bytesTotal();
-    if (bytes > (64 << 20)) {
-      window_.Progressbar(static_cast<int>(100 * worker.bytesDone() / bytes));
-    } else if (worker.done() > 0) {
-      window_.StatusDisplay(worker.done(), total, start);
+  // Each file is asked about first, on this thread, and handed to the worker
+  // as soon as it is answered.
+  job_ = new CopyJob(
+      std::move(items), move, window_.EscapeFlag(),
+      [this](const CopyItem& item) { return static_cast<Conflict>(OverwriteCheck(item.source, item.target)); },
+      this);
+  connect(job_, &CopyJob::progress, this, [this, start](int files, int total, qint64 bytes, qint64 bytesTotal) {
+    if (bytesTotal > (64 << 20)) {
+      window_.Progressbar(static_cast<int>(100 * bytes / bytesTotal));
+    } else if (files > 0) {
+      window_.StatusDisplay(files, total, start);
     }
   });
-  ticker.start();
-  std::vector<CopyItem> handed;
-  QElapsedTimer slice;
-  slice.start();
-  for (CopyItem& job : jobs) {
-    // Thousands of names are handed over in slices, so the window paints and
-    // hears Esc in between.
-    if (slice.elapsed() > 15) {
-      QApplication::processEvents();
-      slice.restart();
-    }
-    if (window_.EscapeFlag() || worker.failed()) break;
-    if (job.source.empty()) continue;
-    const int answer = OverwriteCheck(job.source, job.target);
-    if (answer == 4) break;
-    if (answer != 0) continue;
-    handed.push_back(job);
-    worker.Push(std::move(job));
-  }
-  worker.Close();
-  while (!worker.finished()) {
-    QEventLoop wait;
-    QTimer::singleShot(5, &wait, &QEventLoop::quit);
-    wait.exec();
-  }
-  ticker.stop();
-  busy_ = false;
-  window_.StatusDisplayClear();
-  jobs = std::move(handed);
-  if (worker.failed()) error = worker.error();
-  return worker.done();
+  connect(job_, &CopyJob::finished, this, [this, then = std::move(then)](int done, const QString& error) {
+    job_->deleteLater();
+    job_ = nullptr;
+    busy_ = false;
+    window_.StatusDisplayClear();
+    then(done, error.toStdString());
+    emit jobFinished();
+  });
+  job_->Start();
 }
 
 void FileCommander::cmd_CopyFiles() {
@@ -184,14 +163,14 @@ void FileCommander::cmd_CopyFiles() {
   OverwriteCheck("", "");
   std::vector<CopyItem> jobs =
       PlanCopy(selection.folder, selection.items, source->paneView() == FilePane::kPluginView, target);
-  std::string error;
-  const int done = RunJobs(jobs, false, error);
-  if (done > 0 || !error.empty()) {
-    window_.RefreshFile1C(active);
-    if (window_.pane(passive)->paneView() == FilePane::kPluginView) window_.SSTab1_Click(passive);
-  }
-  OverwriteCheck("", "");
-  if (!error.empty()) messages().ErrorMessage(error);
+  StartJob(std::move(jobs), false, [this, active, passive](int done, const std::string& error) {
+    if (done > 0 || !error.empty()) {
+      window_.RefreshFile1C(active);
+      if (window_.pane(passive)->paneView() == FilePane::kPluginView) window_.SSTab1_Click(passive);
+    }
+    OverwriteCheck("", "");
+    if (!error.empty()) messages().ErrorMessage(error);
+  });
 }
 
 void FileCommander::cmd_MoveFiles(const std::string& givenTarget, bool internal) {
@@ -221,15 +200,15 @@ void FileCommander::cmd_MoveFiles(const std::string& givenTarget, bool internal)
                                                  : WithTrailingSeparator(givenTarget);
   OverwriteCheck("", "");
   std::vector<CopyItem> jobs = PlanMove(selection.folder, selection.items, view == FilePane::kPluginView, target);
-  std::string error;
-  RunJobs(jobs, true, error);
-  OverwriteCheck("", "");
-  window_.RefreshBoth();
-  for (int i = 0; i < 2; ++i) {
-    window_.ClearPluginViewFresh(i);
-    if (window_.pane(i)->paneView() == FilePane::kPluginView) window_.SSTab1_Click(i);
-  }
-  if (!error.empty()) messages().ErrorMessage(error);
+  StartJob(std::move(jobs), true, [this](int, const std::string& error) {
+    OverwriteCheck("", "");
+    window_.RefreshBoth();
+    for (int i = 0; i < 2; ++i) {
+      window_.ClearPluginViewFresh(i);
+      if (window_.pane(i)->paneView() == FilePane::kPluginView) window_.SSTab1_Click(i);
+    }
+    if (!error.empty()) messages().ErrorMessage(error);
+  });
 }
 
 // --- delete and kill

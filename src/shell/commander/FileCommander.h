@@ -26,6 +26,7 @@ namespace trel {
 
 class MainWindow;
 class FilePane;
+class CopyJob;
 
 // The questions the commands ask, so that tests answer them without a modal
 // loop. The program's implementation shows the dialogs.
@@ -101,10 +102,15 @@ class FileCommander : public QObject, public OverwriteChecker {
   // The target of the last SelectFolder (for tests and the convert dialog).
   QString SelectFolderDialog(const QString& firstEntry, bool noChange, bool* subFolders = nullptr);
 
+  // True from the start of a copy or move until its job has ended and the
+  // panes show the result (then jobFinished is emitted).
   bool busy() const { return busy_; }
   // While busy the window paints and hears Esc but takes no other input, and
   // the file commands refuse to start: for work other commands run too.
   void SetBusy(bool on) { busy_ = on; }
+
+ signals:
+  void jobFinished();
 
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
@@ -113,9 +119,12 @@ class FileCommander : public QObject, public OverwriteChecker {
   void SelectAllOrToggle(bool all);
   void Refuse(const std::string& text, const std::string& title = "Trel");
   bool FoldersIdentical();
-  // Runs a batch of copies or moves off the window's thread with progress;
-  // returns how many were done and the first error.
-  int RunJobs(std::vector<CopyItem>& jobs, bool move, std::string& error);
+  int AskOverwrite(const std::string& targetPath, const std::function<QString()>& describeSource);
+  // Starts a batch of copies or moves as a job off the window's thread, with
+  // progress; `then` runs on the window's thread when the batch has ended,
+  // with how many files were done and the first error.
+  void StartJob(std::vector<CopyItem> items, bool move,
+                std::function<void(int done, const std::string& error)> then);
   bool AcceptFolder(QString& text, bool noChange);
 
   MainWindow& window_;
@@ -123,7 +132,7 @@ class FileCommander : public QObject, public OverwriteChecker {
   ShellHooks* hooks_ = nullptr;
   OverwriteRule overwrite_;
   bool busy_ = false;
-  bool CooperativeMultitasking = false;  // read by the loops, set by nothing
+  QPointer<CopyJob> job_;  // the batch under way
 };
 
 }  // namespace trel

@@ -8,8 +8,6 @@
 #include <QApplication>
 #include <QDateTime>
 #include <QDir>
-#include <QElapsedTimer>
-#include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
 #include <QKeyEvent>
@@ -19,11 +17,7 @@
 #include <QTime>
 #include <QTimer>
 #include <QUrl>
-#include <condition_variable>
-#include <deque>
 #include <filesystem>
-#include <mutex>
-#include <thread>
 
 #include <unistd.h>
 
