@@ -44,7 +44,7 @@ TEST(CopyJob, CopiesWhatIsAnsweredGoSkipsTheRestAndStopsAtCancel) {
   items.insert(items.begin() + 1, CopyItem{});  // a row that names no file is passed over unasked
   std::atomic<bool> escape{false};
   std::vector<std::string> asked;
-  CopyJob job(items, false, escape, [&](const CopyItem& item) {
+  CopyJob job(items, FileJob::Copy, escape, [&](const CopyItem& item) {
     asked.push_back(item.target);
     if (item.target == to.file("b")) return Conflict::Skip;
     if (item.target == to.file("d")) return Conflict::Stop;
@@ -66,7 +66,7 @@ TEST(CopyJob, AFailureEndsTheBatchWithTheFirstErrorAndAMoveKeepsWhatItDidntMove)
   const std::vector<CopyItem> items{{from.Write("a", "a"), to.file("a")},
                                     {from.file("missing"), to.file("missing")},
                                     {from.Write("c", "c"), to.file("c")}};
-  CopyJob job(items, true, escape, [](const CopyItem&) { return Conflict::Go; });
+  CopyJob job(items, FileJob::Move, escape, [](const CopyItem&) { return Conflict::Go; });
   const Finished end = RunToEnd(job);
   EXPECT_EQ(end.done, 1);
   EXPECT_TRUE(end.error.startsWith(QString::fromStdString(from.file("missing")))) << end.error.toStdString();
@@ -88,7 +88,7 @@ TEST(CopyJob, EscWhileFilesAreAskedAboutLeavesWholeFilesOrNoneAndNoTemporaryFile
   }
   int asked = 0;
   CopyJob* running = nullptr;
-  CopyJob job(items, false, escape, [&](const CopyItem&) {
+  CopyJob job(items, FileJob::Copy, escape, [&](const CopyItem&) {
     if (++asked == 2) running->Cancel();
     return Conflict::Go;
   });
@@ -108,7 +108,7 @@ TEST(CopyJob, EscWhileFilesAreAskedAboutLeavesWholeFilesOrNoneAndNoTemporaryFile
   // Cancelled before it starts: nothing is asked and nothing copied.
   escape = false;
   asked = 0;
-  CopyJob early(items, false, escape, [&](const CopyItem&) {
+  CopyJob early(items, FileJob::Copy, escape, [&](const CopyItem&) {
     ++asked;
     return Conflict::Go;
   });
@@ -122,7 +122,7 @@ TEST(CopyJob, DroppedWhileItRunsStopsAndLeavesNoTemporaryFile) {
   std::atomic<bool> escape{false};
   const std::vector<CopyItem> items{{from.Write("big", std::string(48 << 20, 'y')), to.file("big")}};
   {
-    CopyJob job(items, false, escape, [](const CopyItem&) { return Conflict::Go; });
+    CopyJob job(items, FileJob::Copy, escape, [](const CopyItem&) { return Conflict::Go; });
     job.Start();
     QTest::qWait(5);  // under way, or already done
   }
@@ -130,6 +130,33 @@ TEST(CopyJob, DroppedWhileItRunsStopsAndLeavesNoTemporaryFile) {
     EXPECT_EQ(entry.path().filename(), "big");
     EXPECT_EQ(fs::file_size(entry.path()), 48u << 20);
   }
+}
+
+TEST(CopyJob, ErasingGoesOnPastWhatCantBeErasedAndATreeTakesLinksNotWhatTheyPointTo) {
+  TempDir dir, outside;
+  std::atomic<bool> escape{false};
+  CopyJob files({{dir.Write("a", "a"), {}}, {dir.file("missing"), {}}, {dir.Write("c", "c"), {}}}, FileJob::Erase,
+                escape);
+  const Finished erased = RunToEnd(files);
+  EXPECT_EQ(erased.done, 2);
+  EXPECT_TRUE(erased.error.startsWith(QString::fromStdString(dir.file("missing") + " couldn't be erased")))
+      << erased.error.toStdString();
+  EXPECT_FALSE(dir.Exists("a"));
+  EXPECT_FALSE(dir.Exists("c"));
+
+  fs::create_directories(dir.file("tree/deep/er"));
+  dir.Write("tree/deep/er/f", "f");
+  dir.Write("tree/g", "g");
+  outside.Write("kept", "kept");
+  fs::create_directory_symlink(outside.path(), dir.file("tree/link"));
+  fs::create_directories(dir.file("second"));
+  CopyJob trees({{dir.file("tree/"), {}}, {dir.file("second"), {}}}, FileJob::EraseTree, escape);
+  const Finished gone = RunToEnd(trees);
+  EXPECT_EQ(gone.done, 2);
+  EXPECT_TRUE(gone.error.isEmpty()) << gone.error.toStdString();
+  EXPECT_FALSE(dir.Exists("tree"));
+  EXPECT_FALSE(dir.Exists("second"));
+  EXPECT_EQ(outside.Read("kept"), "kept");
 }
 
 }  // namespace

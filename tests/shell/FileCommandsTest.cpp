@@ -297,11 +297,11 @@ TEST_F(FileCommandsTest, MoveDeleteKillAndTheirRefreshes) {
   // Kill asks first; No keeps the file.
   Select({"c.afs"});
   recorder.answers = {MsgResult::No};
-  commander->cmd_Kill();
+  commander->cmd_Kill(); Settle();
   EXPECT_TRUE(left.Exists("c.afs"));
   EXPECT_EQ(recorder.said.back(),
             "Kill: The file(s) will be erased and won't be put in the trash can.\nProceed anyway?");
-  commander->cmd_Kill();
+  commander->cmd_Kill(); Settle();
   EXPECT_FALSE(left.Exists("c.afs"));
 
   // Delete goes to the trash, with no question of its own.
@@ -348,7 +348,7 @@ TEST_F(FileCommandsTest, FolderCommandsRenameCreateMoveAndKill) {
   Open(1, left.file("sub"));
   left.Write("sub/x.txt", "x");
   Select({" sub"});
-  commander->cmd_KillDir();
+  commander->cmd_KillDir(); Settle();
   EXPECT_FALSE(fs::exists(left.file("sub")));
   EXPECT_EQ(window->pane(1)->folder(), left.path());
   EXPECT_EQ(p->model()->FindText(" sub"), -1);

@@ -233,7 +233,7 @@ void FileCommander::DropFiles(int pane, const QStringList& paths, const std::str
     return;
   }
   // The folders move whole, by a rename, once the files are in place.
-  StartJob(std::move(plan.files), true, [this, target, folders = std::move(plan.folders)](int, std::string error) {
+  StartJob(std::move(plan.files), FileJob::Move, [this, target, folders = std::move(plan.folders)](int, std::string error) {
     for (const std::string& folder : folders) {
       if (!error.empty()) break;
       const std::string to = target + FileNameOf(folder);

@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
+#include <filesystem>
 #include <mutex>
 #include <thread>
 
@@ -17,8 +18,8 @@ namespace trel {
 // and no more will come.
 class CopyWorker {
  public:
-  CopyWorker(bool move, const std::atomic<bool>& escape, std::function<void()> onEnd)
-      : move_(move), escape_(escape), onEnd_(std::move(onEnd)) {
+  CopyWorker(FileJob kind, const std::atomic<bool>& escape, std::function<void()> onEnd)
+      : kind_(kind), escape_(escape), onEnd_(std::move(onEnd)) {
     thread_ = std::thread([this] { Run(); });
   }
   ~CopyWorker() {
@@ -67,14 +68,14 @@ class CopyWorker {
         if (escape_.load(std::memory_order_relaxed) || failed_.load()) continue;  // drain without work
         bytesDone_.store(0, std::memory_order_relaxed);
         bytesTotal_.store(0, std::memory_order_relaxed);
-        const FileOpResult result = move_ ? SafeMoveFile(job.source, job.target, progress, &escape_)
-                                          : SafeCopyFile(job.source, job.target, progress, &escape_);
+        const FileOpResult result = Do(job, progress);
         if (result.ok) {
           done_.fetch_add(1, std::memory_order_relaxed);
         } else if (!result.cancelled) {
           std::lock_guard lock(mutex_);
-          error_ = result.error;
-          failed_ = true;
+          if (error_.empty()) error_ = result.error;
+          // Erasing goes on past what can't be erased.
+          if (kind_ == FileJob::Copy || kind_ == FileJob::Move) failed_ = true;
         }
       }
       batch.clear();
@@ -82,7 +83,29 @@ class CopyWorker {
     onEnd_();
   }
 
-  const bool move_;
+  FileOpResult Do(const CopyItem& job, const CopyProgress& progress) {
+    switch (kind_) {
+      case FileJob::Copy: return SafeCopyFile(job.source, job.target, progress, &escape_);
+      case FileJob::Move: return SafeMoveFile(job.source, job.target, progress, &escape_);
+      case FileJob::Erase: {
+        FileOpResult result;
+        std::error_code ec;
+        result.ok = std::filesystem::remove(job.source, ec);
+        if (!result.ok) result.error = job.source + " couldn't be erased: " + ec.message();
+        return result;
+      }
+      case FileJob::EraseTree: {
+        FileOpResult result;
+        const int left = RemoveTree(job.source);
+        result.ok = left == 0;
+        if (!result.ok) result.error = std::to_string(left) + " files or folders couldn't be deleted.";
+        return result;
+      }
+    }
+    return {};
+  }
+
+  const FileJob kind_;
   const std::atomic<bool>& escape_;
   std::function<void()> onEnd_;
   std::thread thread_;
@@ -97,9 +120,9 @@ class CopyWorker {
   std::atomic<int64_t> bytesTotal_{0};
 };
 
-CopyJob::CopyJob(std::vector<CopyItem> items, bool move, std::atomic<bool>& escape, Ask ask, QObject* parent)
+CopyJob::CopyJob(std::vector<CopyItem> items, FileJob kind, std::atomic<bool>& escape, Ask ask, QObject* parent)
     : QObject(parent), items_(std::move(items)), escape_(escape), ask_(std::move(ask)) {
-  worker_ = std::make_unique<CopyWorker>(move, escape_, [this] {
+  worker_ = std::make_unique<CopyWorker>(kind, escape_, [this] {
     // The worker's last act: the end is announced on the window's thread.
     QMetaObject::invokeMethod(this, &CopyJob::End, Qt::QueuedConnection);
   });
@@ -135,7 +158,7 @@ void CopyJob::Feed() {
     }
     CopyItem& item = items_[next_++];
     if (item.source.empty()) continue;
-    const Conflict answer = ask_(item);
+    const Conflict answer = ask_ ? ask_(item) : Conflict::Go;
     if (answer == Conflict::Stop) {
       next_ = items_.size();
       break;

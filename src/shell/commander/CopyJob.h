@@ -2,7 +2,7 @@
 // on a thread of their own while the window keeps running its own event loop:
 // the job asks about each file on the window's thread (the Overwrite
 // question), in slices, hands the answered files over, and reports progress
-// and its end by signals. Esc cancels through the job: the file being copied
+// and its end by signals. Erasing files and folder trees runs the same way. Esc cancels through the job: the file being copied
 // is dropped with its temporary copy, and no later file starts.
 #pragma once
 
@@ -21,16 +21,21 @@ namespace trel {
 
 class CopyWorker;
 
+// What a job does with each file. Copies and moves stop at the first failure;
+// erasing goes on and reports the first.
+enum class FileJob { Copy, Move, Erase, EraseTree };
+
 class CopyJob : public QObject {
   Q_OBJECT
  public:
   // The question about one file, asked on the window's thread before the
-  // file is handed over.
+  // file is handed over; none means every file goes.
   using Ask = std::function<Conflict(const CopyItem&)>;
 
   // `escape` is the window's Esc flag: the job reads it between files and
   // between blocks, and Cancel sets it.
-  CopyJob(std::vector<CopyItem> items, bool move, std::atomic<bool>& escape, Ask ask, QObject* parent = nullptr);
+  CopyJob(std::vector<CopyItem> items, FileJob kind, std::atomic<bool>& escape, Ask ask = {},
+          QObject* parent = nullptr);
   ~CopyJob() override;
 
   void Start();

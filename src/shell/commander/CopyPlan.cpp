@@ -1,5 +1,7 @@
 #include "shell/commander/CopyPlan.h"
 
+#include <filesystem>
+
 #include "base/DirectoryListing.h"
 #include "base/Paths.h"
 #include "settings/FolderIdentity.h"
@@ -79,6 +81,29 @@ Conflict OverwriteRule::Answer(int button) {
       return button == 0 ? Conflict::Go : Conflict::Skip;
     default: return Conflict::Stop;
   }
+}
+
+int RemoveTree(const std::string& given) {
+  namespace fs = std::filesystem;
+  const std::string folder = StripSeparator(given);
+  int errors = 0;
+  std::error_code ec;
+  if (fs::is_symlink(folder, ec)) {
+    if (!fs::remove(folder, ec)) ++errors;
+    return errors;
+  }
+  for (fs::directory_iterator it(folder, ec), end; !ec && it != end; it.increment(ec)) {
+    const fs::path entry = it->path();
+    std::error_code e;
+    if (it->is_directory(e) && !it->is_symlink(e)) {
+      errors += RemoveTree(entry.string());
+    } else if (!fs::remove(entry, e)) {
+      ++errors;
+    }
+  }
+  if (ec) ++errors;
+  if (!fs::remove(folder, ec)) ++errors;
+  return errors;
 }
 
 std::string Lower4(const std::string& name) {

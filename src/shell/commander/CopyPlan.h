@@ -56,6 +56,10 @@ class OverwriteRule {
   int stored_ = 0;
 };
 
+// Removes a folder and all in it; a link to a folder goes, never what it
+// points to. Returns the count of entries that stayed.
+int RemoveTree(const std::string& folder);
+
 // True for the names of plugins, enabled or disabled.
 bool IsPluginFileName(const std::string& name);
 

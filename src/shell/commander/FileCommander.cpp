@@ -109,7 +109,7 @@ int FileCommander::AskOverwrite(const std::string& targetPath, const std::functi
 
 // --- copy and move
 
-void FileCommander::StartJob(std::vector<CopyItem> items, bool move,
+void FileCommander::StartJob(std::vector<CopyItem> items, FileJob kind,
                              std::function<void(int done, const std::string& error)> then) {
   window_.EscapeFlag() = false;
   busy_ = true;
@@ -117,16 +117,18 @@ void FileCommander::StartJob(std::vector<CopyItem> items, bool move,
   // Each file is asked about first, on this thread, and handed to the worker
   // as soon as it is answered.
   job_ = new CopyJob(
-      std::move(items), move, window_.EscapeFlag(),
+      std::move(items), kind, window_.EscapeFlag(),
       [this](const CopyItem& item) { return static_cast<Conflict>(OverwriteCheck(item.source, item.target)); },
       this);
-  connect(job_, &CopyJob::progress, this, [this, start](int files, int total, qint64 bytes, qint64 bytesTotal) {
-    if (bytesTotal > (64 << 20)) {
-      window_.Progressbar(static_cast<int>(100 * bytes / bytesTotal));
-    } else if (files > 0) {
-      window_.StatusDisplay(files, total, start);
-    }
-  });
+  // Copies and moves show their progress; erasing is quick and shows none.
+  if (kind == FileJob::Copy || kind == FileJob::Move)
+    connect(job_, &CopyJob::progress, this, [this, start](int files, int total, qint64 bytes, qint64 bytesTotal) {
+      if (bytesTotal > (64 << 20)) {
+        window_.Progressbar(static_cast<int>(100 * bytes / bytesTotal));
+      } else if (files > 0) {
+        window_.StatusDisplay(files, total, start);
+      }
+    });
   connect(job_, &CopyJob::finished, this, [this, then = std::move(then)](int done, const QString& error) {
     job_->deleteLater();
     job_ = nullptr;
@@ -163,7 +165,7 @@ void FileCommander::cmd_CopyFiles() {
   OverwriteCheck("", "");
   std::vector<CopyItem> jobs =
       PlanCopy(selection.folder, selection.items, source->paneView() == FilePane::kPluginView, target);
-  StartJob(std::move(jobs), false, [this, active, passive](int done, const std::string& error) {
+  StartJob(std::move(jobs), FileJob::Copy, [this, active, passive](int done, const std::string& error) {
     if (done > 0 || !error.empty()) {
       window_.RefreshFile1C(active);
       if (window_.pane(passive)->paneView() == FilePane::kPluginView) window_.SSTab1_Click(passive);
@@ -200,7 +202,7 @@ void FileCommander::cmd_MoveFiles(const std::string& givenTarget, bool internal)
                                                  : WithTrailingSeparator(givenTarget);
   OverwriteCheck("", "");
   std::vector<CopyItem> jobs = PlanMove(selection.folder, selection.items, view == FilePane::kPluginView, target);
-  StartJob(std::move(jobs), true, [this](int, const std::string& error) {
+  StartJob(std::move(jobs), FileJob::Move, [this](int, const std::string& error) {
     OverwriteCheck("", "");
     window_.RefreshBoth();
     for (int i = 0; i < 2; ++i) {
@@ -244,6 +246,7 @@ void FileCommander::cmd_DeleteFiles(bool internal) {
 }
 
 void FileCommander::cmd_Kill(bool internal) {
+  if (busy_) return;
   const int active = window_.ActivePane();
   FilePane* p = window_.pane(active);
   const int view = p->paneView();
@@ -253,20 +256,15 @@ void FileCommander::cmd_Kill(bool internal) {
     if (messages().MsgBox("The file(s) will be erased and won't be put in the trash can.\nProceed anyway?",
                           MsgButtons::YesNo, MsgIcon::Exclamation, "Kill") != MsgResult::Yes)
       return;
-    window_.EscapeFlag() = false;
-    std::string failed;
-    for (const std::string& item : selection.items) {
-      if (item.empty()) continue;
-      QApplication::processEvents();
-      if (window_.EscapeFlag()) break;
-      const std::string path = FullPath(selection.folder, item, view == FilePane::kPluginView);
-      std::error_code ec;
-      if (!fs::remove(path, ec) && failed.empty()) failed = path + " couldn't be erased: " + ec.message();
-    }
-    window_.ClearPluginViewFresh(active);
-    window_.RefreshFile1(active);
-    if (view == FilePane::kPluginView) window_.SSTab1_Click(active);
-    if (!failed.empty()) messages().ErrorMessage(failed);
+    std::vector<CopyItem> files;
+    for (const std::string& item : selection.items)
+      if (!item.empty()) files.push_back({FullPath(selection.folder, item, view == FilePane::kPluginView), {}});
+    StartJob(std::move(files), FileJob::Erase, [this, active, view](int, const std::string& failed) {
+      window_.ClearPluginViewFresh(active);
+      window_.RefreshFile1(active);
+      if (view == FilePane::kPluginView) window_.SSTab1_Click(active);
+      if (!failed.empty()) messages().ErrorMessage(failed);
+    });
     return;
   }
   const std::string folder = GetSingleFolder(*p, true);

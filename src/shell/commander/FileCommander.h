@@ -27,6 +27,7 @@ namespace trel {
 class MainWindow;
 class FilePane;
 class CopyJob;
+enum class FileJob;
 
 // The questions the commands ask, so that tests answer them without a modal
 // loop. The program's implementation shows the dialogs.
@@ -119,11 +120,12 @@ class FileCommander : public QObject, public OverwriteChecker {
   void SelectAllOrToggle(bool all);
   void Refuse(const std::string& text, const std::string& title = "Trel");
   bool FoldersIdentical();
+  void StepOutOf(const std::string& folder);
   int AskOverwrite(const std::string& targetPath, const std::function<QString()>& describeSource);
   // Starts a batch of copies or moves as a job off the window's thread, with
   // progress; `then` runs on the window's thread when the batch has ended,
   // with how many files were done and the first error.
-  void StartJob(std::vector<CopyItem> items, bool move,
+  void StartJob(std::vector<CopyItem> items, FileJob kind,
                 std::function<void(int done, const std::string& error)> then);
   bool AcceptFolder(QString& text, bool noChange);
 

@@ -37,6 +37,8 @@
 #include "shell/pluginview/PluginViewPage.h"
 #include "shell/pane/PaneRules.h"
 #include "base/SafeCopy.h"
+#include "shell/commander/CopyJob.h"
+#include "shell/commander/CopyPlan.h"
 #include "shell/pane/Selection.h"
 
 namespace trel {
@@ -93,6 +95,7 @@ bool FileCommander::FoldersIdentical() {
 // --- kill a folder
 
 void FileCommander::cmd_KillDir() {
+  if (busy_) return;
   const int active = window_.ActivePane();
   FilePane* p = window_.pane(active);
   if (p->paneView() >= FilePane::kPluginView) {
@@ -104,41 +107,25 @@ void FileCommander::cmd_KillDir() {
   if (messages().MsgBox("Kill the selected folder(s) and the files they contain?", MsgButtons::YesNo,
                         MsgIcon::Exclamation, "Kill Folders") != MsgResult::Yes)
     return;
-  window_.EscapeFlag() = false;
-  int errors = 0;
+  std::vector<CopyItem> trees;
   for (const std::string& folder : folders.folders) {
-    QApplication::processEvents();
-    if (window_.EscapeFlag()) break;
-    errors += DeleteTree(folder, true);
+    StepOutOf(folder);
+    trees.push_back({folder, {}});
   }
-  window_.ClearPluginViewFresh(active);
-  window_.RefreshFile1(active);
-  if (errors != 0)
-    messages().MsgBox("Error while deleting...\nPlease check, if all selected files were deleted.", MsgButtons::Ok,
-                      MsgIcon::Exclamation, "Error");
+  // The trees go on the worker, one after the other; Esc stops between them.
+  StartJob(std::move(trees), FileJob::EraseTree, [this, active](int, const std::string& error) {
+    window_.ClearPluginViewFresh(active);
+    window_.RefreshFile1(active);
+    if (!error.empty())
+      messages().MsgBox("Error while deleting...\nPlease check, if all selected files were deleted.", MsgButtons::Ok,
+                        MsgIcon::Exclamation, "Error");
+  });
 }
 
-int FileCommander::DeleteTree(const std::string& given, bool silent) {
+// An open folder can't be removed: a pane standing in it, or below it, steps
+// up out of it first.
+void FileCommander::StepOutOf(const std::string& given) {
   const std::string folder = StripSeparator(given);
-  int errors = 0;
-  std::error_code ec;
-  if (fs::is_symlink(folder, ec)) {
-    // A link to a folder goes, never what it points to.
-    if (!fs::remove(folder, ec)) ++errors;
-    return errors;
-  }
-  for (fs::directory_iterator it(folder, ec), end; !ec && it != end; it.increment(ec)) {
-    const fs::path entry = it->path();
-    std::error_code e;
-    if (it->is_directory(e) && !it->is_symlink(e)) {
-      errors += DeleteTree(entry.string(), true);
-    } else if (!fs::remove(entry, e)) {
-      ++errors;
-    }
-  }
-  if (ec) ++errors;
-  // An open folder can't be removed: a pane standing in it, or below it, steps
-  // up out of it first.
   for (int i = 0; i < 2; ++i) {
     FilePane* p = window_.pane(i);
     if (IsSameOrInside(p->folder(), folder)) {
@@ -146,7 +133,11 @@ int FileCommander::DeleteTree(const std::string& given, bool silent) {
       p->DrawDirLabel();
     }
   }
-  if (!fs::remove(folder, ec)) ++errors;
+}
+
+int FileCommander::DeleteTree(const std::string& folder, bool silent) {
+  StepOutOf(folder);
+  const int errors = RemoveTree(folder);
   if (!silent && errors >= 1)
     Refuse(std::to_string(errors) +
            " files or folders couldn't be deleted.\nThey are probably used by running applications.");
