@@ -85,8 +85,8 @@ class CopyWorker {
 
   FileOpResult Do(const CopyItem& job, const CopyProgress& progress) {
     switch (kind_) {
-      case FileJob::Copy: return SafeCopyFile(job.source, job.target, progress, &escape_);
-      case FileJob::Move: return SafeMoveFile(job.source, job.target, progress, &escape_);
+      case FileJob::Copy: return copier_.Copy(job.source, job.target, progress, &escape_);
+      case FileJob::Move: return copier_.Move(job.source, job.target, progress, &escape_);
       case FileJob::Erase: {
         FileOpResult result;
         std::error_code ec;
@@ -106,6 +106,7 @@ class CopyWorker {
   }
 
   const FileJob kind_;
+  FileCopier copier_;  // used by the worker's thread only
   const std::atomic<bool>& escape_;
   std::function<void()> onEnd_;
   std::thread thread_;

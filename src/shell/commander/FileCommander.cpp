@@ -118,7 +118,11 @@ void FileCommander::StartJob(std::vector<CopyItem> items, FileJob kind,
   // as soon as it is answered.
   job_ = new CopyJob(
       std::move(items), kind, window_.EscapeFlag(),
-      [this](const CopyItem& item) { return static_cast<Conflict>(OverwriteCheck(item.source, item.target)); },
+      kind == FileJob::Copy || kind == FileJob::Move
+          ? CopyJob::Ask([this](const CopyItem& item) {
+              return static_cast<Conflict>(OverwriteCheck(item.source, item.target));
+            })
+          : CopyJob::Ask(),
       this);
   // Copies and moves show their progress; erasing is quick and shows none.
   if (kind == FileJob::Copy || kind == FileJob::Move)
@@ -129,12 +133,17 @@ void FileCommander::StartJob(std::vector<CopyItem> items, FileJob kind,
         window_.StatusDisplay(files, total, start);
       }
     });
+  for (int i = 0; i < 2; ++i) window_.pane(i)->PauseWatching(true);
   connect(job_, &CopyJob::finished, this, [this, then = std::move(then)](int done, const QString& error) {
     job_->deleteLater();
     job_ = nullptr;
     busy_ = false;
     window_.StatusDisplayClear();
+    // A pane the command fills anew shows the job's result; only the other
+    // one looks again once its watch resumes.
+    const int listed[2] = {window_.pane(0)->listings(), window_.pane(1)->listings()};
     then(done, error.toStdString());
+    for (int i = 0; i < 2; ++i) window_.pane(i)->PauseWatching(false, window_.pane(i)->listings() == listed[i]);
     emit jobFinished();
   });
   job_->Start();

@@ -118,11 +118,18 @@ FilePane::FilePane(int pane, PaneShared& shared, QWidget* parent)
 }
 
 void FilePane::Watch(const std::string& folder) {
-  const QString path = QString::fromStdString(folder);
+  const QString path = watchPaused_ ? QString() : QString::fromStdString(folder);
   const QStringList watched = watcher_->directories();
   if (watched.size() == 1 && watched.front() == path) return;
   if (!watched.isEmpty()) watcher_->removePaths(watched);
   if (!path.isEmpty()) watcher_->addPath(path);
+}
+
+void FilePane::PauseWatching(bool paused, bool refreshAfter) {
+  if (paused == watchPaused_) return;
+  watchPaused_ = paused;
+  Watch(folder_);
+  if (!paused && refreshAfter) watchDelay_->start();
 }
 
 void FilePane::FolderChangedOutside() {
@@ -272,6 +279,7 @@ bool FilePane::listViewShown() const { return !listView_->isHidden(); }
 
 void FilePane::ReadFolder(const std::string& folder) {
   DirListing listing = ListDirectory(folder, pattern_);
+  ++listings_;
   // A re-read of the same folder keeps the classic list's selection on its names.
   QStringList keep;
   QString keepCurrent;
