@@ -108,7 +108,7 @@ class FileCommandsTest : public ::testing::Test {
     window->Switchit(0);
   }
   void TearDown() override {
-    window->close();
+    if (window) window->close();
     window.reset();
     QDir::setCurrent(saved_);
   }
@@ -816,6 +816,27 @@ TEST_F(FileCommandsTest, ACopyRunsAsAJobWhileTheWindowKeepsItsEventLoop) {
   EXPECT_EQ(right.Read("many199.txt"), std::string(1000, 'm'));
   EXPECT_NE(window->pane(1)->model()->FindText("many0.txt"), -1);  // shown once done
   EXPECT_TRUE(recorder.said.empty()) << Said();
+}
+
+// A window closed while its copy runs ends the copy: no crash, and only
+// whole files in the target.
+TEST_F(FileCommandsTest, AWindowClosedDuringACopyLeavesOnlyWholeFiles) {
+  window->prefs().passivePaneFolder = 1;
+  const std::string bytes(1 << 20, 'w');
+  for (int i = 0; i < 40; ++i) left.Write("big" + std::to_string(i), bytes);
+  window->pane(0)->Refresh(true);
+  commander->mnuSelectAll_Click();
+  commander->cmd_CopyFiles();
+  ASSERT_TRUE(commander->busy());
+  QTest::qWait(1);
+  window.reset();
+  for (const auto& entry : fs::directory_iterator(right.path())) {
+    const std::string name = entry.path().filename().string();
+    EXPECT_NE(name.front(), '.') << name;  // no temporary copy
+    if (name.rfind("big", 0) == 0) {
+      EXPECT_EQ(fs::file_size(entry.path()), bytes.size()) << name;
+    }
+  }
 }
 
 }  // namespace

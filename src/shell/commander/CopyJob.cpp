@@ -123,7 +123,7 @@ class CopyWorker {
 
 CopyJob::CopyJob(std::vector<CopyItem> items, FileJob kind, std::atomic<bool>& escape, Ask ask, QObject* parent)
     : QObject(parent), items_(std::move(items)), escape_(escape), ask_(std::move(ask)) {
-  worker_ = std::make_unique<CopyWorker>(kind, escape_, [this] {
+  worker_ = std::make_unique<CopyWorker>(kind, cancel_, [this] {
     // The worker's last act: the end is announced on the window's thread.
     QMetaObject::invokeMethod(this, &CopyJob::End, Qt::QueuedConnection);
   });
@@ -134,7 +134,7 @@ CopyJob::CopyJob(std::vector<CopyItem> items, FileJob kind, std::atomic<bool>& e
 CopyJob::~CopyJob() {
   // A job dropped while it runs (its window closes) stops at once and leaves
   // nothing half-written: the worker removes the temporary copy it was making.
-  if (running()) escape_ = true;
+  cancel_ = true;
   worker_.reset();
 }
 
@@ -145,7 +145,7 @@ void CopyJob::Start() {
   QTimer::singleShot(0, this, &CopyJob::Feed);
 }
 
-void CopyJob::Cancel() { escape_ = true; }
+void CopyJob::Cancel() { cancel_ = true; }
 
 void CopyJob::Feed() {
   // Thousands of names are asked about in slices, so the window paints and
@@ -153,7 +153,8 @@ void CopyJob::Feed() {
   QElapsedTimer slice;
   slice.start();
   while (next_ < items_.size()) {
-    if (escape_.load() || worker_->failed()) {
+    if (escape_.load()) cancel_ = true;
+    if (cancel_.load() || worker_->failed()) {
       next_ = items_.size();
       break;
     }
@@ -173,7 +174,10 @@ void CopyJob::Feed() {
   worker_->Close();
 }
 
-void CopyJob::Report() { emit progress(worker_->done(), total(), worker_->bytesDone(), worker_->bytesTotal()); }
+void CopyJob::Report() {
+  if (escape_.load()) cancel_ = true;
+  emit progress(worker_->done(), total(), worker_->bytesDone(), worker_->bytesTotal());
+}
 
 void CopyJob::End() {
   if (ended_) return;

@@ -32,8 +32,8 @@ class CopyJob : public QObject {
   // file is handed over; none means every file goes.
   using Ask = std::function<Conflict(const CopyItem&)>;
 
-  // `escape` is the window's Esc flag: the job reads it between files and
-  // between blocks, and Cancel sets it.
+  // `escape` is the window's Esc flag, read on the window's thread while the
+  // job runs; the worker reads the job's own flag, which outlives neither.
   CopyJob(std::vector<CopyItem> items, FileJob kind, std::atomic<bool>& escape, Ask ask = {},
           QObject* parent = nullptr);
   ~CopyJob() override;
@@ -59,6 +59,7 @@ class CopyJob : public QObject {
   std::vector<CopyItem> items_;
   size_t next_ = 0;
   std::atomic<bool>& escape_;
+  std::atomic<bool> cancel_{false};  // what the worker reads
   Ask ask_;
   std::unique_ptr<CopyWorker> worker_;
   QTimer ticker_;
