@@ -457,6 +457,18 @@ TEST_F(FileCommandsTest, AShownFolderChangedByAnotherProgramShowsTheChangeAndKee
   EXPECT_EQ(p->model()->FindText("later.txt"), -1);
 }
 
+// While a job runs the panes don't watch their folders; what changed in the
+// meantime shows once the watch resumes, and the watch is back for later changes.
+TEST_F(FileCommandsTest, WhatChangedWhileAPaneRestedItsWatchShowsWhenItResumes) {
+  FilePane* p = window->pane(0);
+  p->PauseWatching(true);
+  left.Write("while resting.txt", "x");
+  p->PauseWatching(false);
+  QTRY_VERIFY_WITH_TIMEOUT(p->model()->FindText("while resting.txt") != -1, 5000);
+  left.Write("after.txt", "x");
+  QTRY_VERIFY_WITH_TIMEOUT(p->model()->FindText("after.txt") != -1, 5000);
+}
+
 TEST_F(FileCommandsTest, ReverseNameOrderKeepsTheParentAndFoldersOnTopAndTypingFindsFolders) {
   FilePane* p = window->pane(0);
   fs::create_directory(left.file("zeta"));
