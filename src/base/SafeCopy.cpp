@@ -43,9 +43,9 @@ class Fd {
 
 // Writes all of `size` bytes from `in` to `out`, in the kernel where it can.
 bool CopyBytes(int in, int out, int64_t size, const CopyProgress& progress, const std::atomic<bool>* abort,
-               int& error, bool& cancelled) {
+               int64_t& done, int& error, bool& cancelled) {
   constexpr int64_t kBlock = 8 << 20;
-  int64_t done = 0;
+  done = 0;
   bool kernel = true;
   std::vector<char> buffer;
   while (done < size) {
@@ -91,10 +91,27 @@ bool CopyBytes(int in, int out, int64_t size, const CopyProgress& progress, cons
 
 }  // namespace
 
-FileOpResult SafeCopyFile(const std::string& source, const std::string& target, const CopyProgress& progress,
-                          const std::atomic<bool>* abort) {
+FileCopier::FileCopier() = default;
+
+FileCopier::~FileCopier() {
+  for (const Folder* folder : {&source_, &target_})
+    if (folder->fd >= 0) ::close(folder->fd);
+}
+
+int FileCopier::Open(Folder& folder, const std::string& path) {
+  const std::string part = FolderPart(path);
+  if (folder.fd >= 0 && folder.path == part) return folder.fd;
+  if (folder.fd >= 0) ::close(folder.fd);
+  folder.path = part;
+  folder.fd = ::open(part.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+  return folder.fd;
+}
+
+FileOpResult FileCopier::Copy(const std::string& source, const std::string& target, const CopyProgress& progress,
+                              const std::atomic<bool>* abort) {
   FileOpResult result;
-  Fd in(::open(source.c_str(), O_RDONLY | O_CLOEXEC));
+  const int from = Open(source_, source);
+  Fd in(from < 0 ? -1 : ::openat(from, NamePart(source).c_str(), O_RDONLY | O_CLOEXEC));
   if (in.get() < 0) {
     result.error = source + " can't be read: " + Reason(errno);
     return result;
@@ -105,54 +122,70 @@ FileOpResult SafeCopyFile(const std::string& source, const std::string& target, 
     return result;
   }
   // Made with the source's permissions at once, and never over a file that is there.
-  TempBeside made = CreateTempBeside(target, info.st_mode & 0777);
-  const std::string temp = made.path;
+  const std::string name = NamePart(target);
+  const int to = Open(target_, target);
+  const TempBeside made = to >= 0 ? CreateTempAt(to, name, info.st_mode & 0777) : TempBeside{{}, -1, errno};
+  const std::string& temp = made.path;
   Fd out(made.fd);
   if (out.get() < 0) {
     result.error = FolderPart(target) + " can't be written to: " + Reason(made.error);
     return result;
   }
   auto fail = [&](const std::string& why) {
-    ::unlink(temp.c_str());
+    ::unlinkat(to, temp.c_str(), 0);
     result.error = why;
     return result;
   };
   int error = 0;
   bool cancelled = false;
-  if (!CopyBytes(in.get(), out.get(), info.st_size, progress, abort, error, cancelled)) {
+  int64_t written = 0;
+  if (!CopyBytes(in.get(), out.get(), info.st_size, progress, abort, written, error, cancelled)) {
     result.cancelled = cancelled;
     return fail(cancelled ? std::string() : target + " couldn't be written: " + Reason(error));
   }
-  struct stat written {};
-  if (::fstat(out.get(), &written) != 0 || written.st_size != info.st_size)
-    return fail(target + " couldn't be written completely.");
+  // Every byte written was counted: a source that shrank while it was read
+  // leaves fewer than its size, and the copy doesn't take the target's name.
+  if (written != info.st_size) return fail(target + " couldn't be written completely.");
   const struct timespec times[2] = {info.st_atim, info.st_mtim};
   ::futimens(out.get(), times);
   if (::close(out.release()) != 0) return fail(target + " couldn't be written: " + Reason(errno));
-  if (::rename(temp.c_str(), target.c_str()) != 0) return fail(target + " couldn't be replaced: " + Reason(errno));
+  if (::renameat(to, temp.c_str(), to, name.c_str()) != 0)
+    return fail(target + " couldn't be replaced: " + Reason(errno));
   result.ok = true;
   return result;
 }
 
-FileOpResult SafeMoveFile(const std::string& source, const std::string& target, const CopyProgress& progress,
-                          const std::atomic<bool>* abort) {
+FileOpResult FileCopier::Move(const std::string& source, const std::string& target, const CopyProgress& progress,
+                              const std::atomic<bool>* abort) {
   FileOpResult result;
-  if (::rename(source.c_str(), target.c_str()) == 0) {
+  const int from = Open(source_, source);
+  const int to = Open(target_, target);
+  if (from >= 0 && to >= 0 && ::renameat(from, NamePart(source).c_str(), to, NamePart(target).c_str()) == 0) {
     result.ok = true;
     return result;
   }
-  if (errno != EXDEV) {
+  if (from < 0 || to < 0 || errno != EXDEV) {
     result.error = source + " couldn't be moved: " + Reason(errno);
     return result;
   }
-  result = SafeCopyFile(source, target, progress, abort);
+  result = Copy(source, target, progress, abort);
   if (!result.ok) return result;
-  if (::unlink(source.c_str()) != 0) {
+  if (::unlinkat(from, NamePart(source).c_str(), 0) != 0) {
     // The copy stands complete; the source stays too, which loses nothing.
     result.ok = false;
     result.error = source + " was copied but couldn't be removed: " + Reason(errno);
   }
   return result;
+}
+
+FileOpResult SafeCopyFile(const std::string& source, const std::string& target, const CopyProgress& progress,
+                          const std::atomic<bool>* abort) {
+  return FileCopier().Copy(source, target, progress, abort);
+}
+
+FileOpResult SafeMoveFile(const std::string& source, const std::string& target, const CopyProgress& progress,
+                          const std::atomic<bool>* abort) {
+  return FileCopier().Move(source, target, progress, abort);
 }
 
 bool IsSameOrInside(const std::string& inner, const std::string& outer) {

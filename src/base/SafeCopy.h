@@ -23,6 +23,34 @@ struct FileOpResult {
 // Called now and then with the bytes written and the size of the file.
 using CopyProgress = std::function<void(int64_t done, int64_t total)>;
 
+// Copies and moves many files in a row, as a batch does: the folders of the
+// last source and target stay open, so that each file costs only the calls
+// that copy it (open, create, copy, set the times, rename), not a walk of
+// both paths for each. A folder is opened when the batch first reaches it:
+// one renamed and made anew under its name while the batch runs is still the
+// one the batch writes to. One object per batch and thread.
+class FileCopier {
+ public:
+  FileCopier();
+  ~FileCopier();
+  FileCopier(const FileCopier&) = delete;
+  FileCopier& operator=(const FileCopier&) = delete;
+
+  FileOpResult Copy(const std::string& source, const std::string& target, const CopyProgress& progress = {},
+                    const std::atomic<bool>* abort = nullptr);
+  FileOpResult Move(const std::string& source, const std::string& target, const CopyProgress& progress = {},
+                    const std::atomic<bool>* abort = nullptr);
+
+ private:
+  struct Folder {
+    std::string path;
+    int fd = -1;
+  };
+  // The open folder of `path`'s folder part, or -1 with errno set.
+  static int Open(Folder& folder, const std::string& path);
+  Folder source_, target_;
+};
+
 // Copies `source` to `target`, replacing an existing target only at the very
 // end. `abort`, when given, is polled between blocks.
 FileOpResult SafeCopyFile(const std::string& source, const std::string& target,

@@ -20,22 +20,37 @@ constexpr const char* kTempPrefix = ".trel-";
 
 bool IsTempBesideName(const std::string& name) { return name.rfind(kTempPrefix, 0) == 0; }
 
-TempBeside CreateTempBeside(const std::string& target, unsigned mode) {
+namespace {
+
+// Made in `folderFd`, named `prefix` (a folder part, or nothing) + the hidden
+// stem + a number of this run.
+TempBeside CreateTemp(int folderFd, const std::string& prefix, const std::string& name, unsigned mode) {
   static std::atomic<unsigned> counter{0};
-  const fs::path path(target);
-  const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
-  const std::string name = kTempPrefix + path.filename().string() + "." + std::to_string(::getpid()) + "-";
-  const std::string stem = (folder / name).string();
+  static const std::string pid = std::to_string(::getpid());
+  const std::string stem = prefix + kTempPrefix + name + "." + pid + "-";
   TempBeside temp;
   for (int attempt = 0; attempt < 100; ++attempt) {
     temp.path = stem + std::to_string(counter++);
-    temp.fd = ::open(temp.path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, static_cast<mode_t>(mode));
+    temp.fd = ::openat(folderFd, temp.path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
+                       static_cast<mode_t>(mode));
     if (temp.fd >= 0) return temp;
     temp.error = errno;
     if (temp.error != EEXIST) break;
   }
   temp.path.clear();
   return temp;
+}
+
+}  // namespace
+
+TempBeside CreateTempBeside(const std::string& target, unsigned mode) {
+  const fs::path path(target);
+  const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
+  return CreateTemp(AT_FDCWD, (folder / "").string(), path.filename().string(), mode);
+}
+
+TempBeside CreateTempAt(int folderFd, const std::string& name, unsigned mode) {
+  return CreateTemp(folderFd, "", name, mode);
 }
 
 SafeTarget::SafeTarget(std::string targetPath, bool startFromExisting)

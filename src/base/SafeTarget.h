@@ -22,6 +22,9 @@ struct TempBeside {
   int error = 0;
 };
 TempBeside CreateTempBeside(const std::string& target, unsigned mode);
+// The same for a file named `name` in the open folder `folderFd`, as a batch
+// of copies into one folder makes them; `path` is then relative to the folder.
+TempBeside CreateTempAt(int folderFd, const std::string& name, unsigned mode);
 // Whether a file name is one CreateTempBeside gives: a writer's file that
 // isn't complete yet, or one a crash left behind.
 bool IsTempBesideName(const std::string& name);

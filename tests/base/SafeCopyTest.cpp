@@ -92,6 +92,36 @@ TEST(SafeCopy, AnAbortLeavesNoPartialFile) {
   EXPECT_EQ(std::distance(fs::directory_iterator(to.path()), fs::directory_iterator()), 0);
 }
 
+// A batch keeps its folders open between files: each file still lands in the
+// folder its own path names, and a move falls back to the same checks.
+TEST(SafeCopy, ACopierUsedForABatchFollowsEveryPathsOwnFolder) {
+  TempDir from, other, to, elsewhere;
+  FileCopier copier;
+  const struct {
+    const TempDir& source;
+    const char* name;
+    const TempDir& target;
+  } batch[] = {{from, "a", to}, {other, "b", to}, {from, "c", elsewhere}, {from, "d", to}, {other, "e", elsewhere}};
+  for (const auto& file : batch) {
+    file.source.Write(file.name, std::string("bytes of ") + file.name);
+    const FileOpResult copied = copier.Copy(file.source.file(file.name), file.target.file(file.name));
+    ASSERT_TRUE(copied.ok) << copied.error;
+  }
+  for (const auto& file : batch) EXPECT_EQ(file.target.Read(file.name), std::string("bytes of ") + file.name);
+  EXPECT_EQ(std::distance(fs::directory_iterator(to.path()), fs::directory_iterator()), 3);
+  EXPECT_EQ(std::distance(fs::directory_iterator(elsewhere.path()), fs::directory_iterator()), 2);
+
+  ASSERT_TRUE(copier.Move(to.file("a"), elsewhere.file("a")).ok);
+  EXPECT_FALSE(to.Exists("a"));
+  EXPECT_EQ(elsewhere.Read("a"), "bytes of a");
+  const FileOpResult missing = copier.Move(to.file("gone"), elsewhere.file("gone"));
+  EXPECT_FALSE(missing.ok);
+  EXPECT_NE(missing.error.find("couldn't be moved"), std::string::npos) << missing.error;
+  const FileOpResult noFolder = copier.Copy(from.file("c"), to.file("no such folder/c"));
+  EXPECT_FALSE(noFolder.ok);
+  EXPECT_NE(noFolder.error.find("can't be written to"), std::string::npos) << noFolder.error;
+}
+
 TEST(SafeCopy, InsideTellsSubFoldersFromNamesThatShareAPrefix) {
   TempDir root;
   fs::create_directories(root.file("a/b"));

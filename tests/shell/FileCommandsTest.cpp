@@ -3,10 +3,12 @@
 #include <QAction>
 #include <QApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
 #include <QMimeData>
+#include <QSignalSpy>
 #include <QPushButton>
 #include <QTest>
 #include <QTreeView>
@@ -106,7 +108,7 @@ class FileCommandsTest : public ::testing::Test {
     window->Switchit(0);
   }
   void TearDown() override {
-    window->close();
+    if (window) window->close();
     window.reset();
     QDir::setCurrent(saved_);
   }
@@ -118,6 +120,14 @@ class FileCommandsTest : public ::testing::Test {
     QStringList list;
     for (const char* t : texts) list << t;
     window->pane(pane)->SelectTexts(list, list.value(0));
+  }
+  // A copy or move runs as a job while the event loop turns; the checks
+  // look once it has ended.
+  void Settle() {
+    QElapsedTimer waited;
+    waited.start();
+    while (commander->busy() && waited.elapsed() < 20000) QTest::qWait(2);
+    ASSERT_FALSE(commander->busy());
   }
   std::string Said() const {
     std::string all;
@@ -202,7 +212,7 @@ TEST_F(FileCommandsTest, ViewsEnableCommandsAndCommandsRefuseWhatTheirViewForbid
   p->SelectTab(FilePane::kFileView);
   window->Switchit(0);
   recorder.said.clear();
-  commander->cmd_CopyFiles();
+  commander->cmd_CopyFiles(); Settle();
   EXPECT_EQ(recorder.said, std::vector<std::string>{"Trel: Please select one or more files."});
   recorder.said.clear();
   commander->Command1_Click(0);
@@ -215,7 +225,7 @@ TEST_F(FileCommandsTest, CopyAsksPerConflictRemembersForAllAndForgetsAfterTheCom
   dialogs->folders = {"=", "="};
   // "Overwrite" asks again at the next conflict; "Overwrite All" doesn't.
   dialogs->overwrite = {0, 2};
-  commander->cmd_CopyFiles();
+  commander->cmd_CopyFiles(); Settle();
   EXPECT_EQ(dialogs->overwriteAsked.size(), 2u);
   for (const char* name : {"a.8bf", "b.txt", "c.afs"}) EXPECT_EQ(right.Read(name), std::string("left ") + name);
   EXPECT_EQ(commander->storedChoice(), 0);
@@ -229,7 +239,7 @@ TEST_F(FileCommandsTest, CopyAsksPerConflictRemembersForAllAndForgetsAfterTheCom
   for (const char* name : {"a.8bf", "b.txt", "c.afs"}) right.Write(name, "old");
   dialogs->overwriteAsked.clear();
   dialogs->overwrite = {1, 0, 4};
-  commander->cmd_CopyFiles();
+  commander->cmd_CopyFiles(); Settle();
   EXPECT_EQ(dialogs->overwriteAsked.size(), 3u);
   EXPECT_EQ(right.Read("a.8bf"), "old");
   EXPECT_EQ(right.Read("b.txt"), "left b.txt");
@@ -240,10 +250,10 @@ TEST_F(FileCommandsTest, CopyAsksPerConflictRemembersForAllAndForgetsAfterTheCom
   dialogs->overwriteAsked.clear();
   dialogs->folders = {"=", "="};
   dialogs->overwrite = {3, 4};
-  commander->cmd_CopyFiles();
+  commander->cmd_CopyFiles(); Settle();
   EXPECT_EQ(dialogs->overwriteAsked.size(), 1u);
   EXPECT_EQ(right.Read("b.txt"), "old");
-  commander->cmd_CopyFiles();
+  commander->cmd_CopyFiles(); Settle();
   EXPECT_EQ(dialogs->overwriteAsked.size(), 2u);
   // Nothing but the files is ever left in the target.
   EXPECT_EQ(std::distance(fs::directory_iterator(right.path()), fs::directory_iterator()), 3);
@@ -254,7 +264,7 @@ TEST_F(FileCommandsTest, CopyToAFolderPickedInTheDialogMovesThePassivePaneThereA
   TempDir elsewhere;
   const std::string fresh = elsewhere.file("made by dialog");
   dialogs->folders = {QString::fromStdString(fresh)};
-  commander->cmd_CopyFiles();
+  commander->cmd_CopyFiles(); Settle();
   EXPECT_EQ(window->pane(1)->folder(), fresh + "/");
   EXPECT_EQ(elsewhere.Read("made by dialog/b.txt"), "left b.txt");
   EXPECT_NE(Said().find("doesn't exist!\nDo you want to create it?"), std::string::npos);
@@ -263,13 +273,13 @@ TEST_F(FileCommandsTest, CopyToAFolderPickedInTheDialogMovesThePassivePaneThereA
   recorder.said.clear();
   recorder.answers = {MsgResult::No};
   dialogs->folders = {QString::fromStdString(elsewhere.file("never")), ""};
-  commander->cmd_CopyFiles();
+  commander->cmd_CopyFiles(); Settle();
   EXPECT_FALSE(elsewhere.Exists("never"));
 
   Open(1, left.path());
   recorder.said.clear();
   dialogs->folders = {"=", ""};
-  commander->cmd_CopyFiles();
+  commander->cmd_CopyFiles(); Settle();
   EXPECT_EQ(recorder.said, std::vector<std::string>{
                                "Trel: The source folder is identical to the destination folder!\nPlease select a "
                                "different folder."});
@@ -278,7 +288,7 @@ TEST_F(FileCommandsTest, CopyToAFolderPickedInTheDialogMovesThePassivePaneThereA
 TEST_F(FileCommandsTest, MoveDeleteKillAndTheirRefreshes) {
   Select({"a.8bf", "b.txt"});
   window->settings().Change([](Preferences& p) { p.passivePaneFolder = 1; });  // no Select Folder dialog
-  commander->cmd_MoveFiles();
+  commander->cmd_MoveFiles(); Settle();
   EXPECT_FALSE(left.Exists("a.8bf"));
   EXPECT_EQ(right.Read("a.8bf"), "left a.8bf");
   EXPECT_EQ(window->pane(0)->model()->FindText("a.8bf"), -1);
@@ -287,11 +297,11 @@ TEST_F(FileCommandsTest, MoveDeleteKillAndTheirRefreshes) {
   // Kill asks first; No keeps the file.
   Select({"c.afs"});
   recorder.answers = {MsgResult::No};
-  commander->cmd_Kill();
+  commander->cmd_Kill(); Settle();
   EXPECT_TRUE(left.Exists("c.afs"));
   EXPECT_EQ(recorder.said.back(),
             "Kill: The file(s) will be erased and won't be put in the trash can.\nProceed anyway?");
-  commander->cmd_Kill();
+  commander->cmd_Kill(); Settle();
   EXPECT_FALSE(left.Exists("c.afs"));
 
   // Delete goes to the trash, with no question of its own.
@@ -338,7 +348,7 @@ TEST_F(FileCommandsTest, FolderCommandsRenameCreateMoveAndKill) {
   Open(1, left.file("sub"));
   left.Write("sub/x.txt", "x");
   Select({" sub"});
-  commander->cmd_KillDir();
+  commander->cmd_KillDir(); Settle();
   EXPECT_FALSE(fs::exists(left.file("sub")));
   EXPECT_EQ(window->pane(1)->folder(), left.path());
   EXPECT_EQ(p->model()->FindText(" sub"), -1);
@@ -421,13 +431,13 @@ TEST_F(FileCommandsTest, FoldersWhoseNamesDifferInCaseAreTwoFolders) {
   Open(1, left.file("x/plugins"));
   window->settings().Change([](Preferences& p) { p.passivePaneFolder = 1; });
   Select({"a.8bf"});
-  commander->cmd_CopyFiles();
+  commander->cmd_CopyFiles(); Settle();
   EXPECT_TRUE(recorder.said.empty()) << Said();
   EXPECT_EQ(left.Read("x/plugins/a.8bf"), "upper");
   EXPECT_NE(window->pane(1)->model()->FindText("a.8bf"), -1);
   // One folder under two spellings still is one.
   Open(1, left.file("x/plugins/../Plugins/"));
-  commander->cmd_CopyFiles();
+  commander->cmd_CopyFiles(); Settle();
   EXPECT_NE(Said().find("The source folder is identical to the destination folder!"), std::string::npos);
 }
 
@@ -445,6 +455,18 @@ TEST_F(FileCommandsTest, AShownFolderChangedByAnotherProgramShowsTheChangeAndKee
   right.Write("here.txt", "x");
   QTRY_VERIFY_WITH_TIMEOUT(p->model()->FindText("here.txt") != -1, 5000);
   EXPECT_EQ(p->model()->FindText("later.txt"), -1);
+}
+
+// While a job runs the panes don't watch their folders; what changed in the
+// meantime shows once the watch resumes, and the watch is back for later changes.
+TEST_F(FileCommandsTest, WhatChangedWhileAPaneRestedItsWatchShowsWhenItResumes) {
+  FilePane* p = window->pane(0);
+  p->PauseWatching(true);
+  left.Write("while resting.txt", "x");
+  p->PauseWatching(false);
+  QTRY_VERIFY_WITH_TIMEOUT(p->model()->FindText("while resting.txt") != -1, 5000);
+  left.Write("after.txt", "x");
+  QTRY_VERIFY_WITH_TIMEOUT(p->model()->FindText("after.txt") != -1, 5000);
 }
 
 TEST_F(FileCommandsTest, ReverseNameOrderKeepsTheParentAndFoldersOnTopAndTypingFindsFolders) {
@@ -480,16 +502,16 @@ TEST_F(FileCommandsTest, ReverseNameOrderKeepsTheParentAndFoldersOnTopAndTypingF
 TEST_F(FileCommandsTest, ADropFromTheOtherPaneAsksForTheFolderAsTheMoveCommandDoes) {
   window->Switchit(0);
   dialogs->folders = {""};  // cancelled: nothing moves
-  commander->DropFiles(1, {QString::fromStdString(left.file("a.8bf"))}, "", -2);
+  commander->DropFiles(1, {QString::fromStdString(left.file("a.8bf"))}, "", -2); Settle();
   ASSERT_EQ(dialogs->folderEntries.size(), 1u);
   EXPECT_EQ(dialogs->folderEntries.back().value(0).toStdString(), right.path());
   EXPECT_TRUE(left.Exists("a.8bf"));
   dialogs->folders = {"="};
-  commander->DropFiles(1, {QString::fromStdString(left.file("a.8bf"))}, "", -2);
+  commander->DropFiles(1, {QString::fromStdString(left.file("a.8bf"))}, "", -2); Settle();
   EXPECT_EQ(right.Read("a.8bf"), "left a.8bf");
   EXPECT_FALSE(left.Exists("a.8bf"));
   // Onto a folder row the target is named: no question.
-  commander->DropFiles(1, {QString::fromStdString(left.file("b.txt"))}, right.path(), -2);
+  commander->DropFiles(1, {QString::fromStdString(left.file("b.txt"))}, right.path(), -2); Settle();
   EXPECT_EQ(dialogs->folderEntries.size(), 2u);
   EXPECT_TRUE(right.Exists("b.txt"));
 }
@@ -560,15 +582,16 @@ TEST_F(FileCommandsTest, DropsMoveBetweenPanesOntoFoldersAndFromOtherPrograms) {
   // (the other pane, or another program) moves into its folder.
   emit target->listView()->filesDropped({QString::fromStdString(left.file("a.8bf"))}, -1, nullptr);
   QCoreApplication::processEvents();  // a drop is handled once the drag has ended
+  Settle();
   EXPECT_FALSE(left.Exists("a.8bf"));
   EXPECT_EQ(right.Read("a.8bf"), "left a.8bf");
   EXPECT_NE(target->model()->FindText("a.8bf"), -1);
 
   // Onto a folder row: into that folder; a folder dropped into itself is refused.
-  commander->DropFiles(0, {QString::fromStdString(left.file("b.txt"))}, left.file("sub"), 0);
+  commander->DropFiles(0, {QString::fromStdString(left.file("b.txt"))}, left.file("sub"), 0); Settle();
   EXPECT_TRUE(left.Exists("sub/b.txt"));
   recorder.said.clear();
-  commander->DropFiles(0, {QString::fromStdString(left.file("sub"))}, left.file("sub"), 0);
+  commander->DropFiles(0, {QString::fromStdString(left.file("sub"))}, left.file("sub"), 0); Settle();
   EXPECT_TRUE(fs::is_directory(left.file("sub")));
   ASSERT_EQ(recorder.said.size(), 1u);
   // A drop from the desktop's file manager reaches the pane through its list.
@@ -582,6 +605,7 @@ TEST_F(FileCommandsTest, DropsMoveBetweenPanesOntoFoldersAndFromOtherPrograms) {
   QDropEvent drop(QPointF(5, 5), Qt::MoveAction | Qt::CopyAction, &desktop, Qt::LeftButton, Qt::NoModifier);
   QApplication::sendEvent(viewport, &drop);
   QCoreApplication::processEvents();
+  Settle();
   EXPECT_EQ(right.Read("desk.txt"), "from the desktop");
   // The classic list takes drops too.
   left.Write("classic.txt", "x");
@@ -592,10 +616,11 @@ TEST_F(FileCommandsTest, DropsMoveBetweenPanesOntoFoldersAndFromOtherPrograms) {
   QDropEvent classicDrop(QPointF(5, 5), Qt::MoveAction, &desktop, Qt::LeftButton, Qt::NoModifier);
   QApplication::sendEvent(target->file1()->viewport(), &classicDrop);
   QCoreApplication::processEvents();
+  Settle();
   EXPECT_TRUE(right.Exists("classic.txt"));
   target->SetViewMode(FileListView::kDetails);
   // A folder from elsewhere moves in whole.
-  commander->DropFiles(1, {QString::fromStdString(left.file("sub"))}, "", 0);
+  commander->DropFiles(1, {QString::fromStdString(left.file("sub"))}, "", 0); Settle();
   EXPECT_TRUE(right.Exists("sub/b.txt"));
 }
 
@@ -608,6 +633,7 @@ TEST_F(FileCommandsTest, CommanderKeysReachTheCommands) {
   Select({"b.txt"});
   QWidget* list = p->listView()->current();
   QTest::keyClick(list, Qt::Key_F5);
+  Settle();
   EXPECT_EQ(right.Read("b.txt"), "left b.txt");
   Select({"b.txt"});
   dialogs->inputs = {QString("Keyed")};
@@ -615,6 +641,7 @@ TEST_F(FileCommandsTest, CommanderKeysReachTheCommands) {
   EXPECT_TRUE(fs::is_directory(left.file("Keyed")));
   Select({"c.afs"});
   QTest::keyClick(list, Qt::Key_F6);
+  Settle();
   EXPECT_TRUE(right.Exists("c.afs"));
   Select({"a.8bf"});
   QTest::keyClick(list, Qt::Key_F8);
@@ -764,7 +791,7 @@ TEST_F(FileCommandsTest, EscStopsACopyBetweenFiles) {
   commander->SetDialogs(std::move(owned));
   for (const char* name : {"a.8bf", "b.txt", "c.afs"}) right.Write(name, "old");
   Select({"a.8bf", "b.txt", "c.afs"});
-  commander->cmd_CopyFiles();
+  commander->cmd_CopyFiles(); Settle();
   EXPECT_EQ(escaping->asked, 2);
   EXPECT_EQ(right.Read("c.afs"), "old");
   for (const char* name : {"a.8bf", "b.txt"}) {
@@ -772,6 +799,59 @@ TEST_F(FileCommandsTest, EscStopsACopyBetweenFiles) {
     EXPECT_TRUE(now == "old" || now == std::string("left ") + name) << now;
   }
   EXPECT_EQ(std::distance(fs::directory_iterator(right.path()), fs::directory_iterator()), 3);
+}
+
+// A copy returns to the event loop at once and runs as a job: the window
+// answers while it runs, takes no second command, and a dialog of the job
+// still takes its keys.
+TEST_F(FileCommandsTest, ACopyRunsAsAJobWhileTheWindowKeepsItsEventLoop) {
+  window->show();
+  window->prefs().passivePaneFolder = 1;
+  for (int i = 0; i < 200; ++i) left.Write("many" + std::to_string(i) + ".txt", std::string(1000, 'm'));
+  window->pane(0)->Refresh(true);
+  commander->mnuSelectAll_Click();
+  QSignalSpy ended(commander, &FileCommander::jobFinished);
+  commander->cmd_CopyFiles();
+  ASSERT_TRUE(commander->busy());  // back before the copy has ended
+  // Not re-entered: the command refuses while its job runs, and the window's
+  // keys don't reach the lists.
+  const size_t asked = dialogs->folderEntries.size();
+  commander->cmd_CopyFiles();
+  commander->cmd_MoveFiles();
+  EXPECT_EQ(dialogs->folderEntries.size(), asked);
+  QTest::keyClick(window->pane(0)->listView()->current(), Qt::Key_F7);  // Create Folder's key
+  EXPECT_TRUE(dialogs->inputAsked.empty());
+  QLineEdit dialogBox;  // a window of its own, as the Overwrite question is
+  dialogBox.show();
+  QTest::keyClicks(&dialogBox, "ok");
+  EXPECT_EQ(dialogBox.text(), "ok");
+  ASSERT_TRUE(ended.wait(20000));
+  EXPECT_EQ(ended.count(), 1);
+  EXPECT_FALSE(commander->busy());
+  EXPECT_EQ(right.Read("many199.txt"), std::string(1000, 'm'));
+  EXPECT_NE(window->pane(1)->model()->FindText("many0.txt"), -1);  // shown once done
+  EXPECT_TRUE(recorder.said.empty()) << Said();
+}
+
+// A window closed while its copy runs ends the copy: no crash, and only
+// whole files in the target.
+TEST_F(FileCommandsTest, AWindowClosedDuringACopyLeavesOnlyWholeFiles) {
+  window->prefs().passivePaneFolder = 1;
+  const std::string bytes(1 << 20, 'w');
+  for (int i = 0; i < 40; ++i) left.Write("big" + std::to_string(i), bytes);
+  window->pane(0)->Refresh(true);
+  commander->mnuSelectAll_Click();
+  commander->cmd_CopyFiles();
+  ASSERT_TRUE(commander->busy());
+  QTest::qWait(1);
+  window.reset();
+  for (const auto& entry : fs::directory_iterator(right.path())) {
+    const std::string name = entry.path().filename().string();
+    EXPECT_NE(name.front(), '.') << name;  // no temporary copy
+    if (name.rfind("big", 0) == 0) {
+      EXPECT_EQ(fs::file_size(entry.path()), bytes.size()) << name;
+    }
+  }
 }
 
 }  // namespace

@@ -18,6 +18,7 @@
 
 #include "filter/BatchConvert.h"
 #include "filter/ShellHooks.h"
+#include "shell/commander/CopyPlan.h"
 
 class QMimeData;
 
@@ -25,6 +26,8 @@ namespace trel {
 
 class MainWindow;
 class FilePane;
+class CopyJob;
+enum class FileJob;
 
 // The questions the commands ask, so that tests answer them without a modal
 // loop. The program's implementation shows the dialogs.
@@ -66,7 +69,7 @@ class FileCommander : public QObject, public OverwriteChecker {
   // The same question for a source that isn't a file on disk (an entry of an
   // archive): `source` is its label as the dialog shows it, "name  (N bytes, date)".
   int OverwriteCheckDescribed(const QString& source, const std::string& targetPath);
-  int storedChoice() const { return overwriteChoice_; }
+  int storedChoice() const { return overwrite_.stored(); }
 
   void cmd_CopyFiles();
   void cmd_MoveFiles(const std::string& target = {}, bool internal = false);
@@ -100,32 +103,38 @@ class FileCommander : public QObject, public OverwriteChecker {
   // The target of the last SelectFolder (for tests and the convert dialog).
   QString SelectFolderDialog(const QString& firstEntry, bool noChange, bool* subFolders = nullptr);
 
+  // True from the start of a copy or move until its job has ended and the
+  // panes show the result (then jobFinished is emitted).
   bool busy() const { return busy_; }
   // While busy the window paints and hears Esc but takes no other input, and
   // the file commands refuse to start: for work other commands run too.
   void SetBusy(bool on) { busy_ = on; }
 
+ signals:
+  void jobFinished();
+
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
-  struct Job;
-  class Worker;
   void SelectAllOrToggle(bool all);
   void Refuse(const std::string& text, const std::string& title = "Trel");
   bool FoldersIdentical();
-  // Runs a batch of copies or moves off the window's thread with progress;
-  // returns how many were done and the first error.
-  int RunJobs(std::vector<Job>& jobs, bool move, std::string& error);
-  std::string FullPath(const std::string& folder, const std::string& item, int view) const;
+  void StepOutOf(const std::string& folder);
+  int AskOverwrite(const std::string& targetPath, const std::function<QString()>& describeSource);
+  // Starts a batch of copies or moves as a job off the window's thread, with
+  // progress; `then` runs on the window's thread when the batch has ended,
+  // with how many files were done and the first error.
+  void StartJob(std::vector<CopyItem> items, FileJob kind,
+                std::function<void(int done, const std::string& error)> then);
   bool AcceptFolder(QString& text, bool noChange);
 
   MainWindow& window_;
   std::unique_ptr<FileDialogs> dialogs_;
   ShellHooks* hooks_ = nullptr;
-  int overwriteChoice_ = 0;
+  OverwriteRule overwrite_;
   bool busy_ = false;
-  bool CooperativeMultitasking = false;  // read by the loops, set by nothing
+  QPointer<CopyJob> job_;  // the batch under way
 };
 
 }  // namespace trel

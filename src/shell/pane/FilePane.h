@@ -57,6 +57,12 @@ class FilePane : public QWidget {
   void Dir1_Change();
   void Drive1_Change(int index);
   void SetDriveFor(const std::string& folder);
+  // While the program itself changes many files (a copy job), the pane's
+  // watch of its folder rests: each change would wake the window. When it
+  // resumes, one refresh follows, as after any burst of changes, unless the
+  // pane has been filled since the changes ended (`listings` tells).
+  void PauseWatching(bool paused, bool refreshAfter = true);
+  int listings() const { return listings_; }
   void Refresh(bool keepSelection = true);  // re-read the folder, keep the place
   const std::string& listedFolder() const { return listedFolder_; }
   // Names of the selected files and folders of the visible list (folders with
@@ -159,6 +165,8 @@ class FilePane : public QWidget {
   // shows without Ctrl+R; a burst of changes makes one refresh.
   QFileSystemWatcher* watcher_ = nullptr;
   QTimer* watchDelay_ = nullptr;
+  bool watchPaused_ = false;
+  int listings_ = 0;  // how often the folder has been read
   std::vector<DirEntry> files_;
   std::string enteredFolder_;  // the name of the folder last entered from here
   int64_t selectionK_ = 0;
