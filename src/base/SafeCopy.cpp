@@ -22,6 +22,11 @@ std::string FolderPart(const std::string& path) {
   return cut == std::string::npos ? std::string("./") : path.substr(0, cut + 1);
 }
 
+std::string NamePart(const std::string& path) {
+  const auto cut = path.rfind('/');
+  return cut == std::string::npos ? path : path.substr(cut + 1);
+}
+
 class Fd {
  public:
   explicit Fd(int fd) : fd_(fd) {}

@@ -526,7 +526,10 @@ TEST_F(FileCommandsTest, EnableDisableTogglesTheSelectionAndRefusesOtherTypes) {
   left.Write("pack.zip", "PK");
   window->pane(0)->Refresh();
   Select({"pack.zip"});
+  const size_t before = recorder.said.size();
   commander->cmd_EnableDisable();
+  // Said once, not once by the rule and again by the command.
+  ASSERT_EQ(recorder.said.size(), before + 1);
   EXPECT_EQ(recorder.said.back(), "Trel: Enabling and disabling of this file type is not possible.");
 }
 
@@ -806,7 +809,7 @@ TEST_F(FileCommandsTest, EscStopsACopyBetweenFiles) {
 // still takes its keys.
 TEST_F(FileCommandsTest, ACopyRunsAsAJobWhileTheWindowKeepsItsEventLoop) {
   window->show();
-  window->prefs().passivePaneFolder = 1;
+  window->settings().Change([](Preferences& p) { p.passivePaneFolder = 1; });
   for (int i = 0; i < 200; ++i) left.Write("many" + std::to_string(i) + ".txt", std::string(1000, 'm'));
   window->pane(0)->Refresh(true);
   commander->mnuSelectAll_Click();
@@ -836,7 +839,7 @@ TEST_F(FileCommandsTest, ACopyRunsAsAJobWhileTheWindowKeepsItsEventLoop) {
 // A window closed while its copy runs ends the copy: no crash, and only
 // whole files in the target.
 TEST_F(FileCommandsTest, AWindowClosedDuringACopyLeavesOnlyWholeFiles) {
-  window->prefs().passivePaneFolder = 1;
+  window->settings().Change([](Preferences& p) { p.passivePaneFolder = 1; });
   const std::string bytes(1 << 20, 'w');
   for (int i = 0; i < 40; ++i) left.Write("big" + std::to_string(i), bytes);
   window->pane(0)->Refresh(true);

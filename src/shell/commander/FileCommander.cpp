@@ -382,11 +382,10 @@ void FileCommander::cmd_EnableDisable() {
   // rule is the same in both views.
   const ToggleResult result =
       cmd_EnableDisable_FileView(FilePane::kFileView, paths, catalogue, window_.pluginTypes(), env);
+  // Nothing renamed and nothing failed: the error says the file type can't be
+  // toggled, once.
   if (result.error) messages().Report(*result.error);
-  if (result.renamed.empty()) {
-    if (!result.failed) Refuse("Enabling and disabling of this file type is not possible.");
-    return;
-  }
+  if (result.renamed.empty()) return;
   window_.ClearPluginViewFresh(active);
   window_.RefreshFile1(active);
   if (view == FilePane::kFileView && p->listViewShown()) {
