@@ -230,13 +230,7 @@ void FileCommander::DropFiles(int pane, const QStringList& paths, const std::str
       if (!RenameKeepingTarget(folder, to, error))
         error = error.empty() ? folder + " couldn't be moved." : error;
     }
-    OverwriteCheck("", "");
-    window_.RefreshBoth();
-    for (int i = 0; i < 2; ++i) {
-      window_.ClearPluginViewFresh(i);
-      if (window_.pane(i)->paneView() == FilePane::kPluginView) window_.SSTab1_Click(i);
-    }
-    if (!error.empty()) messages().ErrorMessage(error);
+    MoveEnded(error);
   });
 }
 

@@ -213,15 +213,18 @@ void FileCommander::cmd_MoveFiles(const std::string& givenTarget, bool internal)
                                                  : WithTrailingSeparator(givenTarget);
   OverwriteCheck("", "");
   std::vector<CopyItem> jobs = PlanMove(selection.folder, selection.items, view == FilePane::kPluginView, target);
-  StartJob(std::move(jobs), FileJob::Move, [this](int, const std::string& error) {
-    OverwriteCheck("", "");
-    window_.RefreshBoth();
-    for (int i = 0; i < 2; ++i) {
-      window_.ClearPluginViewFresh(i);
-      if (window_.pane(i)->paneView() == FilePane::kPluginView) window_.SSTab1_Click(i);
-    }
-    if (!error.empty()) messages().ErrorMessage(error);
-  });
+  StartJob(std::move(jobs), FileJob::Move, [this](int, const std::string& error) { MoveEnded(error); });
+}
+
+void FileCommander::MoveEnded(const std::string& error) {
+  OverwriteCheck("", "");
+  window_.RefreshBoth();
+  // Both folders changed: a Plugin View on either side scans again.
+  for (int i = 0; i < 2; ++i) {
+    window_.ClearPluginViewFresh(i);
+    if (window_.pane(i)->paneView() == FilePane::kPluginView) window_.SSTab1_Click(i);
+  }
+  if (!error.empty()) messages().ErrorMessage(error);
 }
 
 // --- delete and kill

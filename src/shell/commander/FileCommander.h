@@ -127,6 +127,9 @@ class FileCommander : public QObject, public OverwriteChecker {
   // with how many files were done and the first error.
   void StartJob(std::vector<CopyItem> items, FileJob kind,
                 std::function<void(int done, const std::string& error)> then);
+  // The end of a move: the standing overwrite answer goes, both panes show the
+  // result, and the first error is told.
+  void MoveEnded(const std::string& error);
   bool AcceptFolder(QString& text, bool noChange);
 
   MainWindow& window_;
