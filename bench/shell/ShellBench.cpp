@@ -4,6 +4,7 @@
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QDir>
 #include <cstdio>
@@ -13,6 +14,7 @@
 
 #include "settings/SettingsStore.h"
 #include "shell/pane/FileListModel.h"
+#include "shell/pane/FileListView.h"
 #include "shell/pane/FilePane.h"
 #include "shell/window/MainWindow.h"
 #include "support/UnattendedDialogs.h"
@@ -63,6 +65,28 @@ void BM_FillDirList20000Details(benchmark::State& state) {
   state.counters["rows"] = pane.model()->rowCount();
 }
 BENCHMARK(BM_FillDirList20000Details)->Unit(benchmark::kMillisecond)->Iterations(10);
+
+// A refresh that keeps the selection, with every row selected: what a pane
+// does when its folder changes under a Select All.
+void BM_RefreshKeepingSelection20000(benchmark::State& state) {
+  const std::string& folder = LargeFolder();
+  trel::Preferences prefs;
+  trel::PaneShared shared;
+  shared.prefs = &prefs;
+  shared.columnSortAscending = {true, true, true};
+  trel::FilePane pane(0, shared);
+  pane.resize(600, 800);
+  pane.show();
+  pane.SetViewMode(3);
+  pane.FillDirList(folder);
+  pane.listView()->current()->selectAll();
+  for (auto _ : state) {
+    pane.FillDirList(folder, true);
+    QApplication::processEvents();
+  }
+  state.counters["selected"] = static_cast<double>(pane.SelectedTexts().size());
+}
+BENCHMARK(BM_RefreshKeepingSelection20000)->Unit(benchmark::kMillisecond)->Iterations(3);
 
 void BM_StartUpEmptyStore(benchmark::State& state) {
   const std::string start = MakeTempFolder("trel-bench-start");

@@ -14,6 +14,7 @@
 #include <QHeaderView>
 #include <QDropEvent>
 #include <QFileSystemWatcher>
+#include <QSet>
 #include <QTimer>
 #include <QKeyEvent>
 #include <QMimeData>
@@ -135,11 +136,19 @@ void FilePane::ReadFolder(const std::string& folder) {
   file1Model_->setStringList(names);
   selectionK_ = 0;
   if (!keep.isEmpty() || !keepCurrent.isEmpty()) {
+    // Looked up in a set and selected in runs: see SelectTexts.
+    const QSet<QString> wanted(keep.begin(), keep.end());
     QItemSelection selection;
-    for (qsizetype i = 0; i < names.size(); ++i) {
-      const QModelIndex index = file1Model_->index(static_cast<int>(i));
-      if (keep.contains(names[i])) selection.select(index, index);
-      if (names[i] == keepCurrent) file1_->selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
+    qsizetype runStart = -1;
+    for (qsizetype i = 0; i <= names.size(); ++i) {
+      const bool selected = i < names.size() && wanted.contains(names[i]);
+      if (selected && runStart < 0) runStart = i;
+      if (!selected && runStart >= 0) {
+        selection.select(file1Model_->index(static_cast<int>(runStart)), file1Model_->index(static_cast<int>(i - 1)));
+        runStart = -1;
+      }
+      if (i < names.size() && names[i] == keepCurrent)
+        file1_->selectionModel()->setCurrentIndex(file1Model_->index(static_cast<int>(i)), QItemSelectionModel::NoUpdate);
     }
     file1_->selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
   }

@@ -14,6 +14,7 @@
 #include <QHeaderView>
 #include <QDropEvent>
 #include <QFileSystemWatcher>
+#include <QSet>
 #include <QTimer>
 #include <QKeyEvent>
 #include <QMimeData>
@@ -37,6 +38,7 @@
 #include "base/Paths.h"
 #include "settings/Preferences.h"
 #include "shell/pane/DirListBox.h"
+
 #include "shell/pane/FileListModel.h"
 #include "shell/pane/FileListView.h"
 #include "shell/pane/PaneRules.h"
@@ -52,12 +54,22 @@ QStringList FilePane::SelectedTexts() const {
 }
 
 void FilePane::SelectTexts(const QStringList& texts, const QString& current) {
+  // A refresh after Select All keeps tens of thousands of names: they are
+  // looked up in a set, and each run of selected rows is one range, or the
+  // refresh would take seconds.
+  const QSet<QString> wanted(texts.begin(), texts.end());
   QItemSelection selection;
   int currentRow = -1;
-  for (int row = 0; row < model_->rowCount(); ++row) {
-    const QString& text = model_->item(row).text;
-    if (texts.contains(text)) selection.select(model_->index(row, 0), model_->index(row, 2));
-    if (text == current) currentRow = row;
+  int runStart = -1;
+  const int rows = model_->rowCount();
+  for (int row = 0; row <= rows; ++row) {
+    const bool selected = row < rows && wanted.contains(model_->item(row).text);
+    if (selected && runStart < 0) runStart = row;
+    if (!selected && runStart >= 0) {
+      selection.select(model_->index(runStart, 0), model_->index(row - 1, 2));
+      runStart = -1;
+    }
+    if (row < rows && model_->item(row).text == current) currentRow = row;
   }
   QItemSelectionModel* model = listView_->selection();
   if (currentRow >= 0) model->setCurrentIndex(model_->index(currentRow, 0), QItemSelectionModel::NoUpdate);
