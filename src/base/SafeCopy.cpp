@@ -5,10 +5,12 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <vector>
 
+#include "base/Paths.h"
 #include "base/SafeTarget.h"
 
 namespace trel {
@@ -18,13 +20,19 @@ namespace {
 std::string Reason(int error) { return std::strerror(error); }
 
 std::string FolderPart(const std::string& path) {
-  const auto cut = path.rfind('/');
-  return cut == std::string::npos ? std::string("./") : path.substr(0, cut + 1);
+  std::string folder, name;
+  SplitPath(path, folder, name);
+  return folder;
 }
 
 std::string NamePart(const std::string& path) {
-  const auto cut = path.rfind('/');
-  return cut == std::string::npos ? path : path.substr(cut + 1);
+  std::string folder, name;
+  SplitPath(path, folder, name);
+  return name;
+}
+
+std::string AppearedMessage(const std::string& target) {
+  return target + " was made by another program while the files were copied; it was left as it is.";
 }
 
 class Fd {
@@ -112,8 +120,23 @@ int FileCopier::Open(Folder& folder, const std::string& path) {
   return folder.fd;
 }
 
+int RenameNoReplace(int fromFolder, const char* from, int toFolder, const char* to) {
+  if (::renameat2(fromFolder, from, toFolder, to, RENAME_NOREPLACE) == 0) return 0;
+  if (errno != EINVAL && errno != ENOSYS && errno != EOPNOTSUPP) return -1;
+  if (::linkat(fromFolder, from, toFolder, to, 0) == 0) {
+    ::unlinkat(fromFolder, from, 0);
+    return 0;
+  }
+  if (errno == EEXIST) return -1;
+  if (::faccessat(toFolder, to, F_OK, AT_SYMLINK_NOFOLLOW) == 0) {
+    errno = EEXIST;
+    return -1;
+  }
+  return ::renameat(fromFolder, from, toFolder, to);
+}
+
 FileOpResult FileCopier::Copy(const std::string& source, const std::string& target, const CopyProgress& progress,
-                              const std::atomic<bool>* abort) {
+                              const std::atomic<bool>* abort, Replace replace) {
   FileOpResult result;
   const int from = Open(source_, source);
   Fd in(from < 0 ? -1 : ::openat(from, NamePart(source).c_str(), O_RDONLY | O_CLOEXEC));
@@ -154,26 +177,36 @@ FileOpResult FileCopier::Copy(const std::string& source, const std::string& targ
   const struct timespec times[2] = {info.st_atim, info.st_mtim};
   ::futimens(out.get(), times);
   if (::close(out.release()) != 0) return fail(target + " couldn't be written: " + Reason(errno));
-  if (::renameat(to, temp.c_str(), to, name.c_str()) != 0)
-    return fail(target + " couldn't be replaced: " + Reason(errno));
+  const int placed = replace == Replace::Allowed ? ::renameat(to, temp.c_str(), to, name.c_str())
+                                                  : RenameNoReplace(to, temp.c_str(), to, name.c_str());
+  if (placed != 0 && errno == EEXIST) return fail(AppearedMessage(target));
+  if (placed != 0) return fail(target + " couldn't be replaced: " + Reason(errno));
   result.ok = true;
   return result;
 }
 
 FileOpResult FileCopier::Move(const std::string& source, const std::string& target, const CopyProgress& progress,
-                              const std::atomic<bool>* abort) {
+                              const std::atomic<bool>* abort, Replace replace) {
   FileOpResult result;
   const int from = Open(source_, source);
   const int to = Open(target_, target);
-  if (from >= 0 && to >= 0 && ::renameat(from, NamePart(source).c_str(), to, NamePart(target).c_str()) == 0) {
+  const std::string sourceName = NamePart(source), targetName = NamePart(target);
+  const int moved = from < 0 || to < 0                ? -1
+                    : replace == Replace::Allowed ? ::renameat(from, sourceName.c_str(), to, targetName.c_str())
+                                                  : RenameNoReplace(from, sourceName.c_str(), to, targetName.c_str());
+  if (moved == 0) {
     result.ok = true;
+    return result;
+  }
+  if (from >= 0 && to >= 0 && errno == EEXIST) {
+    result.error = AppearedMessage(target);
     return result;
   }
   if (from < 0 || to < 0 || errno != EXDEV) {
     result.error = source + " couldn't be moved: " + Reason(errno);
     return result;
   }
-  result = Copy(source, target, progress, abort);
+  result = Copy(source, target, progress, abort, replace);
   if (!result.ok) return result;
   if (::unlinkat(from, NamePart(source).c_str(), 0) != 0) {
     // The copy stands complete; the source stays too, which loses nothing.

@@ -23,6 +23,11 @@ struct FileOpResult {
 // Called now and then with the bytes written and the size of the file.
 using CopyProgress = std::function<void(int64_t done, int64_t total)>;
 
+// Whether a copy or move may take the place of a file already at the target.
+// `Never` is for a target that was absent when the user was (not) asked: one
+// made meanwhile by another program stays, and the copy fails with a message.
+enum class Replace { Allowed, Never };
+
 // Copies and moves many files in a row, as a batch does: the folders of the
 // last source and target stay open, so that each file costs only the calls
 // that copy it (open, create, copy, set the times, rename), not a walk of
@@ -37,9 +42,9 @@ class FileCopier {
   FileCopier& operator=(const FileCopier&) = delete;
 
   FileOpResult Copy(const std::string& source, const std::string& target, const CopyProgress& progress = {},
-                    const std::atomic<bool>* abort = nullptr);
+                    const std::atomic<bool>* abort = nullptr, Replace replace = Replace::Allowed);
   FileOpResult Move(const std::string& source, const std::string& target, const CopyProgress& progress = {},
-                    const std::atomic<bool>* abort = nullptr);
+                    const std::atomic<bool>* abort = nullptr, Replace replace = Replace::Allowed);
 
  private:
   struct Folder {
@@ -60,6 +65,12 @@ FileOpResult SafeCopyFile(const std::string& source, const std::string& target,
 // removed only after the copy is in place and of the right size.
 FileOpResult SafeMoveFile(const std::string& source, const std::string& target,
                           const CopyProgress& progress = {}, const std::atomic<bool>* abort = nullptr);
+
+// Renames `from` to `to` (both in the folder `folderFd`, or in two folders)
+// only when no entry `to` exists; fails with EEXIST otherwise. Where the file
+// system has no such rename, a hard link stands in for it, and only where it
+// has neither does a look before the rename.
+int RenameNoReplace(int fromFolder, const char* from, int toFolder, const char* to);
 
 // True when `inner` is `outer` or lies below it (both folders; the comparison
 // is by path, with trailing separators ignored and symbolic links resolved).

@@ -1,5 +1,6 @@
 #include "base/SafeCopy.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/resource.h>
@@ -7,6 +8,7 @@
 
 #include <filesystem>
 
+#include "base/ExistingNames.h"
 #include "support/OrdinaryUser.h"
 #include "support/TempDir.h"
 
@@ -120,6 +122,45 @@ TEST(SafeCopy, ACopierUsedForABatchFollowsEveryPathsOwnFolder) {
   const FileOpResult noFolder = copier.Copy(from.file("c"), to.file("no such folder/c"));
   EXPECT_FALSE(noFolder.ok);
   EXPECT_NE(noFolder.error.find("can't be written to"), std::string::npos) << noFolder.error;
+}
+
+// A batch asks about its targets from one reading of the folder; a target
+// found absent and made by someone else before the copy lands is kept, for
+// copies and moves alike, and nothing of the batch's is left beside it.
+TEST(SafeCopy, ATargetFoundAbsentIsNeverReplacedWhenItAppearsMeanwhile) {
+  TempDir from, to;
+  from.Write("a.8bf", "new a");
+  from.Write("b.8bf", "new b");
+  to.Write(".hidden", "x");
+  ExistingNames names;
+  EXPECT_TRUE(names.Contains(to.file(".hidden")));
+  EXPECT_FALSE(names.Contains(to.file("a.8bf")));
+  EXPECT_FALSE(names.Contains(to.file("b.8bf")));
+  to.Write("a.8bf", "made meanwhile");
+  EXPECT_FALSE(names.Contains(to.file("a.8bf"))) << "the names are read once";
+  names.Add(to.file("b.8bf"));
+  EXPECT_TRUE(names.Contains(to.file("b.8bf"))) << "a name the batch makes counts as taken";
+
+  FileCopier copier;
+  const FileOpResult copied = copier.Copy(from.file("a.8bf"), to.file("a.8bf"), {}, nullptr, Replace::Never);
+  EXPECT_FALSE(copied.ok);
+  EXPECT_NE(copied.error.find("was made by another program"), std::string::npos) << copied.error;
+  EXPECT_EQ(to.Read("a.8bf"), "made meanwhile");
+  const FileOpResult moved = copier.Move(from.file("a.8bf"), to.file("a.8bf"), {}, nullptr, Replace::Never);
+  EXPECT_FALSE(moved.ok);
+  EXPECT_EQ(to.Read("a.8bf"), "made meanwhile");
+  EXPECT_EQ(from.Read("a.8bf"), "new a");
+  ASSERT_TRUE(copier.Move(from.file("b.8bf"), to.file("b.8bf"), {}, nullptr, Replace::Never).ok);
+  EXPECT_EQ(to.Read("b.8bf"), "new b");
+  EXPECT_EQ(std::distance(fs::directory_iterator(to.path()), fs::directory_iterator()), 3);
+
+  // The rename on its own: refused onto a name that is taken, done onto a free one.
+  to.Write("t", "temp");
+  EXPECT_EQ(RenameNoReplace(AT_FDCWD, to.file("t").c_str(), AT_FDCWD, to.file("a.8bf").c_str()), -1);
+  EXPECT_EQ(errno, EEXIST);
+  EXPECT_EQ(RenameNoReplace(AT_FDCWD, to.file("t").c_str(), AT_FDCWD, to.file("u").c_str()), 0);
+  EXPECT_FALSE(to.Exists("t"));
+  EXPECT_EQ(to.Read("u"), "temp");
 }
 
 TEST(SafeCopy, InsideTellsSubFoldersFromNamesThatShareAPrefix) {

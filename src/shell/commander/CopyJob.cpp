@@ -85,8 +85,8 @@ class CopyWorker {
 
   FileOpResult Do(const CopyItem& job, const CopyProgress& progress) {
     switch (kind_) {
-      case FileJob::Copy: return copier_.Copy(job.source, job.target, progress, &escape_);
-      case FileJob::Move: return copier_.Move(job.source, job.target, progress, &escape_);
+      case FileJob::Copy: return copier_.Copy(job.source, job.target, progress, &escape_, job.replace);
+      case FileJob::Move: return copier_.Move(job.source, job.target, progress, &escape_, job.replace);
       case FileJob::Erase: {
         FileOpResult result;
         std::error_code ec;

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "base/SafeCopy.h"
+
 namespace trel {
 
 // One copy or move of a batch. An empty source is a row that names no file
@@ -14,6 +16,9 @@ namespace trel {
 struct CopyItem {
   std::string source;
   std::string target;
+  // Set when the item is asked about: only a target that was there when the
+  // user was asked may be replaced.
+  Replace replace = Replace::Allowed;
 };
 
 // The path of a selected row: Plugin View rows and rows that already are a

@@ -2,7 +2,7 @@
 // rename, en/disable and the command row, with the Overwrite question.
 #include "shell/commander/FileCommander.h"
 
-#include "shell/fflview/FflViewController.h"
+#include <unistd.h>
 
 #include <QAction>
 #include <QApplication>
@@ -19,28 +19,28 @@
 #include <QUrl>
 #include <filesystem>
 
-#include <unistd.h>
-
+#include "base/ExistingNames.h"
+#include "base/Paths.h"
+#include "base/PluginKinds.h"
+#include "base/SafeCopy.h"
 #include "catalogue/EnableState.h"
 #include "catalogue/PluginList.h"
 #include "filter/FilterEnv.h"
-#include "base/Paths.h"
-#include "base/PluginKinds.h"
 #include "picture/Module2.h"
 #include "settings/FolderIdentity.h"
 #include "settings/Trash.h"
+#include "shell/commander/CopyJob.h"
+#include "shell/commander/CopyPlan.h"
+#include "shell/fflview/FflViewController.h"
+#include "shell/fflview/FflViewPage.h"
 #include "shell/pane/DirListBox.h"
 #include "shell/pane/FileListModel.h"
 #include "shell/pane/FileListView.h"
-#include "shell/fflview/FflViewPage.h"
 #include "shell/pane/FilePane.h"
-#include "shell/window/MainWindow.h"
-#include "shell/pluginview/PluginViewPage.h"
 #include "shell/pane/PaneRules.h"
-#include "base/SafeCopy.h"
-#include "shell/commander/CopyJob.h"
-#include "shell/commander/CopyPlan.h"
 #include "shell/pane/Selection.h"
+#include "shell/pluginview/PluginViewPage.h"
+#include "shell/window/MainWindow.h"
 
 namespace trel {
 
@@ -87,17 +87,19 @@ int FileCommander::OverwriteCheck(const std::string& sourcePath, const std::stri
   }
   // The source is described only when the question is asked: its size and
   // date cost a look at the file and a formatted date, for every file of a batch.
-  return AskOverwrite(targetPath, [&] { return sourcePath.empty() ? QString() : Described(sourcePath); });
+  return AskOverwrite(targetPath, ::access(targetPath.c_str(), F_OK) == 0,
+                      [&] { return sourcePath.empty() ? QString() : Described(sourcePath); });
 }
 
 int FileCommander::OverwriteCheckDescribed(const QString& source, const std::string& targetPath) {
-  return AskOverwrite(targetPath, [&] { return source; });
+  return AskOverwrite(targetPath, ::access(targetPath.c_str(), F_OK) == 0, [&] { return source; });
 }
 
-int FileCommander::AskOverwrite(const std::string& targetPath, const std::function<QString()>& describeSource) {
-  // Asked for every file of a batch: one system call, no conversion of the name.
+int FileCommander::AskOverwrite(const std::string& targetPath, bool targetExists,
+                                const std::function<QString()>& describeSource) {
+  // Asked for every file of a batch: no conversion of the name until a question is shown.
   Conflict decision = Conflict::Go;
-  if (overwrite_.Decided(::access(targetPath.c_str(), F_OK) == 0, decision)) return static_cast<int>(decision);
+  if (overwrite_.Decided(targetExists, decision)) return static_cast<int>(decision);
   QString first = Described(targetPath);
   QString second;
   const QString source = describeSource();
@@ -121,8 +123,15 @@ void FileCommander::StartJob(std::vector<CopyItem> items, FileJob kind,
   job_ = new CopyJob(
       std::move(items), kind, window_.EscapeFlag(),
       kind == FileJob::Copy || kind == FileJob::Move
-          ? CopyJob::Ask([this](const CopyItem& item) {
-              return static_cast<Conflict>(OverwriteCheck(item.source, item.target));
+          ? CopyJob::Ask([this, targets = std::make_shared<ExistingNames>()](CopyItem& item) {
+              // OverwriteCheck, with the target folder's names read once for the batch.
+              if (item.source.empty()) return static_cast<Conflict>(OverwriteCheck(item.source, item.target));
+              const bool exists = targets->Contains(item.target);
+              const auto answer = static_cast<Conflict>(AskOverwrite(
+                  item.target, exists, [&] { return Described(item.source); }));
+              item.replace = exists ? Replace::Allowed : Replace::Never;
+              if (answer == Conflict::Go) targets->Add(item.target);
+              return answer;
             })
           : CopyJob::Ask(),
       this);

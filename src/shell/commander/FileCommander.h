@@ -121,7 +121,7 @@ class FileCommander : public QObject, public OverwriteChecker {
   void Refuse(const std::string& text, const std::string& title = "Trel");
   bool FoldersIdentical();
   void StepOutOf(const std::string& folder);
-  int AskOverwrite(const std::string& targetPath, const std::function<QString()>& describeSource);
+  int AskOverwrite(const std::string& targetPath, bool targetExists, const std::function<QString()>& describeSource);
   // Starts a batch of copies or moves as a job off the window's thread, with
   // progress; `then` runs on the window's thread when the batch has ended,
   // with how many files were done and the first error.
