@@ -60,7 +60,8 @@ class FilePane : public QWidget {
   // While the program itself changes many files (a copy job), the pane's
   // watch of its folder rests: each change would wake the window. When it
   // resumes, one refresh follows, as after any burst of changes, unless the
-  // pane has been filled since the changes ended (`listings` tells).
+  // pane has been filled since the changes ended (`listings` tells) or the
+  // folder's own time shows that no entry came, went or was renamed.
   void PauseWatching(bool paused, bool refreshAfter = true);
   int listings() const { return listings_; }
   void Refresh(bool keepSelection = true);  // re-read the folder, keep the place
@@ -166,6 +167,7 @@ class FilePane : public QWidget {
   QFileSystemWatcher* watcher_ = nullptr;
   QTimer* watchDelay_ = nullptr;
   bool watchPaused_ = false;
+  int64_t pausedFolderTime_ = 0;  // nanoseconds; the folder's change time when the watch paused
   int listings_ = 0;  // how often the folder has been read
   std::vector<DirEntry> files_;
   std::string enteredFolder_;  // the name of the folder last entered from here

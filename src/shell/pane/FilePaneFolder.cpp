@@ -2,47 +2,47 @@
 // the two lists' fill and sort, and the label above them.
 #include "shell/pane/FilePane.h"
 
-#include "shell/fflview/FflViewPage.h"
-#include "shell/pluginview/PluginViewPage.h"
+#include <sys/stat.h>
 
 #include <QApplication>
 #include <QComboBox>
 #include <QDateTime>
 #include <QDir>
+#include <QDropEvent>
+#include <QFileSystemWatcher>
 #include <QHBoxLayout>
 #include <QHash>
 #include <QHeaderView>
-#include <QDropEvent>
-#include <QFileSystemWatcher>
-#include <QSet>
-#include <QTimer>
 #include <QKeyEvent>
-#include <QMimeData>
-#include <QUrl>
-#include <QMouseEvent>
-#include <QWindow>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
 #include <QLocale>
+#include <QMimeData>
+#include <QMouseEvent>
+#include <QSet>
 #include <QStorageInfo>
 #include <QStringListModel>
 #include <QStyle>
 #include <QTabWidget>
+#include <QTimer>
 #include <QToolButton>
 #include <QTreeView>
+#include <QUrl>
 #include <QVBoxLayout>
+#include <QWindow>
 #include <algorithm>
 #include <ctime>
 
 #include "base/Paths.h"
 #include "settings/Preferences.h"
+#include "shell/fflview/FflViewPage.h"
 #include "shell/pane/DirListBox.h"
 #include "shell/pane/FileListModel.h"
 #include "shell/pane/FileListView.h"
 #include "shell/pane/PaneRules.h"
 #include "shell/pane/ShellAccessible.h"
-
+#include "shell/pluginview/PluginViewPage.h"
 
 namespace trel {
 
@@ -96,11 +96,27 @@ void FilePane::Watch(const std::string& folder) {
   if (!path.isEmpty()) watcher_->addPath(path);
 }
 
+namespace {
+
+// A folder's own modification time changes whenever an entry is made,
+// removed or renamed in it; 0 when it can't be read.
+int64_t FolderChangeTime(const std::string& folder) {
+  struct stat info {};
+  if (::stat(folder.c_str(), &info) != 0) return 0;
+  return int64_t{info.st_mtim.tv_sec} * 1000000000 + info.st_mtim.tv_nsec;
+}
+
+}  // namespace
+
 void FilePane::PauseWatching(bool paused, bool refreshAfter) {
   if (paused == watchPaused_) return;
   watchPaused_ = paused;
   Watch(folder_);
-  if (!paused && refreshAfter) watchDelay_->start();
+  if (paused) {
+    pausedFolderTime_ = FolderChangeTime(folder_);
+  } else if (refreshAfter && (pausedFolderTime_ == 0 || FolderChangeTime(folder_) != pausedFolderTime_)) {
+    watchDelay_->start();
+  }
 }
 
 void FilePane::FolderChangedOutside() {

@@ -2,47 +2,45 @@
 // selection, clicks and keys in its lists, and the events its controls share.
 #include "shell/pane/FilePane.h"
 
-#include "shell/fflview/FflViewPage.h"
-#include "shell/pluginview/PluginViewPage.h"
-
 #include <QApplication>
 #include <QComboBox>
 #include <QDateTime>
 #include <QDir>
+#include <QDropEvent>
+#include <QFileSystemWatcher>
 #include <QHBoxLayout>
 #include <QHash>
 #include <QHeaderView>
-#include <QDropEvent>
-#include <QFileSystemWatcher>
-#include <QSet>
-#include <QTimer>
 #include <QKeyEvent>
-#include <QMimeData>
-#include <QUrl>
-#include <QMouseEvent>
-#include <QWindow>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
 #include <QLocale>
+#include <QMimeData>
+#include <QMouseEvent>
+#include <QSet>
 #include <QStorageInfo>
 #include <QStringListModel>
 #include <QStyle>
 #include <QTabWidget>
+#include <QTimer>
 #include <QToolButton>
 #include <QTreeView>
+#include <QUrl>
 #include <QVBoxLayout>
+#include <QWindow>
 #include <algorithm>
 #include <ctime>
 
 #include "base/Paths.h"
 #include "settings/Preferences.h"
+#include "shell/fflview/FflViewPage.h"
 #include "shell/pane/DirListBox.h"
-
 #include "shell/pane/FileListModel.h"
 #include "shell/pane/FileListView.h"
 #include "shell/pane/PaneRules.h"
 #include "shell/pane/ShellAccessible.h"
+#include "shell/pluginview/PluginViewPage.h"
 
 
 namespace trel {
