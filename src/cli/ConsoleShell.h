@@ -4,11 +4,11 @@
 
 #include <ostream>
 
-#include "filter/ShellHooks.h"
+#include "front/UserMessages.h"
 
 namespace trel::cli {
 
-class ConsoleShell : public ShellHooks {
+class ConsoleShell : public UserMessages {
  public:
   explicit ConsoleShell(std::ostream& err) : err_(err) {}
   MsgResult MsgBox(const std::string& text, MsgButtons buttons, MsgIcon icon,

@@ -147,7 +147,7 @@ void FFEditorType1::PrintFilter(QPrinter& printer) {
 bool FFEditorType1::FilenameGiven() {
   const QString label = label6_[0]->text();
   if (label != "Filename" && !label.isEmpty()) return true;
-  (ctx_.shell ? *ctx_.shell : NullShell())
+  (ctx_.shell ? *ctx_.shell : NoMessages())
       .MsgBox("Filename isn't specified!", MsgButtons::Ok, MsgIcon::Exclamation, "Error");
   return false;
 }

@@ -40,7 +40,7 @@ void FFEditorType1::EditorToFilter() {
 
 bool FFEditorType1::NewFilter() {
   if (BatchRefuses()) return false;
-  ShellHooks& shell = ctx_.shell ? *ctx_.shell : NullShell();
+  UserMessages& shell = ctx_.shell ? *ctx_.shell : NoMessages();
   if (shell.MsgBox("Delete the current filter?", MsgButtons::OkCancel, MsgIcon::Question,
                    "Attention") != MsgResult::Ok)
     return false;

@@ -44,10 +44,10 @@ const char* const kToolGlyph[8] = {"C", "D", "L", "S", "O", "?", "N", "F"};
 }  // namespace
 
 // Reader messages go to the program; the memory spot marks come to this window.
-class FFEditorType1::ReaderShell : public ShellHooks {
+class FFEditorType1::ReaderShell : public UserMessages {
  public:
   explicit ReaderShell(FFEditorType1& editor) : editor_(editor) {}
-  ShellHooks& outer() const { return editor_.ctx_.shell ? *editor_.ctx_.shell : NullShell(); }
+  UserMessages& outer() const { return editor_.ctx_.shell ? *editor_.ctx_.shell : NoMessages(); }
   MsgResult MsgBox(const std::string& text, MsgButtons b, MsgIcon i, const std::string& t) override {
     return outer().MsgBox(text, b, i, t);
   }
@@ -103,7 +103,7 @@ FilterOptions FFEditorType1::Options() const {
 }
 
 void FFEditorType1::Message(const std::string& text, MsgIcon icon, const std::string& title) {
-  (ctx_.shell ? *ctx_.shell : NullShell()).MsgBox(text, MsgButtons::Ok, icon, title);
+  (ctx_.shell ? *ctx_.shell : NoMessages()).MsgBox(text, MsgButtons::Ok, icon, title);
 }
 
 bool FFEditorType1::BatchRefuses() {
@@ -115,7 +115,7 @@ bool FFEditorType1::BatchRefuses() {
 bool FFEditorType1::AutoPreview() const { return check2_->isChecked(); }
 bool FFEditorType1::ApplyAtOnce() const { return ctx_.applyAtOnce && ctx_.applyAtOnce(); }
 
-ShellHooks& FFEditorType1::readerShell() { return *readerShell_; }
+UserMessages& FFEditorType1::readerShell() { return *readerShell_; }
 
 // --- controls ----------------------------------------------------------------
 

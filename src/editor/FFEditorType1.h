@@ -22,7 +22,7 @@
 #include "editor/SliderBank.h"
 #include "filter/FFFilter.h"
 #include "filter/FilterOptions.h"
-#include "filter/ShellHooks.h"
+#include "front/UserMessages.h"
 #include "picture/PicView.h"
 
 class QAction;
@@ -46,7 +46,7 @@ struct EditorContext {
   FFFilter* filter = nullptr;   // the program's one filter record
   std::string programFolder;    // ends in a separator; temp.dll, Snipets.db, interface/
   SettingsStore* store = nullptr;
-  ShellHooks* shell = nullptr;  // messages; null answers every question with OK
+  UserMessages* shell = nullptr;  // messages; null answers every question with OK
   std::function<FilterOptions()> options;          // the preferences' options, read at each use
   std::function<std::string()> interfaceFile;      // the chosen skin file ("Interfc4.des")
   std::function<std::string()> targetFolder;       // where "Save" writes (the active pane's folder)
@@ -126,7 +126,7 @@ class FFEditorType1 : public QWidget {
   // The picture editor that "Apply (Filter)" fills.
   PicView* picView() const;
   // Memory spot marks set by a reader of TXT files.
-  ShellHooks& readerShell();
+  UserMessages& readerShell();
   void SetAlphaDisplay(bool on);
   void SetAutoPreview(bool on);
   // Sets the preview's delay after typing (2000 ms by default).

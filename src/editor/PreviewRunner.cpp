@@ -3,6 +3,7 @@
 #include <mutex>
 
 #include "filter/PluginCompiler.h"
+#include "front/UserMessages.h"
 #include "host/PluginHost.h"
 
 namespace trel {
@@ -16,7 +17,7 @@ std::mutex& TempPluginMutex() {
 }
 
 // Keeps the first message of a run instead of showing boxes from a worker.
-class RecordingShell : public ShellHooks {
+class RecordingShell : public UserMessages {
  public:
   MsgResult MsgBox(const std::string& text, MsgButtons, MsgIcon, const std::string&) override {
     if (first.empty()) first = text;

@@ -43,7 +43,7 @@ QString Filters(bool save) {
 
 }  // namespace
 
-PicView::PicView(QWidget* parent, ShellHooks* shell) : QMainWindow(parent), shell_(shell) {
+PicView::PicView(QWidget* parent, UserMessages* shell) : QMainWindow(parent), shell_(shell) {
   setObjectName("PicView");
   setAttribute(Qt::WA_DeleteOnClose, false);
   scroll_ = new QScrollArea(this);

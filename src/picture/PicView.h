@@ -6,7 +6,7 @@
 #include <QString>
 #include <functional>
 
-#include "filter/ShellHooks.h"
+#include "front/UserMessages.h"
 
 class QAction;
 class QLabel;
@@ -20,7 +20,7 @@ class PicView : public QMainWindow {
   Q_OBJECT
  public:
   // Messages go through `shell`; without one the editor keeps quiet.
-  explicit PicView(QWidget* parent = nullptr, ShellHooks* shell = nullptr);
+  explicit PicView(QWidget* parent = nullptr, UserMessages* shell = nullptr);
 
   // The picture shown; an "Apply (Filter)" result arrives through SetPicture.
   // A caption replaces the file name of the title bar.
@@ -81,7 +81,7 @@ class PicView : public QMainWindow {
   MsgResult Message(const std::string& text, MsgButtons buttons, MsgIcon icon);
   QAction* Add(QMenu* menu, const QString& objectName, const QString& caption);
 
-  ShellHooks* shell_ = nullptr;
+  UserMessages* shell_ = nullptr;
   QImage picture_;
   QImage undo_;
   QString pictureFile_;

@@ -13,6 +13,7 @@
 
 #include "filter/FFL.h"
 #include "filter/TextFormats.h"
+#include "front/UserMessages.h"
 #include "settings/SettingsStore.h"
 #include "shell/fflview/FflViewController.h"
 #include "shell/fflview/FflViewPage.h"

@@ -77,7 +77,7 @@ class ScriptedDialogs : public FileDialogs {
   }
 };
 
-class Recorder : public ShellHooks {
+class Recorder : public UserMessages {
  public:
   std::vector<std::string> said;  // "title: text"
   std::deque<MsgResult> answers;

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "filter/ShellHooks.h"
+#include "front/UserMessages.h"
 
 namespace trel::test {
 
@@ -16,7 +16,7 @@ struct RecordedBox {
   std::string title;
 };
 
-class RecordingShell : public ShellHooks {
+class RecordingShell : public UserMessages {
  public:
   MsgResult MsgBox(const std::string& text, MsgButtons buttons, MsgIcon icon,
                    const std::string& title) override;

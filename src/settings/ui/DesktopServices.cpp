@@ -19,7 +19,7 @@
 #include <set>
 
 #include "base/SafeTarget.h"
-#include "filter/ShellHooks.h"
+#include "front/UserMessages.h"
 #include "settings/Preferences.h"
 
 namespace trel {
@@ -173,19 +173,19 @@ QString MailLink(const QString& address, const QString& subject, const QString& 
   return "mailto:" + address + "?subject=" + subject + "&body=" + body;
 }
 
-bool SendEmail(ShellHooks& hooks, const QString& address, const QString& subject, const QString& body) {
+bool SendEmail(UserMessages& hooks, const QString& address, const QString& subject, const QString& body) {
   if (DesktopOpener()(MailLink(address, subject, body))) return true;
   hooks.MsgBox("You have no email application installed!", MsgButtons::Ok, MsgIcon::Exclamation, "Trel");
   return false;
 }
 
-bool ShowURL(ShellHooks& hooks, const QString& address) {
+bool ShowURL(UserMessages& hooks, const QString& address) {
   if (DesktopOpener()(address)) return true;
   hooks.MsgBox("You have no HTML Viewer installed!", MsgButtons::Ok, MsgIcon::Exclamation, "Trel");
   return false;
 }
 
-bool ShowHelp(ShellHooks& hooks, const QString& programFolder, const QString& page) {
+bool ShowHelp(UserMessages& hooks, const QString& programFolder, const QString& page) {
   return ShowURL(hooks, QUrl::fromLocalFile(QDir(programFolder).filePath("help/" + page)).toString());
 }
 
@@ -291,7 +291,7 @@ QStringList ExecCommand(const QString& exec, const QString& file) {
   return command;
 }
 
-bool OpenWith(const QString& file, QWidget* parent, ShellHooks& hooks) {
+bool OpenWith(const QString& file, QWidget* parent, UserMessages& hooks) {
   const QString type = QMimeDatabase().mimeTypeForFile(file).name();
   const std::vector<DesktopApp> apps = AppsForMimeType(type);
   QDialog dialog(parent);

@@ -15,7 +15,7 @@
 
 namespace trel {
 
-class ShellHooks;
+class UserMessages;
 
 // How addresses and documents are handed to the desktop; tests replace it.
 using UrlOpener = std::function<bool(const QString& url)>;
@@ -44,10 +44,10 @@ AssociationResult SetAssociations(const std::array<int, 5>& boxes, const QString
 
 // "mailto:" address "?subject=" subject "&body=" body, unescaped as always.
 QString MailLink(const QString& address, const QString& subject, const QString& body);
-bool SendEmail(ShellHooks& hooks, const QString& address, const QString& subject, const QString& body);
-bool ShowURL(ShellHooks& hooks, const QString& address);
+bool SendEmail(UserMessages& hooks, const QString& address, const QString& subject, const QString& body);
+bool ShowURL(UserMessages& hooks, const QString& address);
 // programFolder/help/page
-bool ShowHelp(ShellHooks& hooks, const QString& programFolder, const QString& page);
+bool ShowHelp(UserMessages& hooks, const QString& programFolder, const QString& page);
 
 // Writes name.desktop, a link entry to the address, into the folder (created
 // when missing); an existing one is overwritten. Returns the path, empty on failure.
@@ -75,7 +75,7 @@ std::vector<DesktopApp> AppsForMimeType(const QString& mimeType);
 QStringList ExecCommand(const QString& exec, const QString& file);
 // The Open With dialog: lists the applications for the file's type, starts the
 // chosen one. False when nothing was started.
-bool OpenWith(const QString& file, QWidget* parent, ShellHooks& hooks);
+bool OpenWith(const QString& file, QWidget* parent, UserMessages& hooks);
 
 // An Apps entry: a path, optionally followed by " %1" which takes the selected
 // file. Starts it detached; false when it could not start.

@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <fstream>
 
-#include "filter/ShellHooks.h"
+#include "front/UserMessages.h"
 #include "settings/Conversions.h"
 #include "settings/ListFiles.h"
 #include "settings/SettingsStore.h"
@@ -45,7 +45,7 @@ std::string InterfaceTitle(const std::string& path) {
   return QString::fromLatin1(items.front().data(), static_cast<qsizetype>(items.front().size())).toStdString();
 }
 
-Form2::Form2(SettingsStore& store, std::string programFolder, ShellHooks& hooks, QWidget* parent)
+Form2::Form2(SettingsStore& store, std::string programFolder, UserMessages& hooks, QWidget* parent)
     : QDialog(parent), store_(store), context_{std::move(programFolder), hooks} {
   setObjectName("Form2");
   setWindowTitle("Preferences");

@@ -25,7 +25,7 @@ class Form2 : public QDialog {
   enum List { kFolderList = 0, kImageList, kAppList, kTypeList };
 
   // `programFolder` ends in a separator.
-  Form2(SettingsStore& store, std::string programFolder, ShellHooks& hooks, QWidget* parent = nullptr);
+  Form2(SettingsStore& store, std::string programFolder, UserMessages& hooks, QWidget* parent = nullptr);
 
   // Shows a copy; it is also what the options no control shows come from.
   void Edit(const PreferenceSet& set);

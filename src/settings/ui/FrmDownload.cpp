@@ -16,12 +16,12 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "filter/ShellHooks.h"
+#include "front/UserMessages.h"
 #include "settings/ui/DesktopServices.h"
 
 namespace trel {
 
-FrmDownload::FrmDownload(std::string programFolder, ShellHooks& hooks, QWidget* parent)
+FrmDownload::FrmDownload(std::string programFolder, UserMessages& hooks, QWidget* parent)
     : QDialog(parent), programFolder_(std::move(programFolder)), hooks_(hooks) {
   setObjectName("frmDownload");
   setWindowTitle("FX Download");

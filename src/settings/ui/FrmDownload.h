@@ -14,12 +14,12 @@ class QTabBar;
 
 namespace trel {
 
-class ShellHooks;
+class UserMessages;
 
 class FrmDownload : public QDialog {
   Q_OBJECT
  public:
-  FrmDownload(std::string programFolder, ShellHooks& hooks, QWidget* parent = nullptr);
+  FrmDownload(std::string programFolder, UserMessages& hooks, QWidget* parent = nullptr);
 
   int tab() const { return tab_; }  // 0 or 1
   const LinkList& links() const { return links_; }
@@ -60,7 +60,7 @@ class FrmDownload : public QDialog {
   void ShowList();
 
   std::string programFolder_;
-  ShellHooks& hooks_;
+  UserMessages& hooks_;
   LinkList links_;
   int tab_ = 0;
   QTabBar* tabs_ = nullptr;

@@ -10,7 +10,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "filter/ShellHooks.h"
+#include "front/UserMessages.h"
 #include "settings/ui/DesktopServices.h"
 #include "settings/ui/PreferencesPages.h"
 

@@ -4,7 +4,7 @@
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
-#include "filter/ShellHooks.h"
+#include "front/UserMessages.h"
 #include "settings/ui/Form2.h"
 #include "settings/ui/PreferencesPages.h"
 

@@ -11,7 +11,7 @@
 #include <QPushButton>
 #include <QStyle>
 
-#include "filter/ShellHooks.h"
+#include "front/UserMessages.h"
 #include "settings/Conversions.h"
 #include "settings/ui/PreferencesPages.h"
 

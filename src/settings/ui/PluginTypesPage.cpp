@@ -10,7 +10,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "filter/ShellHooks.h"
+#include "front/UserMessages.h"
 #include "settings/ui/PreferencesPages.h"
 
 namespace trel {
@@ -20,7 +20,7 @@ namespace {
 QString Q(const std::string& s) { return QString::fromStdString(s); }
 
 // The plugin type dialog: "Add Plugin Type" or "Edit Plugin Type".
-bool RunPluginTypeDialog(QWidget* parent, ShellHooks& hooks, bool edit, std::string& name, std::string& extension,
+bool RunPluginTypeDialog(QWidget* parent, UserMessages& hooks, bool edit, std::string& name, std::string& extension,
                          std::string& digit) {
   QDialog dialog(parent);
   dialog.setObjectName("FrmPluginType");

@@ -26,7 +26,7 @@ class QScrollBar;
 
 namespace trel {
 
-class ShellHooks;
+class UserMessages;
 
 // What the dialog edits as one copy: the options, the Folders list (kept in its
 // own file) and the plugin type table. OK hands it back whole.
@@ -40,7 +40,7 @@ struct PreferenceSet {
 // to tell the user something.
 struct PageContext {
   std::string programFolder;  // ends in a separator
-  ShellHooks& hooks;
+  UserMessages& hooks;
 };
 
 class PreferencesPage : public QWidget {

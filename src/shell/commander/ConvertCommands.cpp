@@ -31,9 +31,9 @@ const char* kFormats[6] = {"Photoshop FF Plugin", "Premiere FF Plugin", "Premier
                            "AFS File",            "PFF File",           "Text File"};
 
 // The core's messages, progress and Esc, answered by the window.
-class WindowHooks : public ShellHooks {
+class WindowHooks : public UserMessages {
  public:
-  WindowHooks(MainWindow& window, ShellHooks& messages) : window_(window), messages_(messages) {}
+  WindowHooks(MainWindow& window, UserMessages& messages) : window_(window), messages_(messages) {}
   MsgResult MsgBox(const std::string& text, MsgButtons buttons, MsgIcon icon, const std::string& title) override {
     return messages_.MsgBox(text, buttons, icon, title);
   }
@@ -51,7 +51,7 @@ class WindowHooks : public ShellHooks {
 
  private:
   MainWindow& window_;
-  ShellHooks& messages_;
+  UserMessages& messages_;
 };
 
 }  // namespace

@@ -72,7 +72,7 @@ FileCommander* FileCommander::Of(MainWindow& window) { return window.parts().com
 
 void FileCommander::SetDialogs(std::unique_ptr<FileDialogs> dialogs) { dialogs_ = std::move(dialogs); }
 
-ShellHooks& FileCommander::messages() { return hooks_ ? *hooks_ : window_.messages(); }
+UserMessages& FileCommander::messages() { return hooks_ ? *hooks_ : window_.messages(); }
 
 void FileCommander::Refuse(const std::string& text, const std::string& title) {
   messages().MsgBox(text, MsgButtons::Ok, MsgIcon::Exclamation, title);

@@ -17,7 +17,7 @@
 #include <vector>
 
 #include "filter/BatchConvert.h"
-#include "filter/ShellHooks.h"
+#include "front/UserMessages.h"
 #include "shell/commander/CopyPlan.h"
 
 class QMimeData;
@@ -60,8 +60,8 @@ class FileCommander : public QObject, public OverwriteChecker {
 
   // Test seams: the dialogs and the message boxes.
   void SetDialogs(std::unique_ptr<FileDialogs> dialogs);
-  void SetMessages(ShellHooks* hooks) { hooks_ = hooks; }
-  ShellHooks& messages();
+  void SetMessages(UserMessages* hooks) { hooks_ = hooks; }
+  UserMessages& messages();
   FileDialogs& dialogs() { return *dialogs_; }
 
   // 0 go, 1 skip, 4 cancel; two empty paths reset the stored choice.
@@ -134,7 +134,7 @@ class FileCommander : public QObject, public OverwriteChecker {
 
   MainWindow& window_;
   std::unique_ptr<FileDialogs> dialogs_;
-  ShellHooks* hooks_ = nullptr;
+  UserMessages* hooks_ = nullptr;
   OverwriteRule overwrite_;
   bool busy_ = false;
   QPointer<CopyJob> job_;  // the batch under way

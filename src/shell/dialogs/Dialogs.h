@@ -10,7 +10,7 @@
 #include <optional>
 #include <string>
 
-#include "filter/ShellHooks.h"
+#include "front/UserMessages.h"
 
 class QDialog;
 class QWidget;

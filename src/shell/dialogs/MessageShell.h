@@ -3,11 +3,11 @@
 
 #include <QWidget>
 
-#include "filter/ShellHooks.h"
+#include "front/UserMessages.h"
 
 namespace trel {
 
-class MessageShell : public ShellHooks {
+class MessageShell : public UserMessages {
  public:
   explicit MessageShell(QWidget* owner = nullptr) : owner_(owner) {}
   void setOwner(QWidget* owner) { owner_ = owner; }

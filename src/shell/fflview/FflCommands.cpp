@@ -7,6 +7,7 @@
 #include "filter/FFL.h"
 #include "filter/LoadIt.h"
 #include "base/Paths.h"
+#include "front/UserMessages.h"
 #include "shell/window/CommandGroups.h"
 #include "shell/fflview/FflViewController.h"
 #include "shell/fflview/FflViewPage.h"
@@ -48,7 +49,7 @@ FflController* FflController::Of(const MainWindow& window) {
   return window.parts().ffl;
 }
 
-ShellHooks& FflController::hooks() const { return hooks_ ? *hooks_ : window_.messages(); }
+UserMessages& FflController::hooks() const { return hooks_ ? *hooks_ : window_.messages(); }
 
 FilterEnv FflController::Env() const {
   FilterEnv env;
@@ -94,7 +95,7 @@ void FflController::ShowEntryInformation(int index) {
 int FflController::Delete(int index) {
   FflViewPage* page = window_.pane(index)->fflView();
   if (page->libraryPath().empty()) return 0;
-  return page->DeleteSelected(Env());
+  return page->DeleteSelected(hooks());
 }
 
 int FflController::Search(int index) {

@@ -11,6 +11,7 @@
 
 #include "filter/FilterEnv.h"
 #include "filter/OutputFormat.h"
+#include "front/UserMessages.h"
 
 namespace trel {
 
@@ -22,8 +23,8 @@ class FflController : public QObject {
   explicit FflController(MainWindow& window);
   static FflController* Of(const MainWindow& window);
 
-  ShellHooks& hooks() const;
-  void SetHooks(ShellHooks* hooks) { hooks_ = hooks; }
+  UserMessages& hooks() const;
+  void SetHooks(UserMessages* hooks) { hooks_ = hooks; }
   // Tests answer for the user: the search text, the new library's path, the
   // files to add.
   void SetSearchPrompt(std::function<std::optional<std::string>()> p) { searchPrompt_ = std::move(p); }
@@ -58,7 +59,7 @@ class FflController : public QObject {
 
  private:
   MainWindow& window_;
-  ShellHooks* hooks_ = nullptr;
+  UserMessages* hooks_ = nullptr;
   std::function<std::optional<std::string>()> searchPrompt_;
   std::function<std::optional<std::string>(const std::string&)> libraryPrompt_;
   std::function<std::vector<std::string>(const std::string&)> filesPrompt_;

@@ -1,4 +1,5 @@
 #include "shell/fflview/FflViewPage.h"
+#include "front/UserMessages.h"
 #include "settings/Latin1.h"
 
 #include <QContextMenuEvent>
@@ -207,10 +208,10 @@ void FflViewPage::SelectAllEntries(bool all) {
   list_->setFocus();
 }
 
-int FflViewPage::DeleteSelected(const FilterEnv& env) {
+int FflViewPage::DeleteSelected(UserMessages& messages) {
   const std::vector<int> selected = SelectedNumbers();
   if (selected.empty() ||
-      env.hooks().MsgBox("Do you want to delete these/this FFL item(s)?", MsgButtons::YesNo,
+      messages.MsgBox("Do you want to delete these/this FFL item(s)?", MsgButtons::YesNo,
                          MsgIcon::Question, "Delete FFL Item") != MsgResult::Yes)
     return 0;
   const std::vector<int> deleted = DeleteFFLItems(library_, selected);

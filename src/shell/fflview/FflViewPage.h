@@ -15,6 +15,8 @@ class QTreeWidget;
 
 namespace trel {
 
+class UserMessages;
+
 class FflViewPage : public QWidget {
   Q_OBJECT
  public:
@@ -47,7 +49,7 @@ class FflViewPage : public QWidget {
   std::vector<std::string> RowTexts(int index) const;
 
   // Deletes the selected entries in place after the question; returns how many.
-  int DeleteSelected(const FilterEnv& env);
+  int DeleteSelected(UserMessages& messages);
 
   // What LoadIt needs of this pane, with the pane's view given by the caller.
   class Access : public PaneAccess {

@@ -37,9 +37,9 @@ constexpr const char* kControllerName = "PluginViewController";
 // What the scan asks of the shell from its own thread: Esc is the window's
 // flag, messages are shown by the window's thread while the scan waits, so
 // their order stays that of the files.
-class ScanThreadHooks : public ShellHooks {
+class ScanThreadHooks : public UserMessages {
  public:
-  ScanThreadHooks(QObject* context, ShellHooks& ui, std::atomic<bool>& escape)
+  ScanThreadHooks(QObject* context, UserMessages& ui, std::atomic<bool>& escape)
       : context_(context), ui_(ui), escape_(escape) {}
 
   MsgResult MsgBox(const std::string& text, MsgButtons buttons, MsgIcon icon, const std::string& title) override {
@@ -64,7 +64,7 @@ class ScanThreadHooks : public ShellHooks {
   }
 
   QObject* context_;
-  ShellHooks& ui_;
+  UserMessages& ui_;
   std::atomic<bool>& escape_;
 };
 
@@ -130,7 +130,7 @@ PluginViewController* PluginViewController::Of(const MainWindow& window) {
   return window.parts().pluginView;
 }
 
-ShellHooks& PluginViewController::hooks() const { return hooks_ ? *hooks_ : window_.messages(); }
+UserMessages& PluginViewController::hooks() const { return hooks_ ? *hooks_ : window_.messages(); }
 
 void PluginViewController::Scan(int index, bool ffOnly) {
   FilePane* pane = window_.pane(index);

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "filter/ShellHooks.h"
+#include "front/UserMessages.h"
 #include "shell/dialogs/PluginListDialog.h"
 
 namespace trel {
@@ -31,8 +31,8 @@ class PluginViewController : public QObject {
   void SetCacheEnabled(bool on) { cacheEnabled_ = on; }
 
   // The messages of the commands; the window's boxes unless replaced (tests).
-  ShellHooks& hooks() const;
-  void SetHooks(ShellHooks* hooks) { hooks_ = hooks; }
+  UserMessages& hooks() const;
+  void SetHooks(UserMessages* hooks) { hooks_ = hooks; }
   // Replaces Form3 and Form4 (tests answer for the user).
   void SetCategoryPrompt(std::function<std::optional<std::string>(const std::vector<std::string>&)> prompt) {
     categoryPrompt_ = std::move(prompt);
@@ -57,7 +57,7 @@ class PluginViewController : public QObject {
 
  private:
   MainWindow& window_;
-  ShellHooks* hooks_ = nullptr;
+  UserMessages* hooks_ = nullptr;
   bool includeSources_ = false;
   bool cacheEnabled_ = true;
   int cacheHits_ = 0;

@@ -20,6 +20,7 @@
 
 #include "base/Paths.h"
 #include "base/PluginKinds.h"
+#include "front/UserMessages.h"
 #include "host/ContactSheet.h"
 #include "host/ImageWrappers.h"
 #include "host/PreviewPipeline.h"
@@ -65,7 +66,7 @@ class SizeBox : public PictureBox {
 };
 
 // Only Photoshop-compatible plugins are run; asks about one without extension.
-bool MayRun(ShellHooks& shell, const std::string& path) {
+bool MayRun(UserMessages& shell, const std::string& path) {
   if (path.empty()) {
     shell.MsgBox("Please select a plugin or other supported file.", MsgButtons::Ok, MsgIcon::Exclamation, "Trel");
     return false;

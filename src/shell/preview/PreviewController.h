@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "front/UserMessages.h"
 #include "host/ContactSheet.h"
 #include "host/ImageLibrary.h"
 #include "host/PluginHost.h"
@@ -82,8 +83,8 @@ class PreviewController : public QObject {
   void SetSelectedFileProvider(std::function<std::string()> provider) { selectedFile_ = std::move(provider); }
   // Messages of the preview, the host and the Picture Editor; the window's
   // by default, a recorder in tests.
-  ShellHooks& shell() { return forward_; }
-  void SetShell(ShellHooks* shell) { forward_.target = shell; }
+  UserMessages& shell() { return forward_; }
+  void SetShell(UserMessages* shell) { forward_.target = shell; }
 
   // --- Picture Editor
   PicView* picView(bool create = true);
@@ -119,8 +120,8 @@ class PreviewController : public QObject {
   [[nodiscard]] std::shared_ptr<void> KeepWindowAlive();
 
   // Passes every message on to the current target.
-  struct ForwardShell : ShellHooks {
-    ShellHooks* target = nullptr;
+  struct ForwardShell : UserMessages {
+    UserMessages* target = nullptr;
     MsgResult MsgBox(const std::string& text, MsgButtons buttons, MsgIcon icon,
                      const std::string& title) override {
       return target->MsgBox(text, buttons, icon, title);

@@ -105,7 +105,7 @@ void MainWindow::LoadintoFFEditor(const QString& path) {
     const QFileInfo info(path);
     FilterEnv env;
     env.options = EditorOptions(*this);
-    env.shell = editor ? &editor->readerShell() : static_cast<ShellHooks*>(&messages_);
+    env.shell = editor ? &editor->readerShell() : static_cast<UserMessages*>(&messages_);
     const std::string folder = info.absolutePath().toStdString() + "/";
     if (!LoadItFile(filter_, folder, info.fileName().toStdString(), env)) {
       QApplication::restoreOverrideCursor();

@@ -1,5 +1,5 @@
 // The window shows an Error the core returned in the box the core used to
-// open itself: the same text, title, icon and buttons.
+// open itself: the same text, title, icon and buttons (front/UserMessages.h).
 #include <gtest/gtest.h>
 
 #include "support/RecordingShell.h"
@@ -7,7 +7,7 @@
 namespace trel {
 namespace {
 
-TEST(ShellHooks, ReportShowsEachKindInItsOwnBox) {
+TEST(UserMessages, ReportShowsEachKindInItsOwnBox) {
   test::RecordingShell shell;
   shell.Report(Error::Fault("a: the file can't be opened", "a"));
   ASSERT_EQ(shell.errors, std::vector<std::string>{"a: the file can't be opened"});
@@ -39,7 +39,7 @@ TEST(ShellHooks, ReportShowsEachKindInItsOwnBox) {
   EXPECT_EQ(shell.refreshes, 1);
 }
 
-TEST(ShellHooks, ContinueAfterAsksTheGeneralQuestion) {
+TEST(UserMessages, ContinueAfterAsksTheGeneralQuestion) {
   test::RecordingShell shell;
   shell.continueAnyway = false;
   EXPECT_FALSE(shell.ContinueAfter(Error::Fault("f: nothing can be written into this folder")));
