@@ -11,7 +11,9 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <ctime>
 #include <filesystem>
+#include <functional>
 #include <fstream>
 #include <iostream>
 #include <map>
@@ -108,38 +110,42 @@ int ScanThroughCache(Corpus& c, bool dropCacheFirst) {
   return pane.plugins.Count();
 }
 
-void BM_BareReads(benchmark::State& state) {
-  Corpus& c = TheCorpus();
-  std::string buffer(1 << 20, '\0');
-  for (auto _ : state) {
-    size_t total = 0;
-    for (const Layout& l : c.files) {
-      std::FILE* f = std::fopen(l.path.c_str(), "rb");
-      if (!f) continue;
-      total += std::fread(buffer.data(), 1, 1400, f);
-      if (std::fseek(f, static_cast<long>(l.rsrcPosition), SEEK_SET) == 0)
-        total += std::fread(buffer.data(), 1, static_cast<size_t>(l.rsrcSize), f);
-      std::fclose(f);
-    }
-    benchmark::DoNotOptimize(total);
+size_t BareReads(const Corpus& c) {
+  static std::string buffer(1 << 20, '\0');
+  size_t total = 0;
+  for (const Layout& l : c.files) {
+    std::FILE* f = std::fopen(l.path.c_str(), "rb");
+    if (!f) continue;
+    total += std::fread(buffer.data(), 1, 1400, f);
+    if (std::fseek(f, static_cast<long>(l.rsrcPosition), SEEK_SET) == 0)
+      total += std::fread(buffer.data(), 1, static_cast<size_t>(l.rsrcSize), f);
+    std::fclose(f);
   }
+  return total;
 }
 
 // The floor of a warm visit: the folder listed and every entry's metadata
 // read once, by name, on the folder's descriptor.
+size_t FstatatFloor(const Corpus& c) {
+  size_t total = 0;
+  DIR* dir = ::opendir(c.folder.c_str());
+  if (!dir) return 0;
+  while (const dirent* e = ::readdir(dir)) {
+    struct stat st {};
+    if (::fstatat(::dirfd(dir), e->d_name, &st, 0) == 0) total += static_cast<size_t>(st.st_size);
+  }
+  ::closedir(dir);
+  return total;
+}
+
+void BM_BareReads(benchmark::State& state) {
+  Corpus& c = TheCorpus();
+  for (auto _ : state) benchmark::DoNotOptimize(BareReads(c));
+}
+
 void BM_FstatatFloor(benchmark::State& state) {
   Corpus& c = TheCorpus();
-  for (auto _ : state) {
-    size_t total = 0;
-    DIR* dir = ::opendir(c.folder.c_str());
-    if (!dir) continue;
-    while (const dirent* e = ::readdir(dir)) {
-      struct stat st {};
-      if (::fstatat(::dirfd(dir), e->d_name, &st, 0) == 0) total += static_cast<size_t>(st.st_size);
-    }
-    ::closedir(dir);
-    benchmark::DoNotOptimize(total);
-  }
+  for (auto _ : state) benchmark::DoNotOptimize(FstatatFloor(c));
 }
 
 // The same entry with no cache at all: what the cache adds to a first visit.
@@ -172,9 +178,61 @@ void BM_WarmEntry(benchmark::State& state) {
 
 BENCHMARK(BM_BareReads)->Unit(benchmark::kMillisecond)->MinWarmUpTime(0.3);
 BENCHMARK(BM_FstatatFloor)->Unit(benchmark::kMillisecond)->MinWarmUpTime(0.3);
+double ThreadCpuSeconds() {
+  timespec t {};
+  ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
+  return double(t.tv_sec) + double(t.tv_nsec) / 1e9;
+}
+
+// An entry and its floor in turns within every iteration, the order swapped
+// each time, so that a machine whose speed drifts (other work, a neighbour on
+// the host) moves both alike; the ratio is of the best CPU time of each.
+void Beside(benchmark::State& state, const std::function<void()>& entry, const std::function<void()>& floor) {
+  double bestEntry = 1e30, bestFloor = 1e30;
+  bool entryFirst = true;
+  for (auto _ : state) {
+    double entryTime = 0;
+    const auto runEntry = [&] {
+      const double t0 = ThreadCpuSeconds();
+      entry();
+      entryTime = ThreadCpuSeconds() - t0;
+      bestEntry = std::min(bestEntry, entryTime);
+    };
+    const auto runFloor = [&] {
+      const double t0 = ThreadCpuSeconds();
+      floor();
+      bestFloor = std::min(bestFloor, ThreadCpuSeconds() - t0);
+    };
+    if (entryFirst) {
+      runEntry();
+      runFloor();
+    } else {
+      runFloor();
+      runEntry();
+    }
+    entryFirst = !entryFirst;
+    state.SetIterationTime(entryTime);
+  }
+  state.counters["floor_ms"] = bestFloor * 1e3;
+  state.counters["ratio"] = bestEntry / bestFloor;
+}
+
+void BM_WarmBesideFstatat(benchmark::State& state) {
+  Corpus& c = TheCorpus();
+  ScanThroughCache(c, true);
+  Beside(state, [&] { ScanThroughCache(c, false); }, [&] { benchmark::DoNotOptimize(FstatatFloor(c)); });
+}
+
+void BM_ColdBesideBareReads(benchmark::State& state) {
+  Corpus& c = TheCorpus();
+  Beside(state, [&] { ScanThroughCache(c, true); }, [&] { benchmark::DoNotOptimize(BareReads(c)); });
+}
+
 BENCHMARK(BM_NoCacheEntry)->Unit(benchmark::kMillisecond)->MinWarmUpTime(0.3);
 BENCHMARK(BM_ColdEntry)->Unit(benchmark::kMillisecond)->MinWarmUpTime(0.3);
 BENCHMARK(BM_WarmEntry)->Unit(benchmark::kMillisecond)->MinWarmUpTime(0.3);
+BENCHMARK(BM_WarmBesideFstatat)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(40);
+BENCHMARK(BM_ColdBesideBareReads)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(16);
 
 class RatioReporter : public benchmark::ConsoleReporter {
  public:
