@@ -94,7 +94,9 @@ Corpus& TheCorpus() {
   return corpus;
 }
 
-int ScanThroughCache(Corpus& c, bool dropCacheFirst) {
+// One entry through the cache; `save` writes the cache file as part of it
+// (the window writes it on a thread of its own after the lists show).
+int ScanThroughCache(Corpus& c, bool dropCacheFirst, bool save = true) {
   FilterEnv env;
   ScanOptions options;
   ScanCache cache(c.cache.string(), c.folder.string(), options, c.types);
@@ -106,7 +108,7 @@ int ScanThroughCache(Corpus& c, bool dropCacheFirst) {
   PaneCatalogue pane;
   const PluginViewEntry entry =
       EnterPluginView(pane, c.folder.string(), options, c.types, env, cache.Wrap({}, options, c.types, env));
-  if (entry == PluginViewEntry::Scanned) cache.Save();
+  if (save && entry == PluginViewEntry::Scanned) cache.Save();
   return pane.plugins.Count();
 }
 
@@ -225,7 +227,9 @@ void BM_WarmBesideFstatat(benchmark::State& state) {
 
 void BM_ColdBesideBareReads(benchmark::State& state) {
   Corpus& c = TheCorpus();
-  Beside(state, [&] { ScanThroughCache(c, true); }, [&] { benchmark::DoNotOptimize(BareReads(c)); });
+  // Until the lists can show: the cache file is written afterwards, off the
+  // window's way (BM_ColdEntry includes it).
+  Beside(state, [&] { ScanThroughCache(c, true, false); }, [&] { benchmark::DoNotOptimize(BareReads(c)); });
 }
 
 BENCHMARK(BM_NoCacheEntry)->Unit(benchmark::kMillisecond)->MinWarmUpTime(0.3);

@@ -59,6 +59,7 @@ Setup& TheSetup() {
 // of the event loop goes to `stallMs`.
 void Enter(trel::MainWindow& window, bool dropCache, double& stallMs) {
   if (dropCache) {
+    trel::PluginViewController::Of(window)->FinishCacheWrites();
     std::error_code ec;
     fs::remove_all(window.programFolder() + "cache", ec);
   }

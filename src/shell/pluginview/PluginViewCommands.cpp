@@ -124,7 +124,10 @@ std::string FullPath(const std::string& item, const std::string& folder) {
 PluginViewController::PluginViewController(MainWindow& window) : QObject(&window), window_(window) {
   setObjectName(kControllerName);
   window.parts().pluginView = this;
+  cacheWriter_.setMaxThreadCount(1);
 }
+
+void PluginViewController::FinishCacheWrites() { cacheWriter_.waitForDone(); }
 
 PluginViewController* PluginViewController::Of(const MainWindow& window) {
   return window.parts().pluginView;
@@ -210,9 +213,10 @@ void PluginViewController::Scan(int index, bool ffOnly) {
   };
   callbacks.progress = [&](int percent) { publish(nullptr, &percent); };
 
-  std::unique_ptr<ScanCache> cache;
+  std::shared_ptr<ScanCache> cache;
   if (cacheEnabled_) {
-    cache = std::make_unique<ScanCache>(window_.programFolder() + "cache", folder, options, table);
+    FinishCacheWrites();  // the last scan's file is whole before it is read
+    cache = std::make_shared<ScanCache>(window_.programFolder() + "cache", folder, options, table);
     cache->Load();
     callbacks = cache->Wrap(callbacks, options, table, env);
   }
@@ -221,7 +225,6 @@ void PluginViewController::Scan(int index, bool ffOnly) {
   PluginViewEntry entry = PluginViewEntry::NothingFound;
   QThread* worker = QThread::create([&] {
     entry = EnterPluginView(scanned, folder, options, table, env, callbacks);
-    if (cache && entry == PluginViewEntry::Scanned) cache->Save();
   });
   worker->setObjectName("PluginScan");
   QEventLoop loop;
@@ -236,6 +239,8 @@ void PluginViewController::Scan(int index, bool ffOnly) {
   if (cache) {
     cacheHits_ = cache->hits();
     cacheMisses_ = cache->misses();
+    // The lists need not wait for the cache file: it is written meanwhile.
+    if (entry == PluginViewEntry::Scanned) cacheWriter_.start([cache] { cache->Save(); });
   }
   if (!windowPtr || !pagePtr) return;  // the window went away meanwhile
   if (entry == PluginViewEntry::NothingFound) hooks().Report(NoPluginsFound());

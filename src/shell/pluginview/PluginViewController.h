@@ -5,6 +5,7 @@
 #pragma once
 
 #include <QObject>
+#include <QThreadPool>
 #include <functional>
 #include <optional>
 #include <string>
@@ -44,6 +45,9 @@ class PluginViewController : public QObject {
   // Entering the Plugin View of a pane; returns when the scan is over, the
   // window staying responsive meanwhile.
   void Scan(int pane, bool ffOnly);
+  // The cache of a scan is written after its lists are shown, on a thread of
+  // its own; this waits for that (the next scan does so before it reads).
+  void FinishCacheWrites();
   int lastCacheHits() const { return cacheHits_; }
   int lastCacheMisses() const { return cacheMisses_; }
 
@@ -65,6 +69,7 @@ class PluginViewController : public QObject {
   std::function<std::optional<std::string>(const std::vector<std::string>&)> categoryPrompt_;
   std::function<std::optional<PlugInListChoice>()> listPrompt_;
   std::function<void(const std::string&)> pacer_;
+  QThreadPool cacheWriter_;  // one thread: writes of the scan cache, in order
 };
 
 }  // namespace trel
