@@ -47,16 +47,22 @@ const std::string& LargeFolder() {
   return folder;
 }
 
+// A pane in Details view, shown, with the default preferences.
+struct DetailsPane {
+  trel::Preferences prefs;
+  trel::PaneShared shared{{true, true, true}, &prefs, {}};
+  trel::FilePane pane{0, shared};
+  DetailsPane() {
+    pane.resize(600, 800);
+    pane.show();
+    pane.SetViewMode(3);
+  }
+};
+
 void BM_FillDirList20000Details(benchmark::State& state) {
   const std::string& folder = LargeFolder();
-  trel::Preferences prefs;
-  trel::PaneShared shared;
-  shared.prefs = &prefs;
-  shared.columnSortAscending = {true, true, true};
-  trel::FilePane pane(0, shared);
-  pane.resize(600, 800);
-  pane.show();
-  pane.SetViewMode(3);
+  DetailsPane details;
+  trel::FilePane& pane = details.pane;
   for (auto _ : state) {
     pane.FillDirList(folder);
     QApplication::processEvents();  // the list draws what it shows
@@ -70,14 +76,8 @@ BENCHMARK(BM_FillDirList20000Details)->Unit(benchmark::kMillisecond)->Iterations
 // does when its folder changes under a Select All.
 void BM_RefreshKeepingSelection20000(benchmark::State& state) {
   const std::string& folder = LargeFolder();
-  trel::Preferences prefs;
-  trel::PaneShared shared;
-  shared.prefs = &prefs;
-  shared.columnSortAscending = {true, true, true};
-  trel::FilePane pane(0, shared);
-  pane.resize(600, 800);
-  pane.show();
-  pane.SetViewMode(3);
+  DetailsPane details;
+  trel::FilePane& pane = details.pane;
   pane.FillDirList(folder);
   pane.listView()->current()->selectAll();
   for (auto _ : state) {
