@@ -37,7 +37,7 @@ TEST_F(LayoutTest, DraggingTheFrameLaysOutOnceAfterTheButtonIsUp) {
   EXPECT_EQ(window.layoutCount(), before);
   EXPECT_TRUE(window.Timer2()->isActive());
   buttonDown = false;
-  QTRY_VERIFY_WITH_TIMEOUT(!window.Timer2()->isActive(), 2000);
+  ASSERT_TRUE(QTest::qWaitFor([&] { return !window.Timer2()->isActive(); }, 2000));
   EXPECT_EQ(window.layoutCount(), before + 1);
 }
 

@@ -106,13 +106,13 @@ TEST_F(PreviewTest, AListChangeStartsTheTimerAndABurstRunsOnePreview) {
   ASSERT_GT(list->model()->rowCount(), 1);
   list->selectionModel()->setCurrentIndex(list->model()->index(1, 0), QItemSelectionModel::ClearAndSelect);
   EXPECT_TRUE(preview->Timer1().isActive());
-  QTRY_VERIFY_WITH_TIMEOUT(!preview->Timer1().isActive(), 3000);
+  ASSERT_TRUE(QTest::qWaitFor([&] { return !preview->Timer1().isActive(); }, 3000));
   QTest::qWait(20);
   const int afterSwitch = preview->previewRuns();
   for (int i = 0; i < 8; ++i) preview->SelectionChanged();
   EXPECT_TRUE(preview->Timer1().isActive());
   EXPECT_EQ(preview->previewRuns(), afterSwitch);
-  QTRY_VERIFY_WITH_TIMEOUT(!preview->Timer1().isActive(), 3000);
+  ASSERT_TRUE(QTest::qWaitFor([&] { return !preview->Timer1().isActive(); }, 3000));
   QTest::qWait(20);
   EXPECT_EQ(preview->previewRuns(), afterSwitch + 1);
 }
@@ -394,7 +394,7 @@ TEST_F(PreviewTest, BrowseFillsEveryTileAndBatchWritesThePassiveFolder) {
   BrowseDialog dialog(list, Thumb(), options);
   QSignalSpy done(&dialog, &BrowseDialog::allFinished);
   dialog.Start();
-  QTRY_VERIFY_WITH_TIMEOUT(dialog.allDone(), 10000);
+  ASSERT_TRUE(QTest::qWaitFor([&] { return dialog.allDone(); }, 10000));
   EXPECT_EQ(done.count(), 1);
   EXPECT_EQ(dialog.tile(1).pixelColor(2, 2).green(), Thumb().pixelColor(2, 2).green() / 2);
   QSignalSpy activated(&dialog, &BrowseDialog::pluginActivated);
