@@ -66,10 +66,10 @@ FileOpResult SafeCopyFile(const std::string& source, const std::string& target,
 FileOpResult SafeMoveFile(const std::string& source, const std::string& target,
                           const CopyProgress& progress = {}, const std::atomic<bool>* abort = nullptr);
 
-// Renames `from` to `to` (both in the folder `folderFd`, or in two folders)
-// only when no entry `to` exists; fails with EEXIST otherwise. Where the file
-// system has no such rename, a hard link stands in for it, and only where it
-// has neither does a look before the rename.
+// Renames `from` in `fromFolder` to `to` in `toFolder` (open folders, or
+// AT_FDCWD) only when no entry `to` exists; fails with EEXIST otherwise.
+// Where the file system has no such rename, a hard link stands in for it, and
+// only where it has neither does a look before the rename.
 int RenameNoReplace(int fromFolder, const char* from, int toFolder, const char* to);
 
 // True when `inner` is `outer` or lies below it (both folders; the comparison
