@@ -124,8 +124,8 @@ void FileCommander::StartJob(std::vector<CopyItem> items, FileJob kind,
       std::move(items), kind, window_.EscapeFlag(),
       kind == FileJob::Copy || kind == FileJob::Move
           ? CopyJob::Ask([this, targets = std::make_shared<ExistingNames>()](CopyItem& item) {
-              // OverwriteCheck, with the target folder's names read once for the batch.
-              if (item.source.empty()) return static_cast<Conflict>(OverwriteCheck(item.source, item.target));
+              // OverwriteCheck, with the target folder's names read once for the
+              // batch (the job asks about named files only).
               const bool exists = targets->Contains(item.target);
               const auto answer = static_cast<Conflict>(AskOverwrite(
                   item.target, exists, [&] { return Described(item.source); }));
