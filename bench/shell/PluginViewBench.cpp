@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QTimer>
 #include <cstdlib>
 #include <filesystem>
@@ -75,7 +76,10 @@ void Enter(trel::MainWindow& window, bool dropCache, double& stallMs) {
   ticker.start();
   window.SetPluginViewFresh(0, false);
   auto* controller = trel::PluginViewController::Of(window);
+  QEventLoop scanning;
+  QObject::connect(controller, &trel::PluginViewController::scanFinished, &scanning, &QEventLoop::quit);
   controller->Scan(0, false);
+  scanning.exec();
   ticker.stop();
   stallMs = std::max(stallMs, static_cast<double>(longest) / 1e6);
 }

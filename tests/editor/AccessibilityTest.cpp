@@ -21,6 +21,7 @@
 #include "settings/SettingsStore.h"
 #include "shell/pane/FilePane.h"
 #include "shell/pane/FileListView.h"
+#include "shell/pluginview/PluginViewPage.h"
 #include "shell/window/MainWindow.h"
 #include "support/RecordingShell.h"
 #include "support/TempDir.h"
@@ -237,7 +238,7 @@ TEST(MainWindowAccess, EveryControlOnScreenIsNamedAndEachFileHeardOnce) {
   // The other two views of the pane have their controls named too.
   for (int view : {int(FilePane::kPluginView), int(FilePane::kFFLView)}) {
     left->SelectTab(view);
-    QApplication::processEvents();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !left->pluginView()->busy(); }, 20000));
     Walk walk;
     WalkTree(Iface(&window), files, walk);
     EXPECT_TRUE(walk.unnamed.isEmpty()) << "view " << view << ": " << walk.unnamed.join(", ").toStdString();

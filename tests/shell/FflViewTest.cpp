@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <QTest>
+
 #include <QAction>
 #include <QApplication>
 #include <QDir>
@@ -223,6 +225,7 @@ TEST_F(FflViewTest, CreateFflMakesALibraryOfThePluginViewSelection) {
   window->SetPluginViewFresh(0, false);
   window->pane(0)->SelectTab(FilePane::kPluginView);
   PluginViewPage* plugins = window->pane(0)->pluginView();
+  ASSERT_TRUE(QTest::qWaitFor([&] { return !plugins->busy(); }, 20000));
   plugins->SelectCategories({"Src"});
   plugins->SelectAllFilters(true);
   std::string askedIn;

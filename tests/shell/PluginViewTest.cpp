@@ -6,6 +6,7 @@
 #include <QComboBox>
 #include <QDir>
 #include <QKeyEvent>
+#include <QTest>
 #include <QThread>
 #include <QLineEdit>
 #include <QListWidget>
@@ -79,10 +80,13 @@ class PluginViewTest : public ::testing::Test {
     page = window->pane(0)->pluginView();
   }
   // Switches pane 0 to the Plugin View as a click on its tab does.
+  // and waits for its scan to end.
   void EnterPluginView() {
     window->SetPluginViewFresh(0, false);
     window->pane(0)->SelectTab(FilePane::kPluginView);
+    WaitForScan();
   }
+  void WaitForScan() { ASSERT_TRUE(QTest::qWaitFor([&] { return !page->busy(); }, 20000)); }
   Strings Texts(const std::vector<FilterRow>& rows) const {
     Strings out;
     for (const FilterRow& r : rows) out.push_back(r.text);
@@ -178,6 +182,7 @@ TEST_F(PluginViewTest, OptionsBringSourcesAndSubfoldersAndShiftKeepsFilterFactor
   window->pane(0)->SelectTab(FilePane::kFileView);
   window->SetPluginViewFresh(0, false);
   controller->Scan(0, true);
+  WaitForScan();
   EXPECT_EQ(page->CategoryRows(), Strings{"FF Cat"});
 }
 

@@ -12,6 +12,7 @@
 #include <memory>
 
 #include "settings/SettingsStore.h"
+#include "shell/pluginview/PluginViewPage.h"
 #include "shell/window/MainWindow.h"
 #include "support/PeBuilder.h"
 #include "support/TempDir.h"
@@ -43,8 +44,8 @@ TEST(PluginViewXvfb, TheKeyboardReachesThePluginViewAndItsCategoriesShow) {
   ASSERT_NE(tabs, nullptr);
   tabs->tabBar()->setFocus();
   QTest::keyClick(tabs->tabBar(), Qt::Key_Right);
-  QTest::qWait(100);
   EXPECT_EQ(window->pane(0)->paneView(), FilePane::kPluginView);
+  ASSERT_TRUE(QTest::qWaitFor([&] { return !window->pane(0)->pluginView()->busy(); }, 20000));
 
   auto* categories = window->findChild<QListWidget*>("List2_0");
   ASSERT_NE(categories, nullptr);

@@ -1,17 +1,11 @@
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
-#include <QElapsedTimer>
-#include <QEventLoop>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMenuBar>
-#include <QMutex>
-#include <QPointer>
 #include <QTabBar>
 #include <QTabWidget>
-#include <QThread>
-#include <atomic>
 #include <cctype>
 #include <memory>
 
@@ -19,6 +13,7 @@
 #include "catalogue/PluginReports.h"
 #include "catalogue/PluginScanner.h"
 #include "catalogue/ScanCache.h"
+#include "shell/pluginview/PluginScanJob.h"
 #include "base/Paths.h"
 #include "settings/FolderIdentity.h"
 #include "shell/dialogs/CategoryDialog.h"
@@ -33,40 +28,6 @@ namespace trel {
 namespace {
 
 constexpr const char* kControllerName = "PluginViewController";
-
-// What the scan asks of the shell from its own thread: Esc is the window's
-// flag, messages are shown by the window's thread while the scan waits, so
-// their order stays that of the files.
-class ScanThreadHooks : public UserMessages {
- public:
-  ScanThreadHooks(QObject* context, UserMessages& ui, std::atomic<bool>& escape)
-      : context_(context), ui_(ui), escape_(escape) {}
-
-  MsgResult MsgBox(const std::string& text, MsgButtons buttons, MsgIcon icon, const std::string& title) override {
-    MsgResult result = MsgResult::Cancel;
-    OnUiThread([&] { result = ui_.MsgBox(text, buttons, icon, title); });
-    return result;
-  }
-  void ErrorMessage(const std::string& description) override {
-    OnUiThread([&] { ui_.ErrorMessage(description); });
-  }
-  bool ErrorMessage2(const std::string& description) override {
-    bool result = false;
-    OnUiThread([&] { result = ui_.ErrorMessage2(description); });
-    return result;
-  }
-  bool EscapePressed() override { return escape_.load(); }
-
- private:
-  void OnUiThread(const std::function<void()>& call) {
-    if (QThread::currentThread() == context_->thread()) call();
-    else QMetaObject::invokeMethod(context_, call, Qt::BlockingQueuedConnection);
-  }
-
-  QObject* context_;
-  UserMessages& ui_;
-  std::atomic<bool>& escape_;
-};
 
 // The room a plugin has for its category, in characters; 0 when nothing
 // limits it here (a filter source is written anew).
@@ -93,24 +54,6 @@ std::string CategoryTooLong(const PaneCatalogue& catalogue, const std::vector<Fi
   }
   return lines.empty() ? lines : lines.substr(1);
 }
-
-// Esc anywhere in the program stops the scan, whichever control has the focus
-// (the lists of the pane are disabled meanwhile).
-class EscapeWatcher : public QObject {
- public:
-  explicit EscapeWatcher(std::atomic<bool>& flag) : flag_(flag) {}
-
- protected:
-  bool eventFilter(QObject* watched, QEvent* event) override {
-    if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
-      flag_.store(true);
-    }
-    return QObject::eventFilter(watched, event);
-  }
-
- private:
-  std::atomic<bool>& flag_;
-};
 
 // The full path of a selected item: Plugin View hands full paths, File View
 // bare names in the pane's folder.
@@ -149,110 +92,51 @@ void PluginViewController::Scan(int index, bool ffOnly) {
   page->ClearLists();
   window_.Progressbar(0);
 
-  ScanOptions options;
-  options.subFolders = window_.prefs().scanSubDirs == 1;
-  options.includeSources = includeSources_;
-  options.ScanFFOnly = ffOnly;
-  const PluginTypeTable table = window_.pluginTypes();  // the thread's own copy
-  std::atomic<bool>& escape = window_.EscapeFlag();
-  escape.store(false);
-  ScanThreadHooks threadHooks(this, hooks(), escape);
-  FilterEnv env;
-  env.shell = &threadHooks;
-
-  // Progress and the scan label reach the window at most every 40 ms, so a
-  // fast scan doesn't flood the event queue and a slow one still shows life.
-  struct Shared {
-    QMutex mutex;
-    QString label;
-    int percent = 0;
-    bool posted = false;
-  };
-  auto shared = std::make_shared<Shared>();
-  QPointer<PluginViewPage> pagePtr(page);
-  QPointer<MainWindow> windowPtr(&window_);
-  QElapsedTimer sinceLast;
-  sinceLast.start();
-  const auto post = [this, shared, pagePtr, windowPtr] {
-    QMetaObject::invokeMethod(
-        this,
-        [shared, pagePtr, windowPtr] {
-          QString label;
-          int percent = 0;
-          {
-            QMutexLocker lock(&shared->mutex);
-            label = shared->label;
-            percent = shared->percent;
-            shared->posted = false;
-          }
-          if (pagePtr) pagePtr->SetScanLabel(label);
-          if (windowPtr) windowPtr->Progressbar(percent);
-        },
-        Qt::QueuedConnection);
-  };
-  const auto publish = [&, shared](const QString* label, const int* percent) {
-    bool due = false;
-    {
-      QMutexLocker lock(&shared->mutex);
-      if (label) shared->label = *label;
-      if (percent) shared->percent = *percent;
-      if (!shared->posted && sinceLast.elapsed() >= 40) {
-        shared->posted = true;
-        due = true;
-        sinceLast.restart();
-      }
-    }
-    if (due) post();
-  };
-  ScanCallbacks callbacks;
-  const auto pacer = pacer_;
-  callbacks.scanLabel = [&, pacer](const std::string& text) {
-    if (pacer && !text.empty()) pacer(text);
-    const QString label = QString::fromLocal8Bit(text.c_str());
-    publish(&label, nullptr);
-  };
-  callbacks.progress = [&](int percent) { publish(nullptr, &percent); };
-
-  std::shared_ptr<ScanCache> cache;
+  PluginScanRequest request;
+  request.folder = folder;
+  request.options.subFolders = window_.prefs().scanSubDirs == 1;
+  request.options.includeSources = includeSources_;
+  request.options.ScanFFOnly = ffOnly;
+  request.table = window_.pluginTypes();
+  request.pacer = pacer_;
   if (cacheEnabled_) {
     FinishCacheWrites();  // the last scan's file is whole before it is read
-    cache = std::make_shared<ScanCache>(window_.programFolder() + "cache", folder, options, table);
-    cache->Load();
-    callbacks = cache->Wrap(callbacks, options, table, env);
+    request.cache = std::make_shared<ScanCache>(window_.programFolder() + "cache", folder, request.options,
+                                                request.table);
+    request.cache->Load();
   }
-
-  PaneCatalogue scanned;
-  PluginViewEntry entry = PluginViewEntry::NothingFound;
-  QThread* worker = QThread::create([&] {
-    entry = EnterPluginView(scanned, folder, options, table, env, callbacks);
+  auto* job = new PluginScanJob(std::move(request), hooks(), window_.EscapeFlag(), this);
+  scans_[static_cast<size_t>(index & 1)] = job;
+  connect(job, &PluginScanJob::progressed, this, [this, page](const QString& label, int percent) {
+    page->SetScanLabel(label);
+    window_.Progressbar(percent);
   });
-  worker->setObjectName("PluginScan");
-  QEventLoop loop;
-  connect(worker, &QThread::finished, &loop, &QEventLoop::quit);
-  EscapeWatcher watcher(escape);
-  qApp->installEventFilter(&watcher);
-  worker->start();
-  loop.exec();
-  qApp->removeEventFilter(&watcher);
-  worker->wait();
-  delete worker;
-  if (cache) {
+  connect(job, &PluginScanJob::finished, this, [this, index, job] { ScanFinished(index, *job); });
+  job->Start();
+}
+
+void PluginViewController::ScanFinished(int index, PluginScanJob& job) {
+  scans_[static_cast<size_t>(index & 1)] = nullptr;
+  job.deleteLater();
+  const PluginViewEntry entry = job.entry();
+  if (const std::shared_ptr<ScanCache>& cache = job.request().cache) {
     cacheHits_ = cache->hits();
     cacheMisses_ = cache->misses();
     // The lists need not wait for the cache file: it is written meanwhile.
     if (entry == PluginViewEntry::Scanned) cacheWriter_.start([cache] { cache->Save(); });
   }
-  if (!windowPtr || !pagePtr) return;  // the window went away meanwhile
   if (entry == PluginViewEntry::NothingFound) hooks().Report(NoPluginsFound());
 
+  FilePane* pane = window_.pane(index);
+  PluginViewPage* page = pane->pluginView();
   page->SetScanLabel({});
   pane->tabs()->tabBar()->setEnabled(true);
   page->SetBusy(false);
-  const int found = scanned.plugins.Count();
+  const int found = job.catalogue().plugins.Count();
   // The finished scan leaves the status row empty for the next work.
   window_.StatusDisplayClear();
   if (entry == PluginViewEntry::Scanned) {
-    page->SetCatalogue(std::move(scanned));
+    page->SetCatalogue(std::move(job.catalogue()));
     window_.Switchit(index);
     page->categoryList()->setFocus();
   } else {
@@ -261,6 +145,13 @@ void PluginViewController::Scan(int index, bool ffOnly) {
     pane->SelectTab(FilePane::kFileView);
   }
   emit scanFinished(index, entry == PluginViewEntry::Scanned ? found : 0);
+}
+
+void PluginViewController::StopScans() {
+  for (PluginScanJob*& job : scans_) {
+    delete job;
+    job = nullptr;
+  }
 }
 
 void PluginViewController::cmd_ChangeCategory(bool dropped) {

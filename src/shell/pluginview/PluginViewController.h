@@ -6,6 +6,7 @@
 
 #include <QObject>
 #include <QThreadPool>
+#include <array>
 #include <functional>
 #include <optional>
 #include <string>
@@ -17,6 +18,7 @@
 namespace trel {
 
 class MainWindow;
+class PluginScanJob;
 
 class PluginViewController : public QObject {
   Q_OBJECT
@@ -42,9 +44,12 @@ class PluginViewController : public QObject {
   // Called on the scanning thread before each file (tests press Esc from it).
   void SetScanPacer(std::function<void(const std::string&)> pacer) { pacer_ = std::move(pacer); }
 
-  // Entering the Plugin View of a pane; returns when the scan is over, the
-  // window staying responsive meanwhile.
+  // Entering the Plugin View of a pane: starts the scan and returns; the
+  // lists are shown and scanFinished is emitted when it is over.
   void Scan(int pane, bool ffOnly);
+  // Stops the scans still running, without showing their lists (the window
+  // closes).
+  void StopScans();
   // The cache of a scan is written after its lists are shown, on a thread of
   // its own; this waits for that (the next scan does so before it reads).
   void FinishCacheWrites();
@@ -60,7 +65,10 @@ class PluginViewController : public QObject {
   void scanFinished(int pane, int entries);
 
  private:
+  void ScanFinished(int pane, PluginScanJob& job);
+
   MainWindow& window_;
+  std::array<PluginScanJob*, 2> scans_{};  // the running scan of each pane
   UserMessages* hooks_ = nullptr;
   bool includeSources_ = false;
   bool cacheEnabled_ = true;

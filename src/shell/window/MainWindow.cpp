@@ -30,6 +30,7 @@
 #include "settings/SettingsStore.h"
 #include "shell/pane/FileListModel.h"
 #include "shell/pane/FileListView.h"
+#include "shell/pluginview/PluginViewController.h"
 #include "shell/window/Splash.h"
 #include "shell/window/StatusArea.h"
 #include "shell/dialogs/TipDialog.h"
@@ -96,6 +97,9 @@ MainWindow::MainWindow(SettingsStore& store, std::string programFolder, QWidget*
 }
 
 MainWindow::~MainWindow() {
+  // A scan still running reads the window's Esc flag: it stops before the
+  // window's members go.
+  if (parts_.pluginView) parts_.pluginView->StopScans();
   if (splash_) delete splash_;
 }
 

@@ -1,0 +1,133 @@
+#include "shell/pluginview/PluginScanJob.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QKeyEvent>
+#include <QMutex>
+#include <QPointer>
+#include <QThread>
+
+#include "catalogue/ScanCache.h"
+
+namespace trel {
+
+namespace {
+
+// Esc anywhere in the program stops the scan, whichever control has the focus
+// (the lists of the pane are disabled meanwhile).
+class EscapeWatcher : public QObject {
+ public:
+  EscapeWatcher(std::atomic<bool>& window, std::atomic<bool>& job) : window_(window), job_(job) {}
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
+      window_.store(true);
+      job_.store(true);
+    }
+    return QObject::eventFilter(watched, event);
+  }
+
+ private:
+  std::atomic<bool>& window_;
+  std::atomic<bool>& job_;
+};
+
+}  // namespace
+
+// The scan's messages go to the window's thread; Esc is the job's flag.
+class PluginScanJob::Messages : public WorkerMessages {
+ public:
+  Messages(QObject* context, UserMessages& ui, std::atomic<bool>& escape, std::atomic<bool>& stop)
+      : WorkerMessages(context, ui, escape), stop_(stop) {}
+  bool EscapePressed() override { return stop_.load() || WorkerMessages::EscapePressed(); }
+
+ private:
+  std::atomic<bool>& stop_;
+};
+
+// What the worker has to say and whether a post to the window is on its way.
+struct PluginScanJob::Shared {
+  QMutex mutex;
+  QString label;
+  int percent = 0;
+  bool posted = false;
+  QElapsedTimer sinceLast;
+};
+
+PluginScanJob::PluginScanJob(PluginScanRequest request, UserMessages& ui, std::atomic<bool>& escape,
+                             QObject* parent)
+    : QObject(parent),
+      request_(std::move(request)),
+      windowEscape_(escape),
+      messages_(std::make_unique<Messages>(this, ui, escape, stop_)),
+      shared_(std::make_shared<Shared>()) {}
+
+PluginScanJob::~PluginScanJob() {
+  if (escapeWatcher_) qApp->removeEventFilter(escapeWatcher_.get());
+  if (!worker_) return;
+  stop_.store(true);
+  messages_->Abandon();
+  worker_->wait();
+  delete worker_;
+}
+
+void PluginScanJob::Publish(const std::string* label, const int* percent) {
+  bool due = false;
+  {
+    QMutexLocker lock(&shared_->mutex);
+    if (label) shared_->label = QString::fromLocal8Bit(label->c_str());
+    if (percent) shared_->percent = *percent;
+    if (!shared_->posted && shared_->sinceLast.elapsed() >= 40) {
+      shared_->posted = true;
+      due = true;
+      shared_->sinceLast.restart();
+    }
+  }
+  if (!due) return;
+  QMetaObject::invokeMethod(
+      this,
+      [this] {
+        QString text;
+        int done = 0;
+        {
+          QMutexLocker lock(&shared_->mutex);
+          text = shared_->label;
+          done = shared_->percent;
+          shared_->posted = false;
+        }
+        emit progressed(text, done);
+      },
+      Qt::QueuedConnection);
+}
+
+void PluginScanJob::Start() {
+  windowEscape_.store(false);
+  escapeWatcher_ = std::make_unique<EscapeWatcher>(windowEscape_, stop_);
+  qApp->installEventFilter(escapeWatcher_.get());
+  shared_->sinceLast.start();
+  worker_ = QThread::create([this] {
+    FilterEnv env;
+    env.shell = messages_.get();
+    ScanCallbacks callbacks;
+    callbacks.scanLabel = [this](const std::string& text) {
+      if (request_.pacer && !text.empty()) request_.pacer(text);
+      Publish(&text, nullptr);
+    };
+    callbacks.progress = [this](int percent) { Publish(nullptr, &percent); };
+    if (request_.cache) callbacks = request_.cache->Wrap(callbacks, request_.options, request_.table, env);
+    entry_ = EnterPluginView(scanned_, request_.folder, request_.options, request_.table, env, callbacks);
+  });
+  worker_->setObjectName("PluginScan");
+  connect(worker_, &QThread::finished, this, [this] {
+    qApp->removeEventFilter(escapeWatcher_.get());
+    escapeWatcher_.reset();
+    worker_->wait();
+    delete worker_;
+    worker_ = nullptr;
+    emit finished();
+  });
+  worker_->start();
+}
+
+}  // namespace trel
