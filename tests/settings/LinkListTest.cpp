@@ -5,8 +5,6 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 #include "settings/ListFiles.h"
 #include "support/OrdinaryUser.h"
@@ -51,8 +49,7 @@ TEST(LinkListTest, AMissingFileLeavesTheListAndSavingRoundTrips) {
   EXPECT_FALSE(list.changed);
   LinkList back;
   ASSERT_TRUE(LoadLinks(dir.file("out.txt"), back));
-  EXPECT_EQ(back.names, list.names);
-  EXPECT_EQ(back.urls, list.urls);
+  EXPECT_EQ(std::tie(back.names, back.urls), std::tie(list.names, list.urls));
 }
 
 TEST(LinkListTest, MovingStopsAtTheEndsAndDeletingShiftsTheRows) {
@@ -123,8 +120,7 @@ TEST(ListFiles, StateLinesFollowTheirRows) {
   EXPECT_EQ(dir.Read("PlugTypes.ini"), "Paint Shop Pro tube|tub\r\nTrue\r\nBrush|jbr\r\nFalse\r\n");
   const auto loaded = LoadList(path, true);
   ASSERT_TRUE(loaded && loaded->size() == 2u);
-  EXPECT_TRUE((*loaded)[0].state);
-  EXPECT_FALSE((*loaded)[1].state);
+  EXPECT_TRUE((*loaded)[0].state && !(*loaded)[1].state);
   // A row without its state line at the end of the file is kept switched off.
   const auto shortList = LoadList(dir.Write("short.ini", "Only|row\n"), true);
   ASSERT_TRUE(shortList && shortList->size() == 1u);
@@ -157,10 +153,7 @@ TEST(HelpPagesTest, EveryLinkBetweenPagesResolves) {
   int links = 0;
   for (const auto& entry : fs::recursive_directory_iterator(kHelp)) {
     if (entry.path().extension() != ".htm") continue;
-    std::ifstream in(entry.path());
-    std::stringstream text;
-    text << in.rdbuf();
-    const std::string html = text.str();
+    const std::string html = test::ReadFileBytes(entry.path().string());
     EXPECT_NE(html.find("<title>"), std::string::npos) << entry.path();
     // Local links only: no scheme, no fragment.
     for (size_t at = html.find("href=\""); at != std::string::npos; at = html.find("href=\"", at + 1)) {
