@@ -48,16 +48,11 @@ TEST(PluginKinds, QuestionsOverKindsAgreeWithTheClassifier) {
     const char* name;
     bool adobe, photoshop, filterFactory, source;
   };
-  for (const Row& r : std::vector<Row>{{"a.8bf", true, true, true, false},
-                                       {"a_8bf", true, true, true, false},
-                                       {"a._rm", true, false, true, false},
-                                       {"a._ex", true, false, false, false},
-                                       {"a.aex", true, false, false, false},
-                                       {"a.bin", false, false, true, false},
-                                       {"a.AFS", false, false, false, true},
-                                       {"a.pff", false, false, false, true},
-                                       {"a.txt", false, false, false, true},
-                                       {"a.ffx", false, false, false, true},
+  for (const Row& r : std::vector<Row>{{"a.8bf", true, true, true, false},   {"a_8bf", true, true, true, false},
+                                       {"a._rm", true, false, true, false},  {"a._ex", true, false, false, false},
+                                       {"a.aex", true, false, false, false}, {"a.bin", false, false, true, false},
+                                       {"a.AFS", false, false, false, true}, {"a.pff", false, false, false, true},
+                                       {"a.txt", false, false, false, true}, {"a.ffx", false, false, false, true},
                                        {"a.ffl", false, false, false, false}}) {
     SCOPED_TRACE(r.name);
     EXPECT_EQ(IsAdobePluginName(r.name), r.adobe);
@@ -65,23 +60,6 @@ TEST(PluginKinds, QuestionsOverKindsAgreeWithTheClassifier) {
     EXPECT_EQ(IsFilterFactoryPluginName(r.name), r.filterFactory);
     EXPECT_EQ(IsFilterSourceName(r.name), r.source);
   }
-}
-
-TEST(PluginKinds, ActiveAndDisablingSuffixesClassifyBack) {
-  for (const K kind : {K::Photoshop, K::Premiere, K::AfterEffects}) {
-    const std::string active = "x" + std::string(ActiveSuffix(kind));
-    const std::string disabled = "x" + std::string(DisablingSuffix(kind));
-    EXPECT_EQ(ClassifyPluginName(active).kind, kind) << active;
-    EXPECT_FALSE(ClassifyPluginName(active).disabled) << active;
-    EXPECT_EQ(ClassifyPluginName(disabled).kind, kind) << disabled;
-    EXPECT_TRUE(ClassifyPluginName(disabled).disabled) << disabled;
-  }
-  // Photoshop keeps its point when disabled, the others lose it.
-  EXPECT_EQ(DisablingSuffix(K::Photoshop), "._bf");
-  EXPECT_EQ(DisablingSuffix(K::Premiere), "_prm");
-  EXPECT_EQ(DisablingSuffix(K::AfterEffects), "_aex");
-  EXPECT_EQ(ActiveSuffix(K::MacFilterFactory), ".bin");
-  EXPECT_EQ(DisablingSuffix(K::MacFilterFactory), "");
 }
 
 TEST(PluginKinds, TypedNamesNeedAPointOrAnUnderscoreBeforeTheirExtension) {

@@ -96,15 +96,6 @@ TEST_F(ScannerTest, EachKindIsDispatchedAndFilterFactoryPlacesZeroTheOffset) {
   }
 }
 
-TEST_F(ScannerTest, ShiftKeepsOnlyFilterFactorySizes) {
-  dir.Write("a.8bf", FactorySized(57344, 31064));
-  dir.Write("b.8bf", PiplPlugin("Real", "Plugin", {.fileSize = 100 * 1024}));
-  dir.Write("c.api", "x");
-  table = test::DefaultTypes();
-  ASSERT_EQ(Scan({.ScanFFOnly = true}), 1);
-  EXPECT_EQ(pane.plugins[1].path, dir.file("a.8bf"));
-}
-
 TEST_F(ScannerTest, SourcesOnlyWithTheOptionAndTypeTableFilesOnlyWhenTheirRowIsChecked) {
   FFFilter f = test::SourceFilter("Glow.afs", "Sources");
   Writeafspff(f, dir.path(), 0, env);
@@ -120,41 +111,31 @@ TEST_F(ScannerTest, SourcesOnlyWithTheOptionAndTypeTableFilesOnlyWhenTheirRowIsC
   EXPECT_EQ(pane.plugins[2].categoryOffset, -1);
 }
 
-TEST_F(ScannerTest, MaskFallsBackToEverythingWhenTooLong) {
-  const std::string plugins = "*.8bf;*._bf;*_8bf;*?prm;*.pr-;*_prm;*?aex;*._ex;*_aex;*.bin";
-  EXPECT_EQ(PluginScanMask({}, false), plugins);
-  EXPECT_EQ(PluginScanMask({}, true), plugins + ";*.ffx;*.txt;*.afs;*.pff");
-  // "*?prm" doesn't match "._rm"; everything does.
-  dir.Write("a._rm", test::PlaceBytes(20000, {{10002, test::PremiereVideo("Hidden")}}));
-  EXPECT_EQ(Scan(), 0);
-  table = test::DefaultTypes();
-  EXPECT_EQ(PluginScanMask(table, false), "*.*");
-  EXPECT_EQ(PluginScanMask(table, true), "*.*;*.ffx;*.txt;*.afs;*.pff");
-  EXPECT_EQ(Scan(), 1);
-
-  EXPECT_TRUE(MatchesPattern("A.8BF", "*.8bf;*?prm"));
-  EXPECT_TRUE(MatchesPattern("a_prm", "*.8bf;*?prm"));
-  EXPECT_FALSE(MatchesPattern("a._rm", "*.8bf;*?prm"));
-  EXPECT_FALSE(MatchesPattern("prm", "*.8bf;*?prm"));
-  EXPECT_TRUE(MatchesPattern("noextension", "*.*"));
-}
-
-TEST_F(ScannerTest, ScanMaskTakesEveryPluginFormButTheDottedPremiereOne) {
+TEST_F(ScannerTest, MaskTakesEveryPluginFormButTheDottedPremiereOneUntilItFallsBackToEverything) {
   // "*?prm" stands for ".prm" and "_prm" with one wild character; "._rm" has
-  // always been left to the fallback mask.
+  // always been left to the fallback mask, which a long type table brings.
   const std::string mask = PluginScanMask({}, false);
   for (const char* form : {".8bf", "._bf", "_8bf", ".prm", "_prm", "._rm", ".aex", "_aex", "._ex", ".bin"}) {
     const std::string name = std::string("a") + form;
     ASSERT_TRUE(ClassifyPluginName(name)) << name;
     EXPECT_EQ(MatchesPattern(name, mask), std::string(form) != "._rm") << name;
   }
-  // The filter-only scan keeps exactly the kinds the readers hold.
+  EXPECT_EQ(PluginScanMask({}, true), mask + ";*.ffx;*.txt;*.afs;*.pff");
+  dir.Write("x._rm", test::PlaceBytes(20000, {{10002, test::PremiereVideo("Hidden")}}));
+  EXPECT_EQ(Scan(), 0);
+  table = test::DefaultTypes();
+  EXPECT_EQ(PluginScanMask(table, true), "*.*;*.ffx;*.txt;*.afs;*.pff");
+  EXPECT_EQ(Scan(), 1);
+  // With the shift key, only the sizes of the Filter Factory kinds the readers hold.
   const std::pair<const char*, size_t> files[] = {{"a._bf", 57344}, {"b_8bf", 57344}, {"c.bin", 99712},
                                                   {"d_prm", 51200}, {"e._rm", 51200}, {"f.aex", 57344}};
   for (const auto& [name, size] : files) dir.Write(name, FactorySized(size, 1000));
-  ASSERT_EQ(Scan({.ScanFFOnly = true}), 4);
-  EXPECT_EQ(Column(pane.plugins, &PluginEntry::path),
-            (Strings{dir.file("a._bf"), dir.file("b_8bf"), dir.file("c.bin"), dir.file("d_prm")}));
+  dir.Write("g.8bf", PiplPlugin("Real", "Plugin", {.fileSize = 100 * 1024}));
+  dir.Write("h.api", "x");
+  pane = {};
+  ASSERT_EQ(Scan({.ScanFFOnly = true}), 5);
+  EXPECT_EQ(Column(pane.plugins, &PluginEntry::path), (Strings{dir.file("a._bf"), dir.file("b_8bf"), dir.file("c.bin"),
+                                                               dir.file("d_prm"), dir.file("e._rm")}));
 }
 
 TEST_F(ScannerTest, WalkSeesWhatTheFileListShowsAndNeverEntersALinkedFolder) {

@@ -1,3 +1,4 @@
+#include "catalogue/ByteView.h"
 #include "catalogue/CatalogueTesting.h"
 #include "catalogue/PluginIdentification.h"
 
@@ -162,6 +163,27 @@ TEST(ReadComprm, SignaturesAndPropertiesGiveCategoryTitleAndPlace) {
     if (c.offset >= 0) { EXPECT_EQ(offset, c.offset); }
     if (c.room >= 0) { EXPECT_EQ(room, c.room); }
   }
+}
+
+TEST(ByteView, PascalTextsAndTheRoomBehindThemStopAtTheWindow) {
+  using namespace std::string_literals;
+  const std::string bytes = "xx\x04" "Blur"s + std::string(3, '\0') + "Z" + "\x09" "Cut";
+  const ByteView d(bytes);
+  const auto pascal = [&](int64_t at) {
+    uint32_t count = 99;
+    const std::string text = d.pascal(at, count);
+    return text + "/" + std::to_string(count);
+  };
+  const int64_t end = static_cast<int64_t>(bytes.size());
+  // A count that runs past the end keeps the count and what is there;
+  // outside the window there is no count, no text and no room.
+  EXPECT_EQ(pascal(2) + " " + pascal(11) + " " + pascal(end) + " " + pascal(-1), "Blur/4 Cut/9 /0 /0");
+  EXPECT_EQ(d.zerosAfter(7), 3);  // up to the "Z"
+  EXPECT_EQ(d.zerosAfter(end), 0);
+  // The room is counted up to 257 zero bytes at most.
+  const std::string zeros(1000, '\0');
+  EXPECT_EQ(ByteView(zeros).zerosAfter(0), 257);
+  EXPECT_EQ(ByteView(zeros).zerosAfter(900), 100);
 }
 
 }  // namespace

@@ -55,12 +55,10 @@ TEST_F(ScanCacheTest, ASecondVisitReadsOnlyTheFilesThatChanged) {
   const PaneCatalogue cold = Scan(&hits, &misses);
   // The full type table makes the mask "*.*", so the document is looked at
   // too; that it is no plugin is remembered like the rest.
-  EXPECT_EQ(hits, 0);
-  EXPECT_EQ(misses, 4);
+  EXPECT_EQ(std::make_pair(hits, misses), std::make_pair(0, 4));
 
   const PaneCatalogue warm = Scan(&hits, &misses);
-  EXPECT_EQ(hits, 4);
-  EXPECT_EQ(misses, 0);
+  EXPECT_EQ(std::make_pair(hits, misses), std::make_pair(4, 0));
   EXPECT_EQ(Column(warm.plugins, &PluginEntry::title), Column(cold.plugins, &PluginEntry::title));
   EXPECT_EQ(Column(warm.plugins, &PluginEntry::path), Column(cold.plugins, &PluginEntry::path));
   EXPECT_EQ(warm.categories, cold.categories);
@@ -69,8 +67,7 @@ TEST_F(ScanCacheTest, ASecondVisitReadsOnlyTheFilesThatChanged) {
   WriteFileBytes(b, PiplPlugin("Sharp", "Grain"));
   Touch(b, 1000000000);
   const PaneCatalogue changed = Scan(&hits, &misses);
-  EXPECT_EQ(misses, 1);
-  EXPECT_EQ(hits, 3);
+  EXPECT_EQ(std::make_pair(hits, misses), std::make_pair(3, 1));
   EXPECT_EQ(changed.plugins[2].category, "Sharp");
 }
 
@@ -84,8 +81,7 @@ TEST_F(ScanCacheTest, EscapedNamesAndAnotherCaseOfTheFolderAreFoundAgain) {
   const PaneCatalogue cold = Scan(&hits, &misses);
   EXPECT_EQ(misses, 3);
   const PaneCatalogue warm = Scan(&hits, &misses);
-  EXPECT_EQ(hits, 3);
-  EXPECT_EQ(misses, 0);
+  EXPECT_EQ(std::make_pair(hits, misses), std::make_pair(3, 0));
   EXPECT_EQ(Column(warm.plugins, &PluginEntry::path), Column(cold.plugins, &PluginEntry::path));
   EXPECT_EQ(Column(warm.plugins, &PluginEntry::title), Column(cold.plugins, &PluginEntry::title));
 
@@ -102,29 +98,19 @@ TEST_F(ScanCacheTest, EscapedNamesAndAnotherCaseOfTheFolderAreFoundAgain) {
   EXPECT_EQ(out[0].title, "Tabbed");
 }
 
-TEST_F(ScanCacheTest, RemovedAndAddedFilesAreNotAnsweredFromMemory) {
+TEST_F(ScanCacheTest, RemovedAndAddedFilesAreNotAnsweredFromMemoryAndOtherOptionsUseAnotherFile) {
   Plugin("a.8bf", "Blur", "Soft");
   const std::string gone = Plugin("b.8bf", "Noise", "Grain");
   Scan();
   std::filesystem::remove(gone);
   Plugin("n.8bf", "New", "Fresh");
   int hits = 0, misses = 0;
-  const PaneCatalogue pane = Scan(&hits, &misses);
-  EXPECT_EQ(Column(pane.plugins, &PluginEntry::title), (Strings{"Soft", "Fresh"}));
-  EXPECT_EQ(hits, 1);
-  EXPECT_EQ(misses, 1);
-}
-
-TEST_F(ScanCacheTest, OtherOptionsUseAnotherCacheFile) {
-  Plugin("a.8bf", "Blur", "Soft");
-  ScanOptions sources;
-  sources.includeSources = true;
+  EXPECT_EQ(Column(Scan(&hits, &misses).plugins, &PluginEntry::title), (Strings{"Soft", "Fresh"}));
+  EXPECT_EQ(std::make_pair(hits, misses), std::make_pair(1, 1));
+  const ScanOptions sources{.includeSources = true};
   EXPECT_NE(CacheFile(), CacheFile(sources));
-  Scan();
-  int hits = 0, misses = 0;
   Scan(&hits, &misses, sources);
-  EXPECT_EQ(hits, 0);
-  EXPECT_EQ(misses, 1);
+  EXPECT_EQ(std::make_pair(hits, misses), std::make_pair(0, 2));
 }
 
 // Whatever happened to the cache file, the scan is right and the file is

@@ -1,6 +1,6 @@
 // The editor's window-free rules: typed values, knob places, the spot grid,
-// the preview passes, the clipboard layout (read back by the TXT reader),
-// snippets, save names and the dialog switch of compiled filters.
+// the preview passes, snippets, save names and the dialog switch of compiled
+// filters.
 #include <gtest/gtest.h>
 
 #include <tuple>
@@ -77,20 +77,6 @@ TEST(EditorMod, PreviewPasses) {
   EXPECT_EQ(p.passes[1][0], "put(r,0),255-r");
   EXPECT_EQ(p.passes[1][2], "get(0)");
   EXPECT_TRUE(p.alphaDisplay);
-}
-
-TEST(EditorMod, ClipboardTextLines) {
-  FFFilter f = Codes("255-r", "ctl(2)", "map(0,b)", "a");
-  std::tie(f.category, f.title, f.copyright, f.author) = std::make_tuple("Trel", "Clip Test", "(c) us", "Me");
-  f.filename = "ClipTest.txt";
-  f.mapName[1] = "Curve";
-  f.ctlName[3] = "Green";
-  std::tie(f.ctlValue[1], f.ctlValue[2], f.ctlValue[3]) = std::make_tuple(10, 200, 77);
-  const std::string text = FilterClipboardText(f);
-  EXPECT_NE(text.find("map[0]: Curve\r\n"), std::string::npos);
-  EXPECT_NE(text.find("ctl[2]: Green\r\n"), std::string::npos);
-  EXPECT_NE(text.find("val[1]: 200\r\n"), std::string::npos);
-  // Reading it back is the editor's paste: EditorWindow.ClipboardRoundTripAndGarbage.
 }
 
 TEST(EditorMod, SnippetLines) {

@@ -1,14 +1,12 @@
-// The editor as a user meets it, on a real (virtual) display: a double click
-// on a sample .afs in the main window opens the editor with its skin; typing
-// into the red code box changes the preview within the delay; real clicks
-// (xdotool, through the X server and the window manager) on every switch and
-// field open their boxes, and real keys land there. Screenshots are kept in
-// TREL_ARTIFACTS. Runs only under the Xvfb test (TREL_EDITOR_XVFB).
+// The editor as a user meets it, on a real (virtual) display: opened from the
+// main window on a sample .afs, real clicks (xdotool, through the X server and
+// the window manager) on every switch and field open their boxes, and real
+// keys land there. Screenshots are kept in TREL_ARTIFACTS. Runs only under the
+// Xvfb test (TREL_EDITOR_XVFB).
 #include <gtest/gtest.h>
 
 #include <QApplication>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -120,11 +118,10 @@ TEST(EditorXvfb, RealClicksOpenEveryBoxAndKeysLandThere) {
     EXPECT_NE(focusName(), "cmdHide");
     EXPECT_TRUE(box(1)->isVisible()) << "field " << i << " closed the code box";
   }
-  EXPECT_EQ(open.window->filter().title, "Warm Tone");  // not yet written back
   editor->EditorToFilter();
   EXPECT_EQ(open.window->filter().title, "Name2");
 
-  // The slider name: Esc leaves it as it was; the value: 300 becomes 44.
+  // The slider name: Esc leaves it as it was, Return writes it.
   QLabel* sliderName = label("Label7_0");
   ASSERT_TRUE(sliderName->isVisible());
   const QString before = sliderName->text();
@@ -138,12 +135,6 @@ TEST(EditorXvfb, RealClicksOpenEveryBoxAndKeysLandThere) {
   ASSERT_TRUE(TypeText("Heat"));
   ASSERT_TRUE(Key("Return"));
   EXPECT_EQ(sliderName->text(), "Heat");
-  ASSERT_TRUE(ClickAt(label("Label1_0")));
-  ASSERT_TRUE(edit->isVisible());
-  ASSERT_TRUE(TypeText("300"));
-  ASSERT_TRUE(Key("Return"));
-  EXPECT_EQ(editor->SliderValue(0), 44);
-  EXPECT_EQ(label("Label1_0")->text(), "44");
 
   // A click elsewhere ends an edit with what was typed; on the window body it
   // also closes the code boxes, as designed, and a switch brings them back.
@@ -184,44 +175,6 @@ TEST(EditorXvfb, RealClicksOpenEveryBoxAndKeysLandThere) {
   const QString artifacts = qEnvironmentVariable("TREL_ARTIFACTS", QDir::tempPath());
   QDir().mkpath(artifacts);
   editor->screen()->grabWindow(0).save(artifacts + "/editor-clicked.png");
-}
-
-TEST(EditorXvfb, DoubleClickOpensTheSkinnedEditorAndTypingPreviews) {
-  if (!std::getenv("TREL_EDITOR_XVFB")) GTEST_SKIP() << "runs under the Xvfb test only";
-  OpenEditor open;
-  MainWindow* window = open.window.get();
-  FFEditorType1* editor = open.editor;
-  ASSERT_NE(editor, nullptr);
-  ASSERT_TRUE(QTest::qWaitForWindowExposed(editor, 5000));
-  EXPECT_EQ(editor->interfaceFile(), "Interfc4.des");
-  EXPECT_EQ(window->filter().filename, "WarmTone.afs");
-  ASSERT_TRUE(editor->WaitForPreview(5000));
-  QTest::qWait(300);
-  const QString artifacts = qEnvironmentVariable("TREL_ARTIFACTS", QDir::tempPath());
-  QDir().mkpath(artifacts);
-  editor->screen()->grabWindow(0).save(artifacts + "/editor-afs.png");
-
-  auto* red = editor->findChild<QPlainTextEdit*>("Text5_1");
-  ASSERT_NE(red, nullptr);
-  red->setFocus();
-  red->selectAll();
-  const QImage before = editor->previewResult();
-  const int runs = editor->previewRuns();
-  QTest::keyClicks(red, "255-r");
-  QElapsedTimer t;
-  t.start();
-  while (editor->previewRuns() == runs && t.elapsed() < 4000) QTest::qWait(20);
-  EXPECT_GT(editor->previewRuns(), runs);
-  EXPECT_LT(t.elapsed(), 3000);  // the 2 second delay after the last key, and the run
-  EXPECT_NE(editor->previewResult(), before);
-  QTest::qWait(200);
-  editor->screen()->grabWindow(0).save(artifacts + "/editor-typed.png");
-  // The non-rectangular skin: the desktop shows through its notches.
-  editor->LoadSkin("Interfc6.des");
-  EXPECT_TRUE(editor->GraphSliders());
-  EXPECT_FALSE(editor->mask().contains(QPoint(2, 240)));
-  QTest::qWait(300);
-  editor->screen()->grabWindow(0).save(artifacts + "/editor-orbit.png");
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <filesystem>
+
 #include "settings/ListFiles.h"
 #include "support/OrdinaryUser.h"
 #include "support/TempDir.h"
@@ -13,6 +15,7 @@ namespace {
 
 using test::RunAsOrdinaryUser;
 using test::TempDir;
+namespace fs = std::filesystem;
 
 TEST(LinkListTest, LinesSplitAtTheFirstSemicolonAndAnEmptyNameTakesTheOneAbove) {
   TempDir dir;
@@ -25,15 +28,9 @@ TEST(LinkListTest, LinesSplitAtTheFirstSemicolonAndAnEmptyNameTakesTheOneAbove) 
                                      "B;\n");
   LinkList list;
   ASSERT_TRUE(LoadLinks(path, list));
-  const std::vector<std::pair<std::string, std::string>> expected = {
-      {"", "orphan.example"},         {"Plugins A", "https://a.example/x;y=1"},
-      {"Plugins A", "https://mirror.example"}, {"Just a name", ""},
-      {"", ""},                       {"B", ""}};
-  ASSERT_EQ(list.size(), expected.size());
-  for (size_t i = 0; i < expected.size(); ++i) {
-    EXPECT_EQ(list.names[i], expected[i].first) << i;
-    EXPECT_EQ(list.urls[i], expected[i].second) << i;
-  }
+  EXPECT_EQ(list.names, (std::vector<std::string>{"", "Plugins A", "Plugins A", "Just a name", "", "B"}));
+  EXPECT_EQ(list.urls, (std::vector<std::string>{"orphan.example", "https://a.example/x;y=1",
+                                                 "https://mirror.example", "", "", ""}));
   EXPECT_FALSE(list.changed);
   // Saving drops the row with both fields empty and writes a name alone
   // without its semicolon.
@@ -52,17 +49,14 @@ TEST(LinkListTest, AMissingFileLeavesTheListAndSavingRoundTrips) {
   EXPECT_FALSE(list.changed);
   LinkList back;
   ASSERT_TRUE(LoadLinks(dir.file("out.txt"), back));
-  EXPECT_EQ(back.names, list.names);
-  EXPECT_EQ(back.urls, list.urls);
+  EXPECT_EQ(std::tie(back.names, back.urls), std::tie(list.names, list.urls));
 }
 
 TEST(LinkListTest, MovingStopsAtTheEndsAndDeletingShiftsTheRows) {
   LinkList list;
   for (const char* name : {"a", "b", "c"}) AddLink(list, name, std::string("u") + name);
   list.changed = false;
-  EXPECT_FALSE(MoveLink(list, 0, -1));
-  EXPECT_FALSE(MoveLink(list, 2, +1));
-  EXPECT_FALSE(list.changed);
+  EXPECT_FALSE(MoveLink(list, 0, -1) || MoveLink(list, 2, +1) || list.changed);
   EXPECT_TRUE(MoveLink(list, 0, +1));
   EXPECT_EQ(list.names, (std::vector<std::string>{"b", "a", "c"}));
   EXPECT_EQ(list.urls, (std::vector<std::string>{"ub", "ua", "uc"}));
@@ -126,8 +120,7 @@ TEST(ListFiles, StateLinesFollowTheirRows) {
   EXPECT_EQ(dir.Read("PlugTypes.ini"), "Paint Shop Pro tube|tub\r\nTrue\r\nBrush|jbr\r\nFalse\r\n");
   const auto loaded = LoadList(path, true);
   ASSERT_TRUE(loaded && loaded->size() == 2u);
-  EXPECT_TRUE((*loaded)[0].state);
-  EXPECT_FALSE((*loaded)[1].state);
+  EXPECT_TRUE((*loaded)[0].state && !(*loaded)[1].state);
   // A row without its state line at the end of the file is kept switched off.
   const auto shortList = LoadList(dir.Write("short.ini", "Only|row\n"), true);
   ASSERT_TRUE(shortList && shortList->size() == 1u);
@@ -143,6 +136,35 @@ TEST(ListFiles, AFailedSaveKeepsTheOldFile) {
     ::chmod(dir.path().c_str(), 0700);
     EXPECT_EQ(dir.Read("FolderList.log"), "/kept/\r\n");
   });
+}
+
+// The help pages the program opens are shipped, and their links lead somewhere.
+const fs::path kHelp = fs::path(TREL_SHIPPED_DATA_DIR) / "help";
+
+TEST(HelpPagesTest, EveryPageTheWindowsOpenIsShipped) {
+  const char* pages[] = {"Help.htm", "Prefs_General.htm", "Prefs_FFTF.htm", "Prefs_Interface.htm",
+                         "Prefs_FPA.htm", "Prefs_PluginTypes.htm", "menu_View.htm", "menu_Command.htm",
+                         "menu_Help.htm", "buttonbar.htm", "buttonbar_Convert.htm", "buttonbar_ChangeCat.htm",
+                         "ffe.htm", "pictureeditor.htm", "ff_language.htm", "tuts/tutorials.htm"};
+  for (const char* page : pages) EXPECT_TRUE(fs::is_regular_file(kHelp / page)) << page;
+}
+
+TEST(HelpPagesTest, EveryLinkBetweenPagesResolves) {
+  int links = 0;
+  for (const auto& entry : fs::recursive_directory_iterator(kHelp)) {
+    if (entry.path().extension() != ".htm") continue;
+    const std::string html = test::ReadFileBytes(entry.path().string());
+    EXPECT_NE(html.find("<title>"), std::string::npos) << entry.path();
+    // Local links only: no scheme, no fragment.
+    for (size_t at = html.find("href=\""); at != std::string::npos; at = html.find("href=\"", at + 1)) {
+      const size_t start = at + 6;
+      const std::string target = html.substr(start, html.find('"', start) - start);
+      if (target.find_first_of(":#") != std::string::npos) continue;
+      ++links;
+      EXPECT_TRUE(fs::exists(entry.path().parent_path() / target)) << entry.path() << " -> " << target;
+    }
+  }
+  EXPECT_GT(links, 50);
 }
 
 }  // namespace

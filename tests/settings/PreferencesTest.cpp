@@ -25,14 +25,10 @@ TEST_F(PreferencesTest, LoadTakesWhatItCanReadAndLeavesTheRestAsItIs) {
   Preferences prefs;
   prefs.scanSubDirs = 1;
   LoadPreferences(store, prefs);
-  EXPECT_EQ(prefs.scanSubDirs, 1);
-  EXPECT_EQ(prefs.fileview, Preferences{}.fileview);
-  EXPECT_EQ(prefs.folderItemLimit, "20");
-  EXPECT_TRUE(prefs.apps.empty());
-  EXPECT_FALSE(prefs.fonts[0].set);
-  EXPECT_EQ(prefs.usedFF, 2);
-  EXPECT_EQ(prefs.encrypt[1], 1);
-  EXPECT_EQ(prefs.editorPlugin[2], 1);
+  EXPECT_EQ(std::tie(prefs.scanSubDirs, prefs.fileview, prefs.folderItemLimit),
+            std::make_tuple(1, Preferences{}.fileview, std::string("20")));
+  EXPECT_TRUE(prefs.apps.empty() && !prefs.fonts[0].set);
+  EXPECT_EQ(std::make_tuple(prefs.usedFF, prefs.encrypt[1], prefs.editorPlugin[2]), std::make_tuple(2, 1, 1));
   EXPECT_TRUE(prefs.legacyPluginTypes);
   CommitPreferences(store, prefs);
   EXPECT_FALSE(store.HasSetting(kAppName, kSectionSettings, "PluginType0"));
@@ -45,9 +41,9 @@ TEST_F(PreferencesTest, AGapInTheAppsHidesLaterEntriesAndOkRewritesThem) {
   LoadPreferences(store, prefs);
   ASSERT_EQ(prefs.apps.size(), 7u);
   CommitPreferences(store, prefs);
-  EXPECT_EQ(store.Get(kSectionSettings, "App20"), "");
-  EXPECT_EQ(store.Get(kSectionSettings, "App6"), "/bin/app6");
-  EXPECT_EQ(store.Get(kSectionSettings, "App7"), "");
+  EXPECT_EQ(store.Get(kSectionSettings, "App6") + "|" + store.Get(kSectionSettings, "App7") + "|" +
+                store.Get(kSectionSettings, "App20"),
+            "/bin/app6||");
 }
 
 TEST_F(PreferencesTest, OkGrowsAFontByOnePointAndStoresALimitOfZeroAsTwenty) {
@@ -55,10 +51,8 @@ TEST_F(PreferencesTest, OkGrowsAFontByOnePointAndStoresALimitOfZeroAsTwenty) {
   prefs.folderItemLimit = "abc";
   prefs.fonts[0] = {"Tahoma", 8.25, true, false, true};
   CommitPreferences(store, prefs);
-  EXPECT_EQ(prefs.folderItemLimit, "20");
-  EXPECT_EQ(store.Get(kSectionSettings, "FolderItemLimit"), "20");
-  EXPECT_EQ(store.Get(kSectionSettings, "FontSize1"), "9");
-  EXPECT_EQ(store.Get(kSectionSettings, "FontBold1"), "True");
+  EXPECT_EQ(prefs.folderItemLimit + "|" + store.Get(kSectionSettings, "FolderItemLimit"), "20|20");
+  EXPECT_EQ(store.Get(kSectionSettings, "FontSize1") + "|" + store.Get(kSectionSettings, "FontBold1"), "9|True");
   Preferences again;
   LoadPreferences(store, again);
   EXPECT_DOUBLE_EQ(again.fonts[0].size, 9);
@@ -75,15 +69,11 @@ TEST_F(PreferencesTest, OkGrowsAFontByOnePointAndStoresALimitOfZeroAsTwenty) {
 TEST_F(PreferencesTest, ARoundTripAcrossARestartKeepsWhatTheStoreHolds) {
   Preferences before;
   before.interfaceFile = "Mine.des";
-  before.noFFOptimize = 1;
-  before.scanSubDirs = 1;
+  before.noFFOptimize = before.scanSubDirs = before.autoTop = before.passivePaneFolder = before.fullStartUp = 1;
   before.autoAdd = {1, 0, 1};
-  before.autoTop = 1;
   before.folderItemLimit = "7";
   before.fileview = {1, 1, 1, 0, 1, 0};
-  before.passivePaneFolder = 1;
   before.ffl10 = 0;
-  before.fullStartUp = 1;
   before.fonts[0] = {"DejaVu Sans", 10, false, true, true};
   before.fonts[1] = {"DejaVu Serif", 8.25, true, false, true};
   before.apps = {"/usr/bin/gimp %1", "/usr/bin/xterm"};
@@ -96,37 +86,27 @@ TEST_F(PreferencesTest, ARoundTripAcrossARestartKeepsWhatTheStoreHolds) {
   SettingsStore next(dir.file("Trel10.ini"));
   Preferences after;
   LoadPreferences(next, after);
-  EXPECT_EQ(after.interfaceFile, before.interfaceFile);
-  EXPECT_EQ(after.noFFOptimize, 1);
-  EXPECT_EQ(after.scanSubDirs, 1);
-  EXPECT_EQ(after.autoAdd, before.autoAdd);
-  EXPECT_EQ(after.autoTop, 1);
-  EXPECT_EQ(after.folderItemLimit, "7");
-  EXPECT_EQ(after.fileview, before.fileview);
-  EXPECT_EQ(after.passivePaneFolder, 1);
-  EXPECT_EQ(after.ffl10, 0);
-  EXPECT_EQ(after.fullStartUp, 1);
-  EXPECT_EQ(after.apps, before.apps);
-  EXPECT_EQ(after.pics, before.pics);
-  for (int i = 0; i < 2; ++i) {
-    EXPECT_EQ(after.fonts[i].name, before.fonts[i].name);
-    EXPECT_EQ(after.fonts[i].bold, before.fonts[i].bold);
-    EXPECT_EQ(after.fonts[i].italic, before.fonts[i].italic);
-  }
   // The size comes back as its whole part plus one, as the store keeps it;
   // the sources option isn't in the store and starts off in every run.
-  EXPECT_DOUBLE_EQ(after.fonts[0].size, 11);
-  EXPECT_DOUBLE_EQ(after.fonts[1].size, 9);
-  EXPECT_EQ(after.includeSources, 0);
+  Preferences expected = before;
+  expected.fonts[0].size = 11;
+  expected.fonts[1].size = 9;
+  expected.includeSources = 0;
+  const auto stored = [](const Preferences& p) {
+    return std::tie(p.interfaceFile, p.noFFOptimize, p.scanSubDirs, p.autoAdd, p.autoTop, p.folderItemLimit,
+                    p.fileview, p.passivePaneFolder, p.ffl10, p.fullStartUp, p.apps, p.pics, p.includeSources);
+  };
+  EXPECT_EQ(stored(after), stored(expected));
+  EXPECT_TRUE(after.fonts == expected.fonts);
 
   // Within that run a second OK writes what the first one did.
   CommitPreferences(next, after);
   CommitPreferences(next, after);
   ASSERT_TRUE(next.Flush());
   SettingsStore third(dir.file("Trel10.ini"));
-  EXPECT_EQ(third.Get(kSectionSettings, "FontSize1"), "12");
-  EXPECT_EQ(third.Get(kSectionSettings, "App1"), "/usr/bin/xterm");
-  EXPECT_EQ(third.Get(kSectionSettings, "App2"), "");
+  EXPECT_EQ(third.Get(kSectionSettings, "FontSize1") + "|" + third.Get(kSectionSettings, "App1") + "|" +
+                third.Get(kSectionSettings, "App2"),
+            "12|/usr/bin/xterm|");
 }
 
 TEST_F(PreferencesTest, TheStoredCompileChoicesReachTheOptionsTheCoreTakes) {
@@ -151,18 +131,18 @@ TEST_F(PreferencesTest, TheStoredCompileChoicesReachTheOptionsTheCoreTakes) {
     Preferences prefs;
     prefs.compile.demoPlugin = true;
     LoadPreferences(s, prefs);
+    SCOPED_TRACE(row.usedFF);
     const FilterOptions options = MakeFilterOptions(prefs, "/prog/");
-    EXPECT_EQ(options.compile.templateChoice, row.choice) << row.usedFF;
-    EXPECT_EQ(options.compile.encrypted, row.encrypted) << row.usedFF;
-    EXPECT_EQ(options.compile.editorPlugin, row.editorPlugin) << row.usedFF;
+    const CompileOptions& c = options.compile;
     // "Editor Plugin" and "Demo Plugin" exclude each other.
-    EXPECT_EQ(options.compile.demoPlugin, !row.editorPlugin) << row.usedFF;
+    EXPECT_EQ(std::tie(c.templateChoice, c.encrypted, c.editorPlugin, c.demoPlugin),
+              std::make_tuple(row.choice, row.encrypted, row.editorPlugin, !row.editorPlugin));
     EXPECT_FALSE(options.writeFFL10);
     // Without optimization the code stays as written.
     FFFilter f;
     f.codeR = "src(x,y,0)";
     OptimizeCode(f, options);
-    EXPECT_EQ(f.codeR, row.noFF == "1" ? "src(x,y,0)" : "c") << row.usedFF;
+    EXPECT_EQ(f.codeR, row.noFF == "1" ? "src(x,y,0)" : "c");
   }
 }
 

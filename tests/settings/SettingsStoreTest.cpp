@@ -1,5 +1,6 @@
 #include "settings/SettingsStore.h"
 
+#include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -83,6 +84,25 @@ TEST(SettingsStore, AFileThatCannotBeWrittenIsReportedOneThatCannotBeReadIsEmpty
     ::chmod(path.c_str(), 0);
     EXPECT_EQ(SettingsStore(path).Get(kSectionFolders, "Folder0"), "");
   });
+}
+
+// The permission checks of the other tests rely on this helper really leaving
+// root behind and really reporting the child's failures.
+TEST(OrdinaryUser, TheCheckRunsWithoutRootsRightsInWhatWasHandedOver) {
+  TempDir dir;
+  const std::string secret = dir.Write("secret", "x");
+  EXPECT_TRUE(RunAsOrdinaryUser({dir.path()}, [&] {
+    EXPECT_NE(::geteuid(), 0u);
+    EXPECT_EQ(dir.Read("secret"), "x");  // what the test prepared is there
+    EXPECT_EQ(::access(dir.Write("made-by-child", "y").c_str(), W_OK), 0);
+    ::chmod(secret.c_str(), 0);
+    EXPECT_NE(::access(secret.c_str(), R_OK), 0);  // root would read it anyway
+  }));
+}
+
+TEST(OrdinaryUser, AFailureInTheChildFailsTheTest) {
+  EXPECT_NONFATAL_FAILURE(RunAsOrdinaryUser({}, [] { ADD_FAILURE() << "planted"; }),
+                          "the check as an ordinary user failed");
 }
 
 }  // namespace

@@ -18,33 +18,29 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// An environment variable as it was before the test, put back after it.
+struct SavedEnv {
+  explicit SavedEnv(const char* n) : name(n) {
+    if (const char* v = std::getenv(n)) value = v;
+  }
+  ~SavedEnv() { value ? ::setenv(name, value->c_str(), 1) : ::unsetenv(name); }
+  const char* name;
+  std::optional<std::string> value;
+};
+
 // An account whose home holds nothing, not even ~/.local/share; the working
 // folder is the one the file lies in, as the panes set it.
 class TrashTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    Keep("HOME", home_);
-    Keep("XDG_DATA_HOME", data_);
     ::setenv("HOME", home.path().c_str(), 1);
     ::unsetenv("XDG_DATA_HOME");
-    cwd_ = fs::current_path();
     fs::current_path(work.path());
   }
-  void TearDown() override {
-    fs::current_path(cwd_);
-    Restore("HOME", home_);
-    Restore("XDG_DATA_HOME", data_);
-  }
-  static void Keep(const char* name, std::optional<std::string>& slot) {
-    if (const char* v = std::getenv(name)) slot = v;
-  }
-  static void Restore(const char* name, const std::optional<std::string>& slot) {
-    if (slot) ::setenv(name, slot->c_str(), 1);
-    else ::unsetenv(name);
-  }
+  void TearDown() override { fs::current_path(cwd); }
+  SavedEnv savedHome{"HOME"}, savedData{"XDG_DATA_HOME"};
+  fs::path cwd = fs::current_path();
   test::TempDir home, work;
-  std::optional<std::string> home_, data_;
-  fs::path cwd_;
 };
 
 TEST_F(TrashTest, AnEmptyHomeGetsItsTrashAndTheFileGoesThere) {
@@ -52,8 +48,7 @@ TEST_F(TrashTest, AnEmptyHomeGetsItsTrashAndTheFileGoesThere) {
   QString error;
   ASSERT_TRUE(MoveToTrash(QString::fromStdString(victim), &error)) << error.toStdString();
   EXPECT_FALSE(work.Exists("victim.txt"));
-  EXPECT_FALSE(work.Exists("files")) << "the trash must not land in the working folder";
-  EXPECT_FALSE(work.Exists("info"));
+  EXPECT_FALSE(work.Exists("files") || work.Exists("info")) << "the trash must not land in the working folder";
   const std::string trash = home.file(".local/share/Trash/");
   EXPECT_EQ(QString::fromStdString(trash).chopped(1), HomeTrashFolder());
   EXPECT_EQ(test::ReadFileBytes(trash + "files/victim.txt"), "keep me");
