@@ -97,7 +97,7 @@ void FFEditorType1::SliderMoved(SliderMove how) {
   UpdatePreview();
 }
 
-bool FFEditorType1::WaitForPreview(int timeoutMs) { return preview_->WaitForIdle(timeoutMs); }
+bool FFEditorType1::previewIdle() const { return preview_->idle(); }
 int FFEditorType1::previewRuns() const { return preview_->runs(); }
 const QImage& FFEditorType1::previewSource() const { return preview_->source(); }
 QImage FFEditorType1::previewResult() const { return preview_->result(); }

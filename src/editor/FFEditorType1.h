@@ -92,8 +92,8 @@ class FFEditorType1 : public QWidget {
   const std::string& MailAddress() const { return mailAddress_; }
   const QImage& previewSource() const;
   QImage previewResult() const;
-  // Waits (running the event loop) until no preview is running or pending.
-  bool WaitForPreview(int timeoutMs = 5000);
+  // No preview is running or pending: the picture shows the last edit.
+  bool previewIdle() const;
   int previewRuns() const;
   QString codeError() const;
   // Memory spots: store the sliders into spot s, recall them.

@@ -1,7 +1,5 @@
 #include "editor/LivePreview.h"
 
-#include <QApplication>
-#include <QElapsedTimer>
 #include <QLabel>
 #include <QPainter>
 
@@ -125,13 +123,6 @@ void LivePreview::Done(int job, QImage result, bool ok, const QString& message, 
   emit finished(ok, message);
 }
 
-bool LivePreview::WaitForIdle(int timeoutMs) {
-  QElapsedTimer t;
-  t.start();
-  while (jobShown_ != jobCounter_ && t.elapsed() < timeoutMs)
-    QApplication::processEvents(QEventLoop::AllEvents, 20);
-  return jobShown_ == jobCounter_;
-}
 
 void LivePreview::ShowInPicView(const QImage& picture, const QString& title) {
   if (!picView_) picView_ = new PicView(window_);

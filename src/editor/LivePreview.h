@@ -49,8 +49,8 @@ class LivePreview : public QObject {
   // Starts a run of `job` on the source; "Alpha" is printed on the result
   // with `alphaDisplay`. finished() follows unless a newer run replaces it.
   void Start(PreviewJob job, bool alphaDisplay);
-  // Waits (running the event loop) until no run is running or pending.
-  bool WaitForIdle(int timeoutMs);
+  // No run is running or pending: the picture shows the last edit.
+  bool idle() const { return jobShown_ == jobCounter_; }
   int runs() const { return runs_; }
 
   // The Picture Editor with `picture` in it, made on first use.

@@ -61,7 +61,7 @@ class EditorAccess : public ::testing::Test {
     ASSERT_TRUE(QTest::qWaitForWindowExposed(editor.get()));
   }
   void TearDown() override {
-    editor->WaitForPreview();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return editor->previewIdle(); }, 5000));
     editor.reset();
   }
   QAccessibleInterface* Of(const QString& name) { return Iface(editor->findChild<QWidget*>(name)); }

@@ -44,7 +44,7 @@ TEST_F(EditorRoute, SourceFileAndRecordBothReachTheEditor) {
   EXPECT_TRUE(editor->isVisible());
   EXPECT_EQ(editor->findChild<QPlainTextEdit*>("Text5_1")->toPlainText().toStdString(),
             window->filter().codeR);
-  editor->WaitForPreview();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return editor->previewIdle(); }, 5000));
   // An FFL entry: the view fills the record and passes no path.
   window->filter().codeR = "255-r";
   window->filter().title = "From the library";
@@ -52,7 +52,7 @@ TEST_F(EditorRoute, SourceFileAndRecordBothReachTheEditor) {
   window->LoadintoFFEditor(QString());
   EXPECT_TRUE(editor->isVisible());
   EXPECT_EQ(editor->findChild<QPlainTextEdit*>("Text5_1")->toPlainText(), "255-r");
-  editor->WaitForPreview();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return editor->previewIdle(); }, 5000));
   // A file that is no filter leaves the editor as it was.
   const std::string bad = home.Write("bad.8bf", "not a plugin");
   window->LoadintoFFEditor(QString::fromStdString(bad));

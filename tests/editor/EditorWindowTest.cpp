@@ -54,7 +54,7 @@ class EditorWindow : public ::testing::Test {
     editor = std::make_unique<FFEditorType1>(std::move(ctx));
     }
   void TearDown() override {
-    editor->WaitForPreview();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return editor->previewIdle(); }, 5000));
     editor.reset();
   }
   template <typename T>
@@ -78,7 +78,7 @@ class EditorWindow : public ::testing::Test {
   }
   QImage Preview() {
     EXPECT_TRUE(editor->UpdatePreview());
-    EXPECT_TRUE(editor->WaitForPreview());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return editor->previewIdle(); }, 5000));
     return editor->previewResult();
   }
   QString Q(const std::string& name) const { return QString::fromStdString(dir.file(name)); }
@@ -217,7 +217,7 @@ TEST_F(EditorWindow, CodeARealHostRefusesIsWarnedNotRefused) {
 TEST_F(EditorWindow, TypingPreviewsAfterTheDelay) {
   editor->SetAutoPreview(true);
   editor->SetTypingDelay(50);
-  ASSERT_TRUE(editor->WaitForPreview());
+  ASSERT_TRUE(QTest::qWaitFor([&] { return editor->previewIdle(); }, 5000));
   const int before = editor->previewRuns();
   const QImage old = editor->previewResult();
   box(1)->setPlainText("255-r");
@@ -378,7 +378,7 @@ TEST_F(EditorWindow, LongCodeAndSlowFiltersKeepTheWindowFree) {
   t.start();
   editor->UpdatePreview();
   EXPECT_LT(t.elapsed(), 1000);
-  editor->WaitForPreview(20000);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return editor->previewIdle(); }, 20000));
   // A slow filter on a large picture: the next edit does not wait for it.
   QImage big(1600, 1200, QImage::Format_RGB32);
   big.fill(Qt::darkCyan);  // the preview size still caps it; the work is in cnv
@@ -391,7 +391,7 @@ TEST_F(EditorWindow, LongCodeAndSlowFiltersKeepTheWindowFree) {
     editor->UpdatePreview();
   }
   EXPECT_LT(t.elapsed(), 1000);
-  EXPECT_TRUE(editor->WaitForPreview(20000));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return editor->previewIdle(); }, 20000));
 }
 
 TEST_F(EditorWindow, NewFilterAsksAndResets) {

@@ -72,7 +72,7 @@ TEST(EditorXvfb, RealClicksOpenEveryBoxAndKeysLandThere) {
   FFEditorType1* editor = open.editor;
   ASSERT_NE(editor, nullptr);
   ASSERT_TRUE(QTest::qWaitForWindowExposed(editor, 5000));
-  ASSERT_TRUE(editor->WaitForPreview(5000));
+  ASSERT_TRUE(QTest::qWaitFor([&] { return editor->previewIdle(); }, 5000));
   ASSERT_TRUE(QTest::qWaitForWindowActive(editor, 5000));
   ASSERT_EQ(QGuiApplication::platformName(), "xcb") << "real input needs the X server, not " << QGuiApplication::platformName().toStdString();
   auto box = [&](int i) { return editor->findChild<QPlainTextEdit*>(QString("Text5_%1").arg(i)); };
