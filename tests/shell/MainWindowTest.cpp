@@ -1,58 +1,12 @@
-#include "shell/window/MainWindow.h"
-
-#include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <QAction>
-#include <QApplication>
-#include <QComboBox>
-#include <QDir>
-#include <QListView>
-#include <QPushButton>
-#include <QTreeView>
-#include <array>
-#include <filesystem>
-#include <memory>
-
-#include "settings/SettingsStore.h"
-#include "shell/commander/FileCommander.h"
-#include "shell/commander/ZipCommander.h"
-#include "shell/fflview/FflViewController.h"
-#include "shell/pluginview/PluginViewController.h"
-#include "shell/preview/PreviewController.h"
+#include "ShellTesting.h"
 #include "shell/window/PreferencesCommands.h"
-#include "shell/pane/FileListModel.h"
-#include "shell/pane/FileListView.h"
 #include "support/OrdinaryUser.h"
-#include "support/TempDir.h"
 
 namespace trel {
 namespace {
 
-using test::RunAsOrdinaryUser;
-using test::TempDir;
-
-// A window over a store and a program folder of its own, started in `folder`
-// (the process's folder), and the routes its double clicks took.
-class Started {
- public:
-  Started(const TempDir& home, const std::string& folder, const QString& commandLine = {})
-      : store(home.file("Trel10.ini")) {
-    QDir::setCurrent(QString::fromStdString(folder));
-    window = std::make_unique<MainWindow>(store, home.path());
-    window->SetShellOpener([this](const QString& path) { return opened.push_back(path), true; });
-    QObject::connect(window.get(), &MainWindow::routeTaken,
-                     [this](const QString& route, const QString& path) { routes.push_back(route + " " + path); });
-    window->Form_Initialize();
-    window->Form_Load(commandLine);
-  }
-  ~Started() { window->close(); }
-
-  SettingsStore store;
-  std::unique_ptr<MainWindow> window;
-  std::vector<QString> routes;
-  std::vector<QString> opened;
-};
+using namespace test;
+using Started = StartedWindow;
 
 class MainWindowTest : public ::testing::Test {
  protected:
@@ -61,7 +15,6 @@ class MainWindowTest : public ::testing::Test {
     files.Write("notes.txt", "just words");
     std::filesystem::create_directory(files.file("sub"));
   }
-  void TearDown() override { QDir::setCurrent(saved_); }
 
   // Settings as an earlier run left them: {section, key, value} rows.
   void Stored(std::initializer_list<std::array<std::string, 3>> rows) {
@@ -73,9 +26,7 @@ class MainWindowTest : public ::testing::Test {
     return SettingsStore(home.file("Trel10.ini")).Get(section, key);
   }
 
-  TempDir home;
-  TempDir files;
-  const QString saved_ = QDir::currentPath();
+  TempDir home, files;
 };
 
 TEST_F(MainWindowTest, AFirstRunWelcomesAndWhatItLeavesComesBackAtTheNext) {
@@ -387,29 +338,13 @@ TEST_F(MainWindowTest, RefreshAndSynchroniseKeepTheSelectionOnTheSameFiles) {
   EXPECT_EQ(p->File1Current(), "e.8bf");
 }
 
-}  // namespace
-}  // namespace trel
 
-namespace trel {
-namespace {
-
-// Commands come from the one table and controllers are reached by type: every
-// command group's controller is registered once, the Convert dialog's opener
-// is in the table, and a name the table lacks stops the program at once
-// instead of leaving a menu entry silently dead.
-TEST(CommandTableTest, ControllersAreRegisteredAndAnUnknownNameStopsTheProgram) {
-  test::TempDir home;
+// A name the command table lacks stops the program at once instead of
+// leaving a menu entry silently dead.
+TEST(CommandTableTest, AnUnknownNameStopsTheProgram) {
+  TempDir home;
   SettingsStore store(home.file("Trel10.ini"));
   MainWindow window(store, home.path());
-  EXPECT_EQ(FileCommander::Of(window), window.findChild<FileCommander*>());
-  EXPECT_EQ(ZipCommander::Of(window), window.findChild<ZipCommander*>());
-  EXPECT_EQ(PreviewController::Of(window), window.findChild<PreviewController*>());
-  EXPECT_EQ(FindPreferencesController(window), window.findChild<PreferencesController*>());
-  EXPECT_EQ(FflController::Of(window), window.findChild<FflController*>());
-  EXPECT_EQ(PluginViewController::Of(window), window.findChild<PluginViewController*>());
-  EXPECT_NE(FileCommander::Of(window), nullptr);
-  EXPECT_EQ(window.command("cmdConvertDialog")->text(), "Convert...");
-  EXPECT_EQ(window.previewToggle()->objectName(), "tbPreview");
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_DEATH(window.command("mnuNoSuchCommand"), "no command named mnuNoSuchCommand");
 }
