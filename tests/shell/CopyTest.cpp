@@ -54,32 +54,6 @@ TEST(CopyPlan, ADropSplitsFilesFromFoldersAndRefusesAFolderIntoItself) {
   EXPECT_EQ(inside.intoItself, dir.file("from/sub"));
 }
 
-TEST(CopyPlan, OverwriteAnswersForOneFileOrForTheRestOfTheCommand) {
-  OverwriteRule rule;
-  Conflict decision = Conflict::Stop;
-  EXPECT_TRUE(rule.Decided(false, decision));  // no target: no question
-  EXPECT_EQ(decision, Conflict::Go);
-  EXPECT_FALSE(rule.Decided(true, decision));
-  // Single answers hold for one file.
-  EXPECT_EQ(rule.Answer(0), Conflict::Go);
-  EXPECT_FALSE(rule.Decided(true, decision));
-  EXPECT_EQ(rule.Answer(1), Conflict::Skip);
-  EXPECT_FALSE(rule.Decided(true, decision));
-  // "Overwrite All" and "Ignore All" stand until the reset at the command's end.
-  EXPECT_EQ(rule.Answer(2), Conflict::Go);
-  EXPECT_TRUE(rule.Decided(true, decision));
-  EXPECT_EQ(decision, Conflict::Go);
-  EXPECT_EQ(rule.Answer(3), Conflict::Skip);
-  EXPECT_TRUE(rule.Decided(true, decision));
-  EXPECT_EQ(decision, Conflict::Skip);
-  rule.Reset();
-  EXPECT_FALSE(rule.Decided(true, decision));
-  // Cancel, or a closed dialog, stops the batch.
-  EXPECT_EQ(rule.Answer(4), Conflict::Stop);
-  EXPECT_EQ(rule.Answer(-1), Conflict::Stop);
-  EXPECT_FALSE(rule.Decided(true, decision));
-}
-
 TEST(CopyPlan, NameRules) {
   EXPECT_EQ(StripSeparator("/a/b//"), "/a/b");
   EXPECT_EQ(StripSeparator("/"), "/");
