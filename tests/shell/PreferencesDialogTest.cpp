@@ -4,6 +4,7 @@
 #include <QTabWidget>
 #include <functional>
 #include <optional>
+#include <tuple>
 
 #include "ShellTesting.h"
 #include "settings/ui/Form2.h"
@@ -52,21 +53,30 @@ class PreferencesDialogTest : public ::testing::Test {
   Form2* form = nullptr;
 };
 
-// Every stored check box: its control, its key, and the field the rest of the
+// Every stored check box: its control, its key, and what the rest of the
 // program reads.
 struct CheckRow {
-  const char* control;
-  const char* key;
-  int Preferences::*field;
+  QString control;
+  std::string key;
+  std::function<int(const Preferences&)> value;
 };
-const CheckRow kChecks[] = {
-    {"Check1", "ScanSubDirs", &Preferences::scanSubDirs},
-    {"Check2", "NoFFOptimize", &Preferences::noFFOptimize},
-    {"Check4", "PassivePaneFolder", &Preferences::passivePaneFolder},
-    {"Check16", "FullStartUp", &Preferences::fullStartUp},
-    {"Check17", "FFL1.0", &Preferences::ffl10},
-    {"Check19", "AutoTop", &Preferences::autoTop},
-};
+std::vector<CheckRow> Checks() {
+  std::vector<CheckRow> rows;
+  for (const auto& [control, key, field] : {std::tuple{"Check1", "ScanSubDirs", &Preferences::scanSubDirs},
+                                            {"Check2", "NoFFOptimize", &Preferences::noFFOptimize},
+                                            {"Check4", "PassivePaneFolder", &Preferences::passivePaneFolder},
+                                            {"Check16", "FullStartUp", &Preferences::fullStartUp},
+                                            {"Check17", "FFL1.0", &Preferences::ffl10},
+                                            {"Check19", "AutoTop", &Preferences::autoTop}})
+    rows.push_back({control, key, [field](const Preferences& p) { return p.*field; }});
+  for (size_t i = 0; i < 6; ++i)
+    rows.push_back({QString("Check12_%1").arg(i), "Fileview" + std::to_string(i),
+                    [i](const Preferences& p) { return p.fileview[i]; }});
+  for (size_t i = 0; i < 3; ++i)
+    rows.push_back({QString("Check10_%1").arg(i), "AutoAdd" + std::to_string(i),
+                    [i](const Preferences& p) { return p.autoAdd[i]; }});
+  return rows;
+}
 
 TEST_F(PreferencesDialogTest, EveryOptionIsCommittedOnOkAndDiscardedOnCancel) {
   Start();
@@ -77,41 +87,26 @@ TEST_F(PreferencesDialogTest, EveryOptionIsCommittedOnOkAndDiscardedOnCancel) {
     return box->isChecked();
   };
   // Change everything, then Cancel: nothing reaches the store or the window.
-  for (const CheckRow& row : kChecks) flip(row.control);
-  for (int i = 0; i < 6; ++i) flip(QString("Check12_%1").arg(i));
-  for (int i = 0; i < 3; ++i) flip(QString("Check10_%1").arg(i));
+  for (const CheckRow& row : Checks()) flip(row.control);
   Find<QLineEdit>("Text1")->setText("7");
   Find<QRadioButton>("Option4_1")->setChecked(true);
   Find<QCheckBox>("Check14")->setChecked(true);
   form->Command8_Click();
-  for (const CheckRow& row : kChecks) {
-    EXPECT_EQ(window->prefs().*row.field, before.*row.field) << row.key;
+  for (const CheckRow& row : Checks()) {
+    EXPECT_EQ(row.value(window->prefs()), row.value(before)) << row.key;
     EXPECT_EQ(Ini(row.key), "") << row.key;
   }
-  EXPECT_EQ(window->prefs().fileview, before.fileview);
-  EXPECT_EQ(window->prefs().autoAdd, before.autoAdd);
   EXPECT_EQ(Find<QLineEdit>("Text1")->text().toStdString(), before.folderItemLimit);
   EXPECT_EQ(window->prefs().compile.templateChoice, CompileTemplate::FilterFactory30);
   EXPECT_FALSE(Find<QCheckBox>("Check14")->isChecked());
 
   // The same changes and OK: each key holds the box's value and the window reads it.
   controller->SyncToDialog();
-  for (const CheckRow& row : kChecks) {
+  for (const CheckRow& row : Checks()) {
     const bool on = flip(row.control);
     form->Command1_Click();
     EXPECT_EQ(Ini(row.key), on ? "1" : "0") << row.key;
-    EXPECT_EQ(window->prefs().*row.field, on ? 1 : 0) << row.key;
-  }
-  for (int i = 0; i < 6; ++i) {
-    const bool on = flip(QString("Check12_%1").arg(i));
-    form->Command1_Click();
-    EXPECT_EQ(Ini("Fileview" + std::to_string(i)), on ? "1" : "0");
-    EXPECT_EQ(window->prefs().fileview[static_cast<size_t>(i)], on ? 1 : 0);
-  }
-  for (int i = 0; i < 3; ++i) {
-    const bool on = flip(QString("Check10_%1").arg(i));
-    form->Command1_Click();
-    EXPECT_EQ(Ini("AutoAdd" + std::to_string(i)), on ? "1" : "0");
+    EXPECT_EQ(row.value(window->prefs()), on ? 1 : 0) << row.key;
   }
   Find<QLineEdit>("Text1")->setText("abc");
   Find<QCheckBox>("Check5")->setChecked(true);
