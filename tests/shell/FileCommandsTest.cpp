@@ -42,7 +42,9 @@ TEST_F(FileCommandsTest, ViewsEnableCommandsAndCommandsRefuseWhatTheirViewForbid
     const char* command;
     bool file, plugin, ffl;
   } table[] = {{"mnuFilecopy", true, true, false}, {"mnuMove", true, true, false}, {"mnuRename", true, false, false},
-               {"mnuMakeDir", true, false, false}, {"mnuEnable", true, true, false}, {"mnuKill2", true, true, false}};
+               {"mnuMakeDir", true, false, false}, {"mnuEnable", true, true, false}, {"mnuKill2", true, true, false},
+               {"mnuChangeCat", false, true, false}};
+  window->SetCommandAvailable("mnuChangeCat", true);  // available, yet only the Plugin View turns it on
   FilePane* p = window->pane(0);
   for (int view : {1, 2, 3}) {
     p->SelectTab(view);
@@ -51,6 +53,7 @@ TEST_F(FileCommandsTest, ViewsEnableCommandsAndCommandsRefuseWhatTheirViewForbid
       const bool expected = view == 1 ? row.file : view == 2 ? row.plugin : row.ffl;
       EXPECT_EQ(window->command(row.command)->isEnabled(), expected) << row.command << " in view " << view;
     }
+    EXPECT_EQ(window->findChild<QPushButton*>("Command1_4")->isEnabled(), view == 2) << view;
   }
   EXPECT_FALSE(window->findChild<QPushButton*>("Command1_3")->isEnabled());  // En/Disable in FFL View
   // The keyboard can't pass what the menu hides: each command asks the view.

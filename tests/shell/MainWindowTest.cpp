@@ -192,21 +192,12 @@ TEST_F(MainWindowTest, DoubleClicksRouteByNameAndDefinedPluginTypes) {
   EXPECT_EQ(w.folderList(), std::vector<std::string>{files.file("sub/")});
 }
 
-TEST_F(MainWindowTest, CommandsWithoutTheirWindowStayDisabledAndViewsDecide) {
+TEST_F(MainWindowTest, ThePassivePaneLooksGrey) {
   Started run(home, files.path());
-  MainWindow& w = *run.window;
-  w.SetCommandAvailable("mnuChangeCat", true);
-  w.Switchit(0);
-  EXPECT_FALSE(w.command("mnuChangeCat")->isEnabled());
-  EXPECT_FALSE(w.findChild<QPushButton*>("Command1_4")->isEnabled());
-  w.pane(0)->SelectTab(FilePane::kPluginView);
-  EXPECT_TRUE(w.command("mnuChangeCat")->isEnabled());
-  EXPECT_TRUE(w.findChild<QPushButton*>("Command1_4")->isEnabled());
-  // The passive pane looks grey.
-  w.Switchit(1);
-  EXPECT_EQ(w.ActivePane(), 1);
-  EXPECT_NE(w.pane(0)->listView()->details()->palette().color(QPalette::Base),
-            w.pane(1)->listView()->details()->palette().color(QPalette::Base));
+  run->Switchit(1);
+  EXPECT_EQ(run->ActivePane(), 1);
+  EXPECT_NE(run->pane(0)->listView()->details()->palette().color(QPalette::Base),
+            run->pane(1)->listView()->details()->palette().color(QPalette::Base));
 }
 
 TEST_F(MainWindowTest, ARemovedFolderInTheFoldersMenuIsDropped) {
