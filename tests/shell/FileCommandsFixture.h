@@ -2,40 +2,20 @@
 // answer from a script, and a recorder of what the window says.
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <QAction>
-#include <QApplication>
-#include <QDir>
 #include <QElapsedTimer>
-#include <QLabel>
-#include <QLineEdit>
-#include <QListView>
-#include <QMimeData>
-#include <QSignalSpy>
-#include <QPushButton>
-#include <QTest>
-#include <QTreeView>
 #include <deque>
-#include <filesystem>
-#include <memory>
 
-#include "settings/SettingsStore.h"
+#include "ShellTesting.h"
 #include "shell/commander/FileCommander.h"
-#include "shell/pane/FileListModel.h"
-#include "shell/pane/FileListView.h"
-#include "shell/window/MainWindow.h"
-#include "shell/pane/Selection.h"
-#include "shell/window/StatusArea.h"
 #include "shell/commander/ZipCommander.h"
 #include "shell/dialogs/ConvertDialog.h"
-#include <QCheckBox>
-#include "support/TempDir.h"
-
+#include "shell/pane/Selection.h"
+#include "shell/window/StatusArea.h"
 
 namespace trel {
 namespace commander_test {
 
+using test::StartedWindow;
 using test::TempDir;
 namespace fs = std::filesystem;
 
@@ -96,11 +76,6 @@ class Recorder : public UserMessages {
 class FileCommandsTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    QDir::setCurrent(QString::fromStdString(left.path()));
-    store = std::make_unique<SettingsStore>(home.file("Trel10.ini"));
-    window = std::make_unique<MainWindow>(*store, home.path());
-    window->Form_Initialize();
-    window->Form_Load({});
     commander = FileCommander::Of(*window);
     auto owned = std::make_unique<ScriptedDialogs>();
     dialogs = owned.get();
@@ -112,14 +87,7 @@ class FileCommandsTest : public ::testing::Test {
     Open(1, right.path());
     window->Switchit(0);
   }
-  void TearDown() override {
-    if (window) window->close();
-    window.reset();
-    QDir::setCurrent(saved_);
-  }
-  void Open(int pane, const std::string& folder) {
-    ASSERT_TRUE(window->pane(pane)->ChangeFolder(folder));
-  }
+  void Open(int pane, const std::string& folder) { ASSERT_TRUE(window->pane(pane)->ChangeFolder(folder)); }
   // Selects rows of the active pane's list by their texts (folders with their blank).
   void Select(std::initializer_list<const char*> texts, int pane = 0) {
     QStringList list;
@@ -141,12 +109,11 @@ class FileCommandsTest : public ::testing::Test {
   }
 
   TempDir home, left, right;
-  std::unique_ptr<SettingsStore> store;
-  std::unique_ptr<MainWindow> window;
+  Recorder recorder;  // outlives the window, which may still say something as it closes
+  StartedWindow run{home, left.path()};
+  std::unique_ptr<MainWindow>& window = run.window;
   FileCommander* commander = nullptr;
   ScriptedDialogs* dialogs = nullptr;
-  Recorder recorder;
-  const QString saved_ = QDir::currentPath();
 };
 
 }  // namespace commander_test

@@ -42,7 +42,9 @@ TEST_F(FileCommandsTest, ViewsEnableCommandsAndCommandsRefuseWhatTheirViewForbid
     const char* command;
     bool file, plugin, ffl;
   } table[] = {{"mnuFilecopy", true, true, false}, {"mnuMove", true, true, false}, {"mnuRename", true, false, false},
-               {"mnuMakeDir", true, false, false}, {"mnuEnable", true, true, false}, {"mnuKill2", true, true, false}};
+               {"mnuMakeDir", true, false, false}, {"mnuEnable", true, true, false}, {"mnuKill2", true, true, false},
+               {"mnuChangeCat", false, true, false}};
+  window->SetCommandAvailable("mnuChangeCat", true);  // available, yet only the Plugin View turns it on
   FilePane* p = window->pane(0);
   for (int view : {1, 2, 3}) {
     p->SelectTab(view);
@@ -51,6 +53,7 @@ TEST_F(FileCommandsTest, ViewsEnableCommandsAndCommandsRefuseWhatTheirViewForbid
       const bool expected = view == 1 ? row.file : view == 2 ? row.plugin : row.ffl;
       EXPECT_EQ(window->command(row.command)->isEnabled(), expected) << row.command << " in view " << view;
     }
+    EXPECT_EQ(window->findChild<QPushButton*>("Command1_4")->isEnabled(), view == 2) << view;
   }
   EXPECT_FALSE(window->findChild<QPushButton*>("Command1_3")->isEnabled());  // En/Disable in FFL View
   // The keyboard can't pass what the menu hides: each command asks the view.
@@ -239,71 +242,28 @@ TEST_F(FileCommandsTest, RenameOneInPlaceOrManyByExtension) {
   commander->cmd_RenameFiles();
   EXPECT_EQ(dialogs->inputAsked.back(), "Rename File: a.bak");
   EXPECT_TRUE(left.Exists("a.8bf"));
-}
-
-TEST_F(FileCommandsTest, ANameWithASeparatorIsRefusedAndTheReturnOfAnInPlaceRenameOpensNothing) {
-  FilePane* p = window->pane(0);
-  commander->ListView1_AfterLabelEdit(0, "b.txt", "sub/b.txt");
-  EXPECT_TRUE(left.Exists("b.txt"));
-  EXPECT_FALSE(left.Exists("sub/b.txt"));
-  EXPECT_EQ(recorder.said, std::vector<std::string>{
-                               "Trel: \"sub/b.txt\" can't be a name: a file or folder name can't contain \"/\"."});
-  p->SetViewMode(FilePane::kClassic);
-  ASSERT_TRUE(p->SelectInFile1("b.txt"));
+  // A name with a separator is refused, in place and in the box.
+  recorder.said.clear();
+  ASSERT_TRUE(p->SelectInFile1("a.8bf"));
   dialogs->inputs = {QString("sub/x.txt")};
   commander->cmd_RenameFiles();
-  EXPECT_TRUE(left.Exists("b.txt"));
-  EXPECT_NE(Said().find("can't contain \"/\""), std::string::npos);
-  p->SetViewMode(FileListView::kDetails);
-
-  // Shift+F6 opens the edit box; its Return renames, and the list never sees it.
-  std::vector<QString> opened;
-  window->SetShellOpener([&](const QString& path) {
-    opened.push_back(path);
-    return true;
-  });
-  window->show();
-  QAbstractItemView* list = p->listView()->current();
-  Select({"b.txt"});
-  list->setFocus();
-  commander->cmd_RenameFiles();
-  QLineEdit* edit = list->findChild<QLineEdit*>();
-  ASSERT_NE(edit, nullptr);
-  edit->selectAll();
-  QTest::keyClicks(edit, "notes.txt");
-  QTest::keyClick(edit, Qt::Key_Return);
-  EXPECT_TRUE(QTest::qWaitFor([&] { return left.Exists("notes.txt"); }, 5000));
-  QCoreApplication::processEvents();  // an open the Return might have queued
-  EXPECT_FALSE(left.Exists("b.txt"));
-  EXPECT_TRUE(opened.empty()) << opened.front().toStdString();
-  // A Return in the list itself still opens.
-  Select({"notes.txt"});
-  QTest::keyClick(list, Qt::Key_Return);
-  ASSERT_EQ(opened.size(), 1u);
-  EXPECT_EQ(opened.front().toStdString(), left.file("notes.txt"));
+  commander->ListView1_AfterLabelEdit(0, "a.8bf", "sub/x.txt");
+  EXPECT_TRUE(left.Exists("a.8bf"));
+  EXPECT_FALSE(left.Exists("sub/x.txt"));
+  ASSERT_EQ(recorder.said.size(), 2u);
+  for (const std::string& said : recorder.said)
+    EXPECT_NE(said.find("\"sub/x.txt\" can't be a name: a file or folder name can't contain \"/\"."), std::string::npos);
 }
 
-TEST_F(FileCommandsTest, FoldersWhoseNamesDifferInCaseAreTwoFolders) {
-  fs::create_directories(left.file("x/Plugins"));
-  fs::create_directories(left.file("x/plugins"));
-  left.Write("x/Plugins/a.8bf", "upper");
-  Open(0, left.file("x/Plugins"));
-  Open(1, left.file("x/plugins"));
-  window->settings().Change([](Preferences& p) { p.passivePaneFolder = 1; });
-  Select({"a.8bf"});
-  commander->cmd_CopyFiles(); Settle();
-  EXPECT_TRUE(recorder.said.empty()) << Said();
-  EXPECT_EQ(left.Read("x/plugins/a.8bf"), "upper");
-  EXPECT_NE(window->pane(1)->model()->FindText("a.8bf"), -1);
-  // One folder under two spellings still is one.
-  Open(1, left.file("x/plugins/../Plugins/"));
-  commander->cmd_CopyFiles(); Settle();
-  EXPECT_NE(Said().find("The source folder is identical to the destination folder!"), std::string::npos);
-}
-
+// While a job runs the panes don't watch their folders; what changed in the
+// meantime shows once the watch resumes.
 TEST_F(FileCommandsTest, AShownFolderChangedByAnotherProgramShowsTheChangeAndKeepsTheSelection) {
   FilePane* p = window->pane(0);
   Select({"b.txt"});
+  p->PauseWatching(true);
+  left.Write("while resting.txt", "x");
+  p->PauseWatching(false);
+  QTRY_VERIFY_WITH_TIMEOUT(p->model()->FindText("while resting.txt") != -1, 5000);
   left.Write("from outside.txt", "x");
   fs::remove(left.file("c.afs"));
   QTRY_VERIFY_WITH_TIMEOUT(p->model()->FindText("from outside.txt") != -1, 5000);
@@ -315,18 +275,6 @@ TEST_F(FileCommandsTest, AShownFolderChangedByAnotherProgramShowsTheChangeAndKee
   right.Write("here.txt", "x");
   QTRY_VERIFY_WITH_TIMEOUT(p->model()->FindText("here.txt") != -1, 5000);
   EXPECT_EQ(p->model()->FindText("later.txt"), -1);
-}
-
-// While a job runs the panes don't watch their folders; what changed in the
-// meantime shows once the watch resumes, and the watch is back for later changes.
-TEST_F(FileCommandsTest, WhatChangedWhileAPaneRestedItsWatchShowsWhenItResumes) {
-  FilePane* p = window->pane(0);
-  p->PauseWatching(true);
-  left.Write("while resting.txt", "x");
-  p->PauseWatching(false);
-  QTRY_VERIFY_WITH_TIMEOUT(p->model()->FindText("while resting.txt") != -1, 5000);
-  left.Write("after.txt", "x");
-  QTRY_VERIFY_WITH_TIMEOUT(p->model()->FindText("after.txt") != -1, 5000);
 }
 
 TEST_F(FileCommandsTest, ReverseNameOrderKeepsTheParentAndFoldersOnTopAndTypingFindsFolders) {
@@ -357,23 +305,6 @@ TEST_F(FileCommandsTest, ReverseNameOrderKeepsTheParentAndFoldersOnTopAndTypingF
   QTest::qWait(QApplication::keyboardInputInterval() + 50);
   QTest::keyClicks(list, "b");
   EXPECT_EQ(p->model()->item(list->currentIndex().row()).text, "b.txt");
-}
-
-TEST_F(FileCommandsTest, ADropFromTheOtherPaneAsksForTheFolderAsTheMoveCommandDoes) {
-  window->Switchit(0);
-  dialogs->folders = {""};  // cancelled: nothing moves
-  commander->DropFiles(1, {QString::fromStdString(left.file("a.8bf"))}, "", -2); Settle();
-  ASSERT_EQ(dialogs->folderEntries.size(), 1u);
-  EXPECT_EQ(dialogs->folderEntries.back().value(0).toStdString(), right.path());
-  EXPECT_TRUE(left.Exists("a.8bf"));
-  dialogs->folders = {"="};
-  commander->DropFiles(1, {QString::fromStdString(left.file("a.8bf"))}, "", -2); Settle();
-  EXPECT_EQ(right.Read("a.8bf"), "left a.8bf");
-  EXPECT_FALSE(left.Exists("a.8bf"));
-  // Onto a folder row the target is named: no question.
-  commander->DropFiles(1, {QString::fromStdString(left.file("b.txt"))}, right.path(), -2); Settle();
-  EXPECT_EQ(dialogs->folderEntries.size(), 2u);
-  EXPECT_TRUE(right.Exists("b.txt"));
 }
 
 TEST_F(FileCommandsTest, EnableDisableTogglesTheSelectionAndRefusesOtherTypes) {

@@ -66,19 +66,6 @@ class PreviewTest : public ::testing::Test {
   std::string selected;
 };
 
-TEST_F(PreviewTest, ThePreviewPictureComesFromTheSettingOrTestBmp) {
-  EXPECT_EQ(PreviewPicturePath(store, home.path()), home.file("Test.bmp"));
-  const std::string mine = home.file("mine.png");
-  ASSERT_TRUE(test::PatternPicture(30, 60, false).save(QString::fromStdString(mine)));
-  store.Save("Settings", "PreviewPic", mine);
-  EXPECT_EQ(PreviewPicturePath(store, home.path()), mine);
-  preview->PreparePreviewPic();
-  EXPECT_EQ(preview->PreviewPicture(), mine);
-  EXPECT_FLOAT_EQ(preview->aspect(), 0.5f);
-  fs::remove(mine);
-  EXPECT_EQ(PreviewPicturePath(store, home.path()), home.file("Test.bmp"));
-}
-
 TEST_F(PreviewTest, ToolbarButtonAndMenuEntrySwitchTogether) {
   QAction* tb = window->findChild<QAction*>("tbPreview");
   QAction* menu = window->command("mnuPluginPreview");

@@ -1,9 +1,11 @@
+// The copy command's parts without the window: what a command plans, and the
+// job that carries the plan out on the event loop.
 #include "shell/commander/CopyJob.h"
+#include "shell/commander/CopyPlan.h"
 
 #include <gtest/gtest.h>
 
 #include <QSignalSpy>
-#include <QTest>
 #include <filesystem>
 
 #include "support/TempDir.h"
@@ -13,6 +15,50 @@ namespace {
 
 using test::TempDir;
 namespace fs = std::filesystem;
+
+TEST(CopyPlan, CopyTakesEveryRowAndMoveLeavesWhatAlreadyLiesInTheTarget) {
+  TempDir dir;
+  fs::create_directories(dir.file("Plugins"));
+  fs::create_directories(dir.file("plugins"));
+  const std::vector<std::string> rows{"a.8bf", "", "/elsewhere/b.prm"};
+  const auto copy = PlanCopy(dir.file("Plugins/"), rows, false, dir.file("plugins/"));
+  ASSERT_EQ(copy.size(), 3u);
+  EXPECT_EQ(copy[0].source, dir.file("Plugins/a.8bf"));
+  EXPECT_EQ(copy[0].target, dir.file("plugins/a.8bf"));
+  EXPECT_TRUE(copy[1].source.empty() && copy[1].target.empty());  // the parent row names no file
+  EXPECT_EQ(copy[2].source, "/elsewhere/b.prm");                  // a whole path stands for itself
+  EXPECT_EQ(copy[2].target, dir.file("plugins/b.prm"));
+  // Plugin View rows are whole paths even without a leading separator.
+  EXPECT_EQ(PlanCopy("/x/", {"y/a.8bf"}, true, "/t/").front().source, "y/a.8bf");
+
+  // Names differing in case are two folders: nothing is left out of the move.
+  EXPECT_EQ(PlanMove(dir.file("Plugins/"), {"a.8bf"}, false, dir.file("plugins/")).size(), 1u);
+  // The same folder under another spelling is the same folder.
+  EXPECT_TRUE(PlanMove(dir.file("Plugins/"), {"a.8bf"}, false, dir.file("plugins/../Plugins/")).empty());
+}
+
+TEST(CopyPlan, ADropSplitsFilesFromFoldersAndRefusesAFolderIntoItself) {
+  TempDir dir;
+  fs::create_directories(dir.file("from/sub/deeper"));
+  fs::create_directories(dir.file("to"));
+  dir.Write("from/a.8bf", "a");
+  dir.Write("to/here.txt", "h");
+  const DropPlan plan =
+      PlanDrop({dir.file("from/a.8bf"), dir.file("from/sub/"), dir.file("to/here.txt")}, dir.file("to/"));
+  ASSERT_EQ(plan.files.size(), 1u);
+  EXPECT_EQ(plan.files[0].target, dir.file("to/a.8bf"));
+  EXPECT_EQ(plan.folders, std::vector<std::string>{dir.file("from/sub")});  // without its separator
+  EXPECT_TRUE(plan.intoItself.empty());
+
+  const DropPlan inside = PlanDrop({dir.file("from/sub")}, dir.file("from/sub/deeper/"));
+  EXPECT_EQ(inside.intoItself, dir.file("from/sub"));
+}
+
+TEST(CopyPlan, NameRules) {
+  EXPECT_EQ(StripSeparator("/a/b//"), "/a/b");
+  EXPECT_EQ(StripSeparator("/"), "/");
+  EXPECT_EQ(FullPath("/f/", "n", false), "/f/n");
+}
 
 int Entries(const std::string& folder) {
   return static_cast<int>(std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
@@ -76,60 +122,18 @@ TEST(CopyJob, AFailureEndsTheBatchWithTheFirstErrorAndAMoveKeepsWhatItDidntMove)
   EXPECT_EQ(Entries(to.path()), 1);
 }
 
-TEST(CopyJob, EscWhileFilesAreAskedAboutLeavesWholeFilesOrNoneAndNoTemporaryFile) {
+TEST(CopyJob, CancelledBeforeItStartsItAsksNothingAndCopiesNothing) {
   TempDir from, to;
   std::atomic<bool> escape{false};
-  // Large enough to be under way when Esc comes; a copy is either whole or absent.
-  const std::string big(24 << 20, 'x');
-  std::vector<CopyItem> items{{from.Write("big", big), to.file("big")}};
-  for (int i = 0; i < 20; ++i) {
-    const std::string name = "small" + std::to_string(i);
-    items.push_back({from.Write(name, name), to.file(name)});
-  }
   int asked = 0;
-  CopyJob* running = nullptr;
-  CopyJob job(items, FileJob::Copy, escape, [&](const CopyItem&) {
-    if (++asked == 2) running->Cancel();
-    return Conflict::Go;
-  });
-  running = &job;
-  const Finished end = RunToEnd(job);
-  EXPECT_TRUE(end.error.isEmpty()) << end.error.toStdString();  // a cancel is no error
-  EXPECT_LE(end.done, 2);
-  EXPECT_EQ(asked, 2);
-  for (const auto& entry : fs::directory_iterator(to.path())) {
-    const std::string name = entry.path().filename().string();
-    EXPECT_TRUE(name == "big" || name == "small0") << name;
-    if (name == "big") {
-      EXPECT_EQ(fs::file_size(entry.path()), big.size());
-    }
-  }
-
-  // Cancelled before it starts: nothing is asked and nothing copied.
-  escape = false;
-  asked = 0;
-  CopyJob early(items, FileJob::Copy, escape, [&](const CopyItem&) {
+  CopyJob early({{from.Write("a", "a"), to.file("a")}}, FileJob::Copy, escape, [&](const CopyItem&) {
     ++asked;
     return Conflict::Go;
   });
   early.Cancel();
   EXPECT_EQ(RunToEnd(early).done, 0);
   EXPECT_EQ(asked, 0);
-}
-
-TEST(CopyJob, DroppedWhileItRunsStopsAndLeavesNoTemporaryFile) {
-  TempDir from, to;
-  std::atomic<bool> escape{false};
-  const std::vector<CopyItem> items{{from.Write("big", std::string(48 << 20, 'y')), to.file("big")}};
-  {
-    CopyJob job(items, FileJob::Copy, escape, [](const CopyItem&) { return Conflict::Go; });
-    job.Start();
-    QTest::qWait(5);  // under way, or already done
-  }
-  for (const auto& entry : fs::directory_iterator(to.path())) {
-    EXPECT_EQ(entry.path().filename(), "big");
-    EXPECT_EQ(fs::file_size(entry.path()), 48u << 20);
-  }
+  EXPECT_EQ(Entries(to.path()), 0);
 }
 
 TEST(CopyJob, ErasingGoesOnPastWhatCantBeErasedAndATreeTakesLinksNotWhatTheyPointTo) {
