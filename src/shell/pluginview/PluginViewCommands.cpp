@@ -278,16 +278,9 @@ void InstallPluginViewCommands(MainWindow& window) {
     QObject::connect(info, &QAction::triggered, controller, [controller] { controller->cmd_PlugInInformation(); });
     window.SetCommandAvailable("mnuPlugInfo", true);
   }
-  // The plugin list export has no entry of the window's own menus yet: it
-  // joins the Commands menu behind Plugin Information.
-  if (QMenu* commands = window.commandsMenu()) {
-    auto* list = new QAction("Plugin &List...", commands);
-    list->setObjectName("mnuPlugInList");
-    list->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_L));
-    QAction* before = window.command("mnuPluginAbout");
-    commands->insertAction(before, list);
-    QObject::connect(list, &QAction::triggered, controller, [controller] { controller->cmd_PlugInList(); });
-  }
+  QObject::connect(window.command("mnuPlugInList"), &QAction::triggered, controller,
+                   [controller] { controller->cmd_PlugInList(); });
+  window.SetCommandAvailable("mnuPlugInList", true);
 }
 
 // Entering Plugin View with a stale list scans the pane's folder. Shift held

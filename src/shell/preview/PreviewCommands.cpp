@@ -42,13 +42,6 @@ std::vector<std::string> SelectedPaths(MainWindow& window) {
   return paths;
 }
 
-QAction* AddAfter(QMenu* menu, QAction* before, const char* name, const QString& caption, const QString& keys) {
-  auto* action = new QAction(caption, menu);
-  action->setObjectName(name);
-  if (!keys.isEmpty()) action->setShortcut(QKeySequence(keys));
-  menu->insertAction(before, action);
-  return action;
-}
 
 }  // namespace
 
@@ -65,22 +58,18 @@ void InstallPreviewCommands(MainWindow& window) {
       preview->tbPreview_Click(on);
     });
     window.SetCommandAvailable("mnuPluginPreview", true);
-
-    // The preview's own commands follow it in the View menu.
-    if (QMenu* view = window.viewMenu()) {
-      const QList<QAction*> actions = view->actions();
-      const qsizetype at = actions.indexOf(menu);
-      QAction* before = at >= 0 && at + 1 < actions.size() ? actions[at + 1] : nullptr;
-      QObject::connect(AddAfter(view, before, "mnuUpdateCache", "&Update Cache", "Ctrl+Shift+U"),
-                       &QAction::triggered, preview, &PreviewController::mnuUpdateCache_Click);
-      QObject::connect(AddAfter(view, before, "mnuRandomize", "Rando&mize", "Ctrl+Shift+R"), &QAction::triggered,
-                       preview, &PreviewController::mnuRandomize_Click);
-      QObject::connect(AddAfter(view, before, "mnuSavePreview", "&Save Preview...", "Ctrl+Shift+S"),
-                       &QAction::triggered, preview, [preview] { preview->cmd_SavePreview({}); });
-      QObject::connect(AddAfter(view, before, "mnuClearCache", "Clear Cac&he...", ""), &QAction::triggered,
-                       preview, [preview] { preview->ClearCache(true); });
-    }
   }
+  // The preview's own commands follow it in the View menu.
+  QObject::connect(window.command("mnuUpdateCache"), &QAction::triggered, preview,
+                   &PreviewController::mnuUpdateCache_Click);
+  QObject::connect(window.command("mnuRandomize"), &QAction::triggered, preview,
+                   &PreviewController::mnuRandomize_Click);
+  QObject::connect(window.command("mnuSavePreview"), &QAction::triggered, preview,
+                   [preview] { preview->cmd_SavePreview({}); });
+  QObject::connect(window.command("mnuClearCache"), &QAction::triggered, preview,
+                   [preview] { preview->ClearCache(true); });
+  for (const char* name : {"mnuUpdateCache", "mnuRandomize", "mnuSavePreview", "mnuClearCache"})
+    window.SetCommandAvailable(name, true);
 
   // The Pictures menu: a fixed entry for the shipped picture, then the list.
   if (QMenu* pictures = window.picturesMenu()) {

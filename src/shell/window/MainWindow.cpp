@@ -212,6 +212,7 @@ void MainWindow::BuildMenus() {
   AddCommand(commands, "mnuEnable", "En/&Disable", false, {Qt::CTRL | Qt::Key_D});
   AddCommand(commands, "mnuChangeCat", "C&hange Category", false);
   AddCommand(commands, "mnuPlugInfo", "Plugin &Information", false);
+  AddCommand(commands, "mnuPlugInList", "Plugin &List...", false, {QKeySequence("Ctrl+Shift+L")});
   AddCommand(commands, "mnuPluginAbout", "Plugin &About", false, {QKeySequence("Ctrl+Shift+A")});
   AddCommand(commands, "mnuInvoke", "In&voke Plugin", false, {QKeySequence("Ctrl+Shift+I")});
   commands->addSeparator();
@@ -270,7 +271,12 @@ void MainWindow::BuildMenus() {
   connect(refresh, &QAction::triggered, this, &MainWindow::mnuRefresh_Click);
   view->addSeparator();
   AddCommand(view, "mnuPluginPreview", "Plugin &Preview", false, {QKeySequence("Ctrl+Shift+P")});
+  AddCommand(view, "mnuUpdateCache", "&Update Cache", false, {QKeySequence("Ctrl+Shift+U")});
+  AddCommand(view, "mnuRandomize", "Rando&mize", false, {QKeySequence("Ctrl+Shift+R")});
+  AddCommand(view, "mnuSavePreview", "&Save Preview...", false, {QKeySequence("Ctrl+Shift+S")});
+  AddCommand(view, "mnuClearCache", "Clear Cac&he...", false);
   AddCommand(view, "mnuFilterDownload", "Filter &Download...", false);
+  AddCommand(view, "mnuPicView", "Picture &Editor", false, {QKeySequence("Ctrl+Shift+E")});
 
   folderMenu_ = bar->addMenu("F&olders");
   folderMenu_->setObjectName("mnuFolders");

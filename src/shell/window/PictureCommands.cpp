@@ -10,19 +10,14 @@ namespace trel {
 
 void InstallPictureCommands(MainWindow& window) {
   // The Picture Editor opens from the View menu with whatever it showed last.
-  QMenu* view = window.viewMenu();
-  if (!view) return;
-  auto* entry = new QAction("Picture &Editor", view);
-  entry->setObjectName("mnuPicView");
-  entry->setShortcut(QKeySequence("Ctrl+Shift+E"));
-  view->addAction(entry);
-  QObject::connect(entry, &QAction::triggered, &window, [&window] {
+  QObject::connect(window.command("mnuPicView"), &QAction::triggered, &window, [&window] {
     PreviewController* preview = PreviewController::Of(window);
     if (!preview) return;
     PicView* pic = preview->picView();
     pic->show();
     pic->raise();
   });
+  window.SetCommandAvailable("mnuPicView", true);
 }
 
 void MainWindow::LoadintoPicView(const QString& path) {
