@@ -120,7 +120,6 @@ TEST_F(MiniPluginTest, FaultyCodeIsAnErrorNotACrash) {
   ASSERT_EQ(host.ImgPlugInHostLoad(""), IMG_OK);
   FFFilter f = test::SampleFilter("c + (");
   const std::string plugin = test::CompilePlugin(dir, f, Template());
-  ASSERT_FALSE(plugin.empty());
   const QImage picture = test::PatternPicture(8, 8, false);
   const ImgHandle h = host.Adopt(picture);
   ASSERT_EQ(host.ImgPlugInLoad(plugin), IMG_OK) << host.ImgErrString();
