@@ -22,12 +22,10 @@ namespace fs = std::filesystem;
 // bytes of pixels only.
 std::string BmpHeader(int32_t w, int32_t h, size_t data) {
   std::string b = "BM";
-  auto put32 = [&](uint32_t v) { for (int i = 0; i < 4; ++i) b += char(v >> (8 * i)); };
-  auto put16 = [&](uint16_t v) { b += char(v), b += char(v >> 8); };
-  put32(54 + uint32_t(data));
-  put32(0), put32(54), put32(40), put32(uint32_t(w)), put32(uint32_t(h));
-  put16(1), put16(24);
-  put32(0), put32(0), put32(2835), put32(2835), put32(0), put32(0);
+  // Little-endian words; the planes (1) and the bits (24) share one.
+  for (uint32_t v : {54 + uint32_t(data), 0u, 54u, 40u, uint32_t(w), uint32_t(h), 1u | 24u << 16, 0u, 0u, 2835u,
+                     2835u, 0u, 0u})
+    for (int i = 0; i < 4; ++i) b += char(v >> (8 * i));
   return b + std::string(data, '\x40');
 }
 
@@ -221,17 +219,7 @@ TEST_F(PreviewPipelineTest, RandomizeReachesBothEndsOfEveryControlAndTheBarDarke
   EXPECT_GT(qRed(bar.pixel(0, 10)), qRed(bar.pixel(0, 19)));
 }
 
-TEST_F(PreviewPipelineTest, TheWorkersGiveTheEnginesPixels) {
-  const std::string plugin = test::CompilePlugin(dir, test::SampleFilter("255 - c"));
-  const QImage source = test::PatternPicture(12, 9, false);
-  QImage inverted = source;
-  inverted.invertPixels();
-  EXPECT_EQ(RenderWith(PrepareFilter(plugin), source).convertToFormat(source.format()), inverted);
-  EXPECT_FALSE(PrepareFilter(dir.Write("other.8bf", "MZ but nothing else")).ok());
-  EXPECT_FALSE(PrepareFilter(dir.file("gone.8bf")).ok());
-}
-
-TEST_F(PreviewPipelineTest, TheContactSheetRendersEveryPluginOnceAndUsesTheCache) {
+TEST_F(PreviewPipelineTest, TheContactSheetRendersEveryPluginOnceWithTheEnginesPixelsAndUsesTheCache) {
   std::vector<std::string> plugins;
   for (const char* code : {"255 - c", "c / 2", "r", "x * 255 / X", "b"}) {
     FFFilter f = test::SampleFilter(code);
@@ -249,7 +237,7 @@ TEST_F(PreviewPipelineTest, TheContactSheetRendersEveryPluginOnceAndUsesTheCache
   std::vector<int> calls(plugins.size(), 0);
   std::vector<QImage> images(plugins.size());
   std::vector<std::string> errors(plugins.size());
-  auto done = [&](size_t i, const QImage& img, const std::string& e) {
+  const auto done = [&](size_t i, const QImage& img, const std::string& e) {
     std::lock_guard<std::mutex> lock(m);
     ++calls[i];
     images[i] = img;
@@ -257,7 +245,12 @@ TEST_F(PreviewPipelineTest, TheContactSheetRendersEveryPluginOnceAndUsesTheCache
   };
   RenderContactSheet(plugins, picture, options, done);
   for (size_t i = 0; i < plugins.size(); ++i) EXPECT_EQ(calls[i], 1) << i;
+  QImage inverted = picture;
+  inverted.invertPixels();
+  EXPECT_EQ(images[0].convertToFormat(picture.format()), inverted);
   EXPECT_EQ(images[1].pixelColor(3, 3).red(), picture.pixelColor(3, 3).red() / 2);
+  EXPECT_FALSE(PrepareFilter(dir.file("gone.8bf")).ok());
+  EXPECT_FALSE(PrepareFilter(dir.Write("other.8bf", "MZ but nothing else")).ok());
   EXPECT_TRUE(images.back().isNull());
   EXPECT_FALSE(errors.back().empty());
   EXPECT_TRUE(fs::exists(PreviewCacheFile(prog.path(), plugins[0])));
@@ -276,10 +269,7 @@ TEST_F(PreviewPipelineTest, TheContactSheetRendersEveryPluginOnceAndUsesTheCache
   for (size_t i = 0; i + 1 < plugins.size(); ++i) fs::remove(plugins[i]);
   std::fill(calls.begin(), calls.end(), 0);
   RenderContactSheet(plugins, picture, options, done);
-  for (size_t i = 0; i + 1 < plugins.size(); ++i) {
-    EXPECT_EQ(calls[i], 1);
-    EXPECT_FALSE(images[i].isNull()) << i;
-  }
+  for (size_t i = 0; i + 1 < plugins.size(); ++i) EXPECT_TRUE(calls[i] == 1 && !images[i].isNull()) << i;
 
   // Cancelled before it starts: nothing is reported.
   std::atomic<bool> cancel{true};
@@ -293,11 +283,8 @@ TEST_F(PreviewPipelineTest, BatchWritesEachPictureAndAsksBeforeReplacing) {
   const std::string plugin = test::CompilePlugin(dir, test::SampleFilter("255 - c"));
   test::TempDir in, out;
   const QImage a = test::PatternPicture(6, 4, false);
-  std::vector<std::string> pictures;
-  for (const char* name : {"a.png", "b.bmp", "c.png"}) {
-    pictures.push_back(in.file(name));
-    ASSERT_TRUE(a.save(QString::fromStdString(pictures.back())));
-  }
+  std::vector<std::string> pictures{in.file("a.png"), in.file("b.bmp"), in.file("c.png")};
+  for (const std::string& p : pictures) ASSERT_TRUE(a.save(QString::fromStdString(p)));
   pictures.push_back(in.Write("d.png", "broken"));
   out.Write("b.bmp", "keep me");
   out.Write("c.png", "keep me too");
@@ -325,8 +312,7 @@ TEST_F(PreviewPipelineTest, BatchWritesEachPictureAndAsksBeforeReplacing) {
   test::TempDir out2;
   out2.Write("a.png", "old");
   const BatchResult stopped =
-      BatchApply(run, pictures, out2.path(), [](const std::string&) { return OverwriteAnswer::Stop; },
-                 {}, nullptr);
+      BatchApply(run, pictures, out2.path(), [](const std::string&) { return OverwriteAnswer::Stop; }, {}, nullptr);
   EXPECT_TRUE(stopped.stopped);
   EXPECT_EQ(stopped.written, 0);
   EXPECT_EQ(out2.Read("a.png"), "old");

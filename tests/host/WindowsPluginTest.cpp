@@ -176,15 +176,13 @@ TEST_F(WindowsPluginTest, WithoutNamedPipesTheHostServesItsStandardInputAndOutpu
   EXPECT_EQ(host.exitCode(), 0);
   hp::AnswerReader answers;
   answers.Feed(host.readAllStandardOutput().toStdString());
-  const auto bogus = answers.Take(5);
-  ASSERT_TRUE(bogus) << "a request the host cannot read is answered by its id";
-  EXPECT_EQ(bogus->code, static_cast<int>(hp::HostError::Usage));
-  const auto good = answers.Take(6);
-  ASSERT_TRUE(good);
-  EXPECT_EQ(good->code, 0) << good->text;
-  const auto noEntry = answers.Take(7);
-  ASSERT_TRUE(noEntry);
-  EXPECT_EQ(noEntry->code, static_cast<int>(hp::HostError::NoEntryPoint)) << noEntry->text;
+  // A request the host cannot read is answered by its id.
+  for (const auto& [id, code] :
+       {std::pair{5u, int(hp::HostError::Usage)}, {6u, 0}, {7u, int(hp::HostError::NoEntryPoint)}}) {
+    const auto answer = answers.Take(id);
+    ASSERT_TRUE(answer) << id;
+    EXPECT_EQ(answer->code, code) << answer->text;
+  }
 }
 
 TEST_F(WindowsPluginTest, FaultyPluginsGiveTheLibrarysErrorAndTheHostRecovers) {
