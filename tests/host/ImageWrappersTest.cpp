@@ -30,8 +30,7 @@ TEST_F(ImageWrappersTest, CopyAtFullOrGivenSize) {
   EXPECT_EQ(*lib.image(target), *lib.image(source));
 
   ImgHandle old = target;
-  w = 5;
-  h = 4;
+  w = 5, h = 4;
   ASSERT_TRUE(CopyImageSized(lib, w, h, source, target));
   EXPECT_EQ(lib.image(old), nullptr);  // the former target was closed
   EXPECT_EQ(lib.image(target)->size(), QSize(5, 4));
