@@ -5,7 +5,6 @@
 // fields change the filter itself. A screenshot of each dialog is kept in
 // TREL_ARTIFACTS. Runs only under the Xvfb test (TREL_DIALOG_XVFB).
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <future>
@@ -15,6 +14,7 @@
 
 #include <QDir>
 #include <QImage>
+#include <QProcess>
 
 #include "HostTestSupport.h"
 #include "filter/TemplateLayout.h"
@@ -30,14 +30,10 @@ namespace fs = std::filesystem;
 std::string Template64() { return std::string(TREL_TEMPLATE_DIR) + "/" + layout::kPhoto64; }
 
 std::string Output(const std::string& command) {
-  std::string out;
-  if (FILE* p = popen(command.c_str(), "r")) {
-    char buf[256];
-    while (fgets(buf, sizeof buf, p)) out += buf;
-    pclose(p);
-  }
-  while (!out.empty() && (out.back() == '\n' || out.back() == '\r')) out.pop_back();
-  return out;
+  QProcess p;
+  p.start("sh", {"-c", QString::fromStdString(command)});
+  p.waitForFinished();
+  return p.readAllStandardOutput().trimmed().toStdString();
 }
 
 // Waits for the window titled `title`, keeps a screenshot of the screen as
