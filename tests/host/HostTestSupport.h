@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <string>
 
+#include <gtest/gtest.h>
+
 #include <QImage>
 
 #include "filter/FFFilter.h"
@@ -16,6 +18,12 @@
 #include "support/TempDir.h"
 
 namespace trel::test {
+
+// Whether `text` holds `part`; a failure shows the whole text.
+inline ::testing::AssertionResult Has(const std::string& text, const std::string& part) {
+  if (text.find(part) != std::string::npos) return ::testing::AssertionSuccess();
+  return ::testing::AssertionFailure() << "no \"" << part << "\" in: " << text;
+}
 
 // Pixels that all differ.
 inline QImage PatternPicture(int width, int height, bool alpha) {
@@ -42,7 +50,8 @@ inline FFFilter SampleFilter(const std::string& rgbCode) {
 }
 
 // Compiles `f` into dir/out/ with the project's 16-bit template, or with the
-// template at `templatePath`, under the given options; "" if nothing was written.
+// template at `templatePath`, under the given options; "" (and a failure) if
+// nothing was written.
 inline std::string CompilePlugin(const TempDir& dir, FFFilter f, const std::string& templatePath = "",
                                  const CompileOptions& options = {}) {
   namespace fs = std::filesystem;
@@ -62,7 +71,9 @@ inline std::string CompilePlugin(const TempDir& dir, FFFilter f, const std::stri
   }
   Write8bf(f, out, false, false, env);
   const std::string name = out + f.filename.substr(0, f.filename.rfind('.')) + ".8bf";
-  return FileExists(name) ? name : std::string();
+  if (FileExists(name)) return name;
+  ADD_FAILURE() << "no plugin was compiled from " << f.filename;
+  return {};
 }
 
 // A picture box backed by a QImage of the given colour, as a window's box would be.

@@ -15,14 +15,8 @@ using namespace std::string_literals;
 // Fields a path or a plugin's message may hold that the old tab-and-line
 // framing could not carry.
 const std::string kAwkward[] = {
-    "",
-    "Z:\\home\\me\\Plugins\\a.8bf",
-    "Z:\\tmp\\line\nbreak\\b.8bf",
-    "tab\there and\rthere",
-    "100% sure, %41 is not A, nor is %",
-    "nul\0inside"s,
-    "\x7F\x01\x1F end",
-    "Z:\\Fotos\\Ünïcödé\\фильтр.8bf",
+    "", "Z:\\home\\me\\Plugins\\a.8bf", "Z:\\tmp\\line\nbreak\\b.8bf", "tab\there and\rthere",
+    "100% sure, %41 is not A, nor is %", "nul\0inside"s, "\x7F\x01\x1F end", "Z:\\Fotos\\Ünïcödé\\фильтр.8bf",
     "@@TREL\t1\tOK",
 };
 
@@ -80,23 +74,14 @@ TEST(HostProtocolTest, EscapesOnlyControlCharactersAndThePercentSign) {
 
 TEST(HostProtocolTest, ALineThatIsNotARequestExactlyIsNone) {
   const char* const notRequests[] = {
-      "",
-      "QUIT",                         // no id
-      "0\tQUIT",                      // ids start at 1
-      "01\tQUIT",                     // one way of writing a number only
-      "+1\tQUIT",
-      "4294967296\tQUIT",             // past 32 bits
-      "99999999999\tQUIT",
-      "1\tquit",
-      "1\tQUIT\textra",
-      "1\tPROBE",                     // field missing
-      "1\tPROBE\ta\tb",               // one too many
-      "1\tPROBE\ta%4",                // escape cut short
-      "1\tPROBE\ta%zz",
-      "1\tPROBE\ta\x01z",             // raw control character
-      "1\tRUN\tp\ti\to\tparams",      // truncated
-      "1\tRUN\tp\ti\to\tparams\t2",   // the dialog flag is 0 or 1
-      "1\tRUN\tp\ti\to\tparams\t1\t", // a trailing tab is one more field
+      "", "QUIT",  // no id
+      "0\tQUIT",  // ids start at 1
+      "01\tQUIT", "+1\tQUIT",  // one way of writing a number only
+      "4294967296\tQUIT", "99999999999\tQUIT",  // past 32 bits
+      "1\tquit", "1\tQUIT\textra", "1\tPROBE", "1\tPROBE\ta\tb",  // a field missing, one too many
+      "1\tPROBE\ta%4", "1\tPROBE\ta%zz", "1\tPROBE\ta\x01z",  // bad escapes, a raw control character
+      "1\tRUN\tp\ti\to\tparams", "1\tRUN\tp\ti\to\tparams\t2",  // truncated; the dialog flag is 0 or 1
+      "1\tRUN\tp\ti\to\tparams\t1\t",  // a trailing tab is one more field
       "1\tBOGUS\tp",
   };
   for (const char* line : notRequests) EXPECT_FALSE(ParseRequest(line)) << line;
@@ -109,24 +94,13 @@ TEST(HostProtocolTest, ALineThatIsNotARequestExactlyIsNone) {
 
 TEST(HostProtocolTest, ALineThatIsNotAnAnswerExactlyIsNone) {
   const char* const notAnswers[] = {
-      "@@TREL OK",                     // the old form
-      "@@TREL 3 OK",
+      "@@TREL OK", "@@TREL 3 OK",  // the old form
       "@@TREL\t3\tOK\tmore",
-      "@@TREL\t3\tER",                 // truncated at any point
-      "@@TREL\t3\tERR",
-      "@@TREL\t3\tERR\t4",
-      "@@TREL\t3\t",
-      "@@TREL\t3",
-      "@@TREL\t",
-      "@@TREL\t\tOK",
-      "@@TREL\t0\tOK",
-      "@@TREL\t3\tERR\t0\tzero is OK, not an error",
-      "@@TREL\t3\tERR\t-4\tx",
-      "@@TREL\t3\tERR\t2147483648\tx",
-      "@@TREL\t3\tERR\t4\tbad escape %",
-      "@@TREL\t3\tERR\t4\ttwo\ttexts",
-      "@@trel\t3\tOK",
-      "chatter",
+      // truncated at any point
+      "@@TREL\t3\tER", "@@TREL\t3\tERR", "@@TREL\t3\tERR\t4", "@@TREL\t3\t", "@@TREL\t3", "@@TREL\t",
+      "@@TREL\t\tOK", "@@TREL\t0\tOK", "@@TREL\t3\tERR\t0\tzero is OK, not an error", "@@TREL\t3\tERR\t-4\tx",
+      "@@TREL\t3\tERR\t2147483648\tx", "@@TREL\t3\tERR\t4\tbad escape %", "@@TREL\t3\tERR\t4\ttwo\ttexts",
+      "@@trel\t3\tOK", "chatter",
   };
   for (const char* line : notAnswers) EXPECT_FALSE(ParseAnswer(line)) << line;
 }

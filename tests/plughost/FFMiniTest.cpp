@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "../host/ff/FFTestSupport.h"
 #include "filter/Dispatch.h"
 #include "filter/FFL.h"
 #include "host/ff/FFEngine.h"
@@ -37,29 +38,9 @@ ImageRGBA8 Picture(int w, int h, bool alpha, uint32_t seed = 1) {
 // The engine on the code as the plugin sees it: at most a field's 1024 bytes.
 std::optional<ImageRGBA8> Engine(Code code, const ff::Controls& ctl, const ImageRGBA8& src) {
   for (std::string& text : code) text = text.substr(0, kFFMiniCodeSize);
-  ff::CompileError err;
-  const ff::CompiledFilter f = ff::CompileFilter(code, &err);
-  if (!f.valid()) return std::nullopt;
-  ImageRGBA8 out(src.width, src.height, src.hasAlpha);
-  ff::RenderOptions options;
-  options.threads = 1;
-  if (ff::RenderFilter(f, ctl, src.view(), out.view(), options) != ff::RenderStatus::Done) return std::nullopt;
-  return out;
+  return ff::test::EngineRender(code, ctl, src);
 }
-
-// The code strings as the plugin reads them: from 1024-byte fields.
-std::optional<ImageRGBA8> Mini(const Code& code, const ff::Controls& ctl, const ImageRGBA8& src) {
-  auto m = std::make_unique<FFMini>();
-  const char* texts[4];
-  for (int z = 0; z < 4; ++z) texts[z] = code[size_t(z)].c_str();
-  if (!FFMiniCompile(m.get(), texts)) return std::nullopt;
-  ImageRGBA8 out(src.width, src.height, src.hasAlpha);
-  const FFMiniPicture from{const_cast<uint8_t*>(src.pixels.data()), src.width, src.height, src.width * 4, 4};
-  const FFMiniPicture to{out.pixels.data(), out.width, out.height, out.width * 4, 4};
-  if (FFMiniRender(m.get(), ctl.data(), &from, src.hasAlpha, &to, nullptr, nullptr) != kFFMiniDone)
-    return std::nullopt;
-  return out;
-}
+using ff::test::MiniRender;
 
 // Both on several pictures (with and without alpha, odd sizes, one pixel)
 // and two sets of controls; a filter the engine refuses must be refused too.
@@ -69,7 +50,7 @@ void ExpectSame(const Code& code, const std::string& label) {
   const ff::Controls controls[] = {{0, 10, 20, 30, 40, 50, 60, 70}, {255, 3, 128, 128, 0, 255, 77, 1}};
   for (const ImageRGBA8& pic : pictures)
     for (const ff::Controls& ctl : controls) {
-      const auto engine = Engine(code, ctl, pic), mini = Mini(code, ctl, pic);
+      const auto engine = Engine(code, ctl, pic), mini = MiniRender(code, ctl, pic);
       ASSERT_EQ(engine.has_value(), mini.has_value()) << label << ": only one of them accepts it";
       if (!engine) return;
       ASSERT_EQ(engine->pixels, mini->pixels)
@@ -193,7 +174,7 @@ TEST(FFMini, RandomTextIsAcceptedAndRunLikeTheEngine) {
     for (int k = 0; k < len; ++k) text += pieces[gen() % std::size(pieces)];
     const ImageRGBA8 pic = Picture(6, 5, n % 2 == 0, uint32_t(n));
     const Code code{text, text, "b", "a"};
-    const auto engine = Engine(code, {1, 2, 3, 4, 5, 6, 7, 8}, pic), mini = Mini(code, {1, 2, 3, 4, 5, 6, 7, 8}, pic);
+    const auto engine = Engine(code, {1, 2, 3, 4, 5, 6, 7, 8}, pic), mini = MiniRender(code, {1, 2, 3, 4, 5, 6, 7, 8}, pic);
     ASSERT_EQ(engine.has_value(), mini.has_value()) << text;
     if (engine) {
       ++accepted;

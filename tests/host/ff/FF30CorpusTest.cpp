@@ -23,7 +23,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <memory>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -31,7 +30,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include "FFMini.h"
 #include "FFTestSupport.h"
 #include "filter/CodeRewrite.h"
 #include "host/ff/FFEngine.h"
@@ -62,12 +60,6 @@ struct Corpus {
   std::string problem;  // why it could not be read
 };
 
-std::optional<std::vector<uint8_t>> ReadFile(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return std::nullopt;
-  return std::vector<uint8_t>(std::istreambuf_iterator<char>(in), {});
-}
-
 uint32_t Le(const std::vector<uint8_t>& b, size_t at, int bytes) {
   uint32_t v = 0;
   for (int k = bytes - 1; k >= 0; --k) v = v << 8 | b[at + size_t(k)];
@@ -97,17 +89,13 @@ std::optional<ImageRGBA8> ReadBmp24(const std::vector<uint8_t>& b) {
 }
 
 std::vector<uint8_t> Base64(const std::string& text) {
+  static const std::string digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
   std::vector<uint8_t> out;
   uint32_t acc = 0;
   int bits = 0;
   for (char ch : text) {
-    int v = ch >= 'A' && ch <= 'Z' ? ch - 'A'
-            : ch >= 'a' && ch <= 'z' ? ch - 'a' + 26
-            : ch >= '0' && ch <= '9' ? ch - '0' + 52
-            : ch == '+' ? 62
-            : ch == '/' ? 63
-                        : -1;
-    if (v < 0) continue;
+    const size_t v = digits.find(ch);
+    if (v == std::string::npos) continue;
     acc = acc << 6 | uint32_t(v);
     bits += 6;
     if (bits >= 8) {
@@ -118,22 +106,17 @@ std::vector<uint8_t> Base64(const std::string& text) {
   return out;
 }
 
-fs::path CorpusDir() {
-  if (const char* env = std::getenv("TREL_FF30_DIR"); env && *env) return env;
-  return TREL_FF30_DIR;
-}
-
 const Corpus& LoadCorpus() {
   static const Corpus corpus = [] {
     Corpus c;
-    const fs::path dir = CorpusDir();
-    const auto bmp = ReadFile(dir / "in.bmp");
-    std::ifstream lines(dir / "cases.jsonl");
+    const char* env = std::getenv("TREL_FF30_DIR");
+    const fs::path dir = env && *env ? env : TREL_FF30_DIR;
+    std::ifstream bmp(dir / "in.bmp", std::ios::binary), lines(dir / "cases.jsonl");
     if (!bmp || !lines) {
       c.problem = "no Filter Factory 3.0 corpus at " + dir.string();
       return c;
     }
-    auto picture = ReadBmp24(*bmp);
+    auto picture = ReadBmp24(std::vector<uint8_t>(std::istreambuf_iterator<char>(bmp), {}));
     if (!picture) {
       c.problem = (dir / "in.bmp").string() + " is not a 24-bit BMP";
       return c;
@@ -165,18 +148,13 @@ const Corpus& LoadCorpus() {
   return corpus;
 }
 
-// Where the original's value is not defined: bit (y * width + x) * 4 + z.
-class Undefined {
- public:
-  Undefined(int w, int h) : w_(w), h_(h), bits_(size_t(w) * size_t(h) * 4, false) {}
-  void Set(int x, int y, int z) { bits_[(size_t(y) * size_t(w_) + size_t(x)) * 4 + size_t(z)] = true; }
-  bool operator()(int x, int y, int z) const { return bits_[(size_t(y) * size_t(w_) + size_t(x)) * 4 + size_t(z)]; }
-  int width() const { return w_; }
-  int height() const { return h_; }
-
- private:
-  int w_, h_;
-  std::vector<bool> bits_;
+// Where the original's value is not defined.
+struct Undefined {
+  int width, height;
+  std::vector<bool> bits = std::vector<bool>(size_t(width) * size_t(height) * 4);
+  std::vector<bool>::reference operator()(int x, int y, int z) {
+    return bits[(size_t(y) * size_t(width) + size_t(x)) * 4 + size_t(z)];
+  }
 };
 
 // The tree walk of the language (as EvaluateTree does it), noting whether a
@@ -222,9 +200,9 @@ Channels Prepare(const Case& k) {
   return c;
 }
 
-// The tree evaluator over the picture, in the language's order, with the
+// The tree evaluator over the picture, in the language's order, noting the
 // undefined pixels it met.
-ImageRGBA8 TreeRender(const Code& code, const Controls& ctl, const ImageRGBA8& src, Undefined* undefined) {
+ImageRGBA8 TreeRender(const Code& code, const Controls& ctl, const ImageRGBA8& src, Undefined& undefined) {
   Ast asts[4];
   for (int z = 0; z < 4; ++z) asts[z] = MustParse(code[size_t(z)]);
   ImageRGBA8 out(src.width, src.height, src.hasAlpha);
@@ -236,43 +214,12 @@ ImageRGBA8 TreeRender(const Code& code, const Controls& ctl, const ImageRGBA8& s
       p[3] = 255;
       for (env.z = 0; env.z < env.channels; ++env.z) {
         env.x = x;
-        int32_t v;
-        if (undefined) {
-          bool u = false;
-          v = WalkNoting(asts[env.z], asts[env.z].root, env, u);
-          if (u) undefined->Set(x, env.y, env.z);
-        } else {
-          v = EvaluateTree(asts[env.z], asts[env.z].root, env);
-        }
+        bool u = false;
+        const int32_t v = WalkNoting(asts[env.z], asts[env.z].root, env, u);
+        if (u) undefined(x, env.y, env.z) = true;
         p[env.z] = uint8_t(v < 0 ? 0 : (v > 255 ? 255 : v));
       }
     }
-  return out;
-}
-
-std::optional<ImageRGBA8> EngineRender(const Code& code, const Controls& ctl, const ImageRGBA8& src, int threads) {
-  CompileError err;
-  const CompiledFilter f = CompileFilter(code, &err);
-  EXPECT_TRUE(f.valid()) << err.message;
-  if (!f.valid()) return std::nullopt;
-  ImageRGBA8 out(src.width, src.height, src.hasAlpha);
-  RenderOptions options;
-  options.threads = threads;
-  if (RenderFilter(f, ctl, src.view(), out.view(), options) != RenderStatus::Done) return std::nullopt;
-  return out;
-}
-
-std::optional<ImageRGBA8> MiniRender(const Code& code, const Controls& ctl, const ImageRGBA8& src) {
-  auto m = std::make_unique<FFMini>();
-  const char* texts[4];
-  for (int z = 0; z < 4; ++z) texts[z] = code[size_t(z)].c_str();
-  EXPECT_TRUE(FFMiniCompile(m.get(), texts)) << "channel " << m->errorChannel << " at " << m->errorPosition;
-  if (m->errorChannel >= 0) return std::nullopt;
-  ImageRGBA8 out(src.width, src.height, src.hasAlpha);
-  const FFMiniPicture from{const_cast<uint8_t*>(src.pixels.data()), src.width, src.height, src.width * 4, 4};
-  const FFMiniPicture to{out.pixels.data(), out.width, out.height, out.width * 4, 4};
-  if (FFMiniRender(m.get(), ctl.data(), &from, src.hasAlpha, &to, nullptr, nullptr) != kFFMiniDone)
-    return std::nullopt;
   return out;
 }
 
@@ -285,7 +232,7 @@ std::string Describe(const Case& k) {
 }
 
 // The first compared pixel where `got` differs from the original, as text.
-std::optional<std::string> FirstDifference(const Case& k, const Channels& c, const Undefined& undefined,
+std::optional<std::string> FirstDifference(const Case& k, const Channels& c, Undefined& undefined,
                                            const ImageRGBA8& got) {
   for (int y = 0; y < got.height; ++y)
     for (int x = 0; x < got.width; ++x)
@@ -316,25 +263,26 @@ TEST_F(FF30Corpus, EveryEvaluatorGivesTheOriginalsBytes) {
   int failures = 0, kept = 0, refused = 0, undefinedCount = 0, compared = 0;
   for (const Case& k : corpus.cases) {
     const Channels c = Prepare(k);
-    Undefined undefined(corpus.picture.width, corpus.picture.height);
-    const ImageRGBA8 tree = TreeRender(c.run, k.ctl, corpus.picture, &undefined);
+    Undefined undefined{corpus.picture.width, corpus.picture.height};
+    const ImageRGBA8 tree = TreeRender(c.run, k.ctl, corpus.picture, undefined);
     for (int z = 0; z < 3; ++z) {
       kept += c.kept[size_t(z)];
       refused += c.refused[size_t(z)];
       if (std::getenv("TREL_FF30_VERBOSE") && (c.kept[size_t(z)] || c.refused[size_t(z)]))
         std::cout << "case " << k.index << " " << "RGB"[z] << (c.kept[size_t(z)] ? " kept: " : " refused: ")
                   << c.why[size_t(z)] << "\n    " << k.code[size_t(z)] << "\n";
-      for (int y = 0; y < undefined.height(); ++y)
-        for (int x = 0; x < undefined.width(); ++x) {
-          if (c.kept[size_t(z)]) continue;
-          if (undefined(x, y, z)) ++undefinedCount;
-          else ++compared;
-        }
+      if (!c.kept[size_t(z)])
+        for (int y = 0; y < undefined.height; ++y)
+          for (int x = 0; x < undefined.width; ++x) ++(undefined(x, y, z) ? undefinedCount : compared);
     }
-    const ImageRGBA8 plainTree = TreeRender(c.run, k.ctl, corpus.picture, nullptr);
+    const ImageRGBA8 plainTree = ReferenceRender(c.run, k.ctl, corpus.picture);
     const auto engine1 = EngineRender(c.run, k.ctl, corpus.picture, 1);
     const auto engineAll = EngineRender(c.run, k.ctl, corpus.picture, 4);
     const auto mini = MiniRender(c.run, k.ctl, corpus.picture);
+    if (!engine1 || !engineAll || !mini) {
+      ADD_FAILURE() << Describe(k) << "\n  the engine or the templates' interpreter refused it";
+      ++failures;
+    }
     const std::pair<const char*, const ImageRGBA8*> runs[] = {
         {"the tree evaluator", &plainTree},
         {"the tree walk that notes undefined reads", &tree},
@@ -366,12 +314,6 @@ TEST_F(FF30Corpus, EveryEvaluatorGivesTheOriginalsBytes) {
             << " undefined in the original, " << kept << " channels kept as Trel's extensions, " << refused
             << " refused by both\n";
 }
-
-}  // namespace
-}  // namespace trel::ff::test
-
-namespace trel::ff::test {
-namespace {
 
 // Two filters people wrote that depend on measured behaviour, written out by
 // hand: a displacement by a logical shift (a negative difference becomes a
@@ -408,15 +350,13 @@ TEST(FF30Behaviour, FiltersThatDependOnTheMeasuredRulesRenderAsTheOriginal) {
   const std::pair<Code, const ImageRGBA8*> filters[] = {{{shift, shift, shift, "a"}, &shifted},
                                                         {{alpha, "g", "b", "a"}, &unchanged}};
   for (const auto& [code, want] : filters) {
-    EXPECT_EQ(TreeRender(code, ctl, src, nullptr).pixels, want->pixels) << code[0];
-    for (int threads : {1, 4}) {
-      const auto engine = EngineRender(code, ctl, src, threads);
-      ASSERT_TRUE(engine) << code[0];
-      EXPECT_EQ(engine->pixels, want->pixels) << code[0];
+    EXPECT_EQ(ReferenceRender(code, ctl, src).pixels, want->pixels) << code[0];
+    // The engine on one thread and on four, then the templates' interpreter.
+    for (const auto& got :
+         {EngineRender(code, ctl, src, 1), EngineRender(code, ctl, src, 4), MiniRender(code, ctl, src)}) {
+      ASSERT_TRUE(got) << code[0];
+      EXPECT_EQ(got->pixels, want->pixels) << code[0];
     }
-    const auto mini = MiniRender(code, ctl, src);
-    ASSERT_TRUE(mini) << code[0];
-    EXPECT_EQ(mini->pixels, want->pixels) << code[0];
   }
 }
 

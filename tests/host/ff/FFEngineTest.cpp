@@ -23,6 +23,10 @@ ImageRGBA8 Render(const std::array<std::string, 4>& code, const ImageRGBA8& src,
   return out;
 }
 
+std::string Show(const std::array<std::string, 4>& code) {
+  return code[0] + " | " + code[1] + " | " + code[2] + " | " + code[3];
+}
+
 std::vector<int> Px(const ImageRGBA8& img, int x, int y) {
   const uint8_t* p = img.at(x, y);
   return {p[0], p[1], p[2], p[3]};
@@ -143,36 +147,20 @@ TEST(FFRender, ReportsProgressAndStopsWhenCancelled) {
   EXPECT_EQ(part.at(0, 3)[0], 0);
 }
 
-TEST(FFRender, ParallelRowsEqualTheSequentialOrder) {
-  ImageRGBA8 src = PatternImage(300, 61, true);  // wider than one block of pixels
-  // Neighbours read as runs of a row, across block and picture edges, and
-  // channels that share one formula.
+// Rows split among any number of threads, on pictures wider than two blocks
+// of pixels with a part block at the end, with and without alpha, equal the
+// tree walker: neighbours read as runs of a row across block and picture
+// edges, channels that share one formula, and the shapes the machine has fast
+// paths for.
+TEST(FFRender, RowsOnAnyNumberOfThreadsEqualTheTreeWalker) {
   const std::array<std::string, 4> codes[] = {
+      // First those that run in parallel with alpha.
       {"cnv(0,-1,0,-1,5,-1,0,-1,0,1)", "rad(d+ctl(0),m,z)", "scl(i,0,255,ctl(0),ctl(1))",
        "mix(a,255-a,x,X)"},
       {"src(x-1,y,z)/2+src(x+1,y,z)/2", "src(x+299,y-70,0) + src(2+x,y,3)",
        "cnv(1,2,3,4,5,6,7,8,9,ctl(2))", "cnv(0,-1,0,-1,5,-1,0,-1,0,ctl(3))"},
       {"(r+g+b)/3", "(r+g+b)/3", "(r+g+b)/3", "(r+g+b)/3 + x"},
       {"mix(r,255-r,ctl(0),255)", "mix(r,255-r,ctl(0),255)", "c", "mix(r,255-r,ctl(0),255)"},
-  };
-  const Controls ctl{30, 200, 7, 0, 0, 0, 0, 0};
-  for (const auto& code : codes) {
-    ASSERT_TRUE(MustCompile(code).parallel(true)) << code[0];
-    ImageRGBA8 reference = ReferenceRender(code, ctl, src);
-    for (int threads : {1, 2, 3, 8})
-      EXPECT_EQ(Render(code, src, ctl, threads).pixels, reference.pixels) << code[0] << " " << threads;
-  }
-  EXPECT_FALSE(MustCompile({"r", "g", "b", "rnd(0,1)"}).parallel(true));
-  EXPECT_TRUE(MustCompile({"r", "g", "b", "rnd(0,1)"}).parallel(false));
-  EXPECT_TRUE(MustCompile({"get(1)", "g", "b", "a"}).parallel(true));
-  EXPECT_TRUE(MustCompile({"r", "rst(1)", "b", "a"}).parallel(false));  // rst acts on nothing
-}
-
-// The shapes the machine has fast paths for, on pictures wider than two
-// blocks of pixels with a part block at the end, with and without alpha, on
-// one thread and on two.
-TEST(FFRender, CommonShapesAcrossBlockEdgesEqualTheTreeWalker) {
-  const std::array<std::string, 4> codes[] = {
       {"r", "g", "b", "a"},  // every channel left as it is
       {"c", "c", "c", "c"},
       {"b", "g", "r", "a"},
@@ -189,17 +177,21 @@ TEST(FFRender, CommonShapesAcrossBlockEdgesEqualTheTreeWalker) {
       {"c2d(x * 1000003 - 2147483647, y - 3) + 300", "c2m(x * 5000011, y * 40000000 - 1) & 255",
        "c2m(x - 258, (-2147483647 - 1) + y) >> 23", "c2d((-2147483647 - 1) * (x & 1), x - 2) + 600"},
   };
-  const Controls ctl{37, 200, 0, 0, 0, 0, 0, 0};
+  for (size_t k = 0; k < 4; ++k) ASSERT_TRUE(MustCompile(codes[k]).parallel(true)) << codes[k][0];
+  const Controls ctl{37, 200, 7, 0, 0, 0, 0, 0};
   for (bool alpha : {false, true}) {
-    const ImageRGBA8 src = PatternImage(517, 5, alpha);
+    const ImageRGBA8 src = PatternImage(517, 61, alpha);
     for (const auto& code : codes) {
       const ImageRGBA8 reference = ReferenceRender(code, ctl, src);
-      for (int threads : {1, 2})
+      for (int threads : {1, 2, 3, 8})
         EXPECT_EQ(Render(code, src, ctl, threads).pixels, reference.pixels)
-            << code[0] << " | " << code[1] << " | " << code[2] << " | " << code[3] << ", alpha " << alpha
-            << ", " << threads << " threads";
+            << Show(code) << ", alpha " << alpha << ", " << threads << " threads";
     }
   }
+  EXPECT_FALSE(MustCompile({"r", "g", "b", "rnd(0,1)"}).parallel(true));
+  EXPECT_TRUE(MustCompile({"r", "g", "b", "rnd(0,1)"}).parallel(false));
+  EXPECT_TRUE(MustCompile({"get(1)", "g", "b", "a"}).parallel(true));
+  EXPECT_TRUE(MustCompile({"r", "rst(1)", "b", "a"}).parallel(false));  // rst acts on nothing
 }
 
 // Without put, rnd's numbers are drawn ahead for a block of pixels and put
@@ -218,7 +210,7 @@ TEST(FFRender, RandomNumbersDrawnAheadKeepThePixelOrder) {
     for (const auto& code : codes) {
       ASSERT_FALSE(MustCompile(code).parallel(alpha)) << code[0];
       EXPECT_EQ(Render(code, src, ctl).pixels, ReferenceRender(code, ctl, src).pixels)
-          << code[0] << " | " << code[1] << " | " << code[2] << " | " << code[3] << ", alpha " << alpha;
+          << Show(code) << ", alpha " << alpha;
     }
   }
 }
@@ -319,7 +311,7 @@ TEST(FFRender, RandomFormulasMatchTheTreeWalker) {
     for (int32_t& v : ctl) v = int32_t(gen() % 256);
     const ImageRGBA8& src = pictures[round % 4 < 2 ? 0 : 1];
     ASSERT_EQ(Render(code, src, ctl).pixels, ReferenceRender(code, ctl, src).pixels)
-        << code[0] << "\n" << code[1] << "\n" << code[2] << "\n" << code[3];
+        << Show(code);
   }
 }
 

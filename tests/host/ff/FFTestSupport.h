@@ -6,9 +6,12 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "FFMini.h"
 #include "host/ff/FFEngine.h"
 #include "host/ff/FFImage.h"
 #include "host/ff/FFMachine.h"
@@ -114,6 +117,32 @@ inline ImageRGBA8 ReferenceRender(const std::array<std::string, 4>& code, const 
         p[env.z] = uint8_t(v < 0 ? 0 : (v > 255 ? 255 : v));
       }
     }
+  return out;
+}
+
+// The engine's picture; nothing when it refuses the code or stops.
+inline std::optional<ImageRGBA8> EngineRender(const std::array<std::string, 4>& code, const Controls& ctl,
+                                              const ImageRGBA8& src, int threads = 1) {
+  const CompiledFilter f = CompileFilter(code, nullptr);
+  ImageRGBA8 out(src.width, src.height, src.hasAlpha);
+  RenderOptions options;
+  options.threads = threads;
+  if (!f.valid() || RenderFilter(f, ctl, src.view(), out.view(), options) != RenderStatus::Done) return std::nullopt;
+  return out;
+}
+
+// The same by the small templates' interpreter.
+inline std::optional<ImageRGBA8> MiniRender(const std::array<std::string, 4>& code, const Controls& ctl,
+                                            const ImageRGBA8& src) {
+  auto m = std::make_unique<FFMini>();
+  const char* texts[4];
+  for (int z = 0; z < 4; ++z) texts[z] = code[size_t(z)].c_str();
+  if (!FFMiniCompile(m.get(), texts)) return std::nullopt;
+  ImageRGBA8 out(src.width, src.height, src.hasAlpha);
+  const FFMiniPicture from{const_cast<uint8_t*>(src.pixels.data()), src.width, src.height, src.width * 4, 4};
+  const FFMiniPicture to{out.pixels.data(), out.width, out.height, out.width * 4, 4};
+  if (FFMiniRender(m.get(), ctl.data(), &from, src.hasAlpha, &to, nullptr, nullptr) != kFFMiniDone)
+    return std::nullopt;
   return out;
 }
 
