@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 // A fresh scratch folder inside `folder`, so that moving its files into
 // `folder` is a rename on one file system.
 bool MakeStage(const std::string& folder, std::string& stage) {
-  static std::mt19937 random{std::random_device{}()};
+  thread_local std::mt19937 random{std::random_device{}()};
   for (int attempt = 0; attempt < 16; ++attempt) {
     stage = folder + ".trel-stage-" + std::to_string(random() % 1000000000u) + kPathSeparator;
     std::error_code ec;

@@ -190,9 +190,20 @@ TEST_F(FileCommandsTest, TheConvertDialogEnablesByFormatAndWritesIntoThePassiveP
   windowDialog->SetFormat(OutputFormat::TXT);
   dialogs->folders = {"="};
   windowDialog->accept();
+  EXPECT_FALSE(window->commandButton(0)->isEnabled());  // one conversion at a time
+  ASSERT_TRUE(QTest::qWaitFor([&] { return window->commandButton(0)->isEnabled(); }, 20000));
   std::string written;
   for (const auto& entry : fs::directory_iterator(right.path())) written += entry.path().filename().string() + " ";
   EXPECT_EQ(written, "Warm.txt ") << Said();
+
+  // Again: the Overwrite question comes on the window's thread; Skip keeps the file.
+  right.Write("Warm.txt", "kept");
+  dialogs->folders = {"="};
+  dialogs->overwrite = {kOverwriteSkip};
+  windowDialog->accept();
+  ASSERT_TRUE(QTest::qWaitFor([&] { return window->commandButton(0)->isEnabled(); }, 20000));
+  ASSERT_EQ(dialogs->overwriteAsked.size(), 1u) << Said();
+  EXPECT_EQ(right.Read("Warm.txt"), "kept");
 }
 
 

@@ -15,6 +15,7 @@
 #include "shell/window/CommandGroups.h"
 #include "shell/fflview/FflViewController.h"
 #include "shell/dialogs/ConvertDialog.h"
+#include "shell/commander/ConvertJob.h"
 #include "shell/commander/FileCommander.h"
 #include "shell/pane/FilePane.h"
 #include "shell/window/MainWindow.h"
@@ -30,7 +31,8 @@ constexpr int kCompileOptionsPage = 1;  // "FF/TF"
 const char* kFormats[6] = {"Photoshop FF Plugin", "Premiere FF Plugin", "Premiere TF Plugin",
                            "AFS File",            "PFF File",           "Text File"};
 
-// The core's messages, progress and Esc, answered by the window.
+// The messages of a conversion, answered by the window; the job asks them
+// on the window's thread.
 class WindowHooks : public UserMessages {
  public:
   WindowHooks(MainWindow& window, UserMessages& messages) : window_(window), messages_(messages) {}
@@ -40,14 +42,6 @@ class WindowHooks : public UserMessages {
   void ErrorMessage(const std::string& description) override { messages_.ErrorMessage(description); }
   bool ErrorMessage2(const std::string& description) override { return messages_.ErrorMessage2(description); }
   void RefreshActivePane() override { window_.RefreshFile1(window_.ActivePane()); }
-  void StatusDisplay(const std::string& text) override {
-    window_.label3()->setText(QString::fromStdString(text));
-    window_.label3()->repaint();
-  }
-  bool EscapePressed() override {
-    QApplication::processEvents();
-    return window_.EscapeFlag().load();
-  }
 
  private:
   MainWindow& window_;
@@ -128,6 +122,7 @@ namespace {
 // Runs the conversion the dialog describes; the dialog's clipboard box shows
 // what the run leaves.
 void RunConvert(MainWindow& window, ConvertDialog& dialog) {
+  if (!window.IsCommandAllowed("cmdConvert")) return;  // a conversion is running
   FileCommander* files = FileCommander::Of(window);
   const int active = window.ActivePane();
   FilePane* p = window.pane(active);
@@ -157,27 +152,37 @@ void RunConvert(MainWindow& window, ConvertDialog& dialog) {
   }
   const int passive = active ^ 1;
   request.targetFolder = WithTrailingSeparator(window.pane(passive)->folder());
-  FilterEnv env;
-  WindowHooks hooks(window, files->messages());
-  env.shell = &hooks;
-  env.options.noFFOptimize = window.prefs().noFFOptimize == 1;
-  env.options.writeFFL10 = window.prefs().ffl10 == 1;
-  env.options.macFFAdaption = dialog.macAdaption();
-  env.options.useFilterNameAsFileName = dialog.nameFromTitle();
-  env.options.programFolder = window.programFolder();
+  FilterOptions options;
+  options.noFFOptimize = window.prefs().noFFOptimize == 1;
+  options.writeFFL10 = window.prefs().ffl10 == 1;
+  options.macFFAdaption = dialog.macAdaption();
+  options.useFilterNameAsFileName = dialog.nameFromTitle();
+  options.programFolder = window.programFolder();
   window.EscapeFlag() = false;
   QApplication::setOverrideCursor(Qt::WaitCursor);
   files->OverwriteCheck("", "");
-  const ConvertReport report = cmd_Convert(window.filter(), request, *files, env);
-  files->OverwriteCheck("", "");
-  QApplication::restoreOverrideCursor();
-  dialog.SetUseClipboard(report.clipboardOptionOn);
-  window.RefreshFile1C(active);
-  window.StatusDisplayClear();
-  if (window.pane(passive)->paneView() == FilePane::kPluginView) {
-    window.ClearPluginViewFresh(passive);
-    window.SSTab1_Click(passive);
-  }
+  // The hooks live as long as the job's connection to its end.
+  auto hooks = std::make_shared<WindowHooks>(window, files->messages());
+  auto* job = new ConvertJob(window.filter(), std::move(request), options, *hooks, *files, window.EscapeFlag(),
+                             &dialog);
+  window.SetCommandAvailable("cmdConvert", false);  // one conversion at a time
+  QObject::connect(job, &ConvertJob::statusChanged, &window,
+                   [&window](const QString& text) { window.label3()->setText(text); });
+  QObject::connect(job, &ConvertJob::finished, &window, [&window, &dialog, files, job, hooks, active, passive] {
+    job->deleteLater();
+    window.filter() = std::move(job->filter());
+    files->OverwriteCheck("", "");
+    QApplication::restoreOverrideCursor();
+    window.SetCommandAvailable("cmdConvert", true);
+    dialog.SetUseClipboard(job->report().clipboardOptionOn);
+    window.RefreshFile1C(active);
+    window.StatusDisplayClear();
+    if (window.pane(passive)->paneView() == FilePane::kPluginView) {
+      window.ClearPluginViewFresh(passive);
+      window.SSTab1_Click(passive);
+    }
+  });
+  job->Start();
 }
 
 }  // namespace

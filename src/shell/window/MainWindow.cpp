@@ -181,8 +181,10 @@ void MainWindow::AddToCommands(QAction* action) { commands_.insert(action->objec
 
 void MainWindow::SetCommandAvailable(const QString& objectName, bool available) {
   built_.insert(objectName, available);
-  if (QAction* action = commands_.value(objectName))
-    action->setEnabled(available && AllowedInView(objectName, pane(activePane_)->paneView()));
+  const bool allowed = available && AllowedInView(objectName, pane(activePane_)->paneView());
+  if (QAction* action = commands_.value(objectName)) action->setEnabled(allowed);
+  for (size_t i = 0; i < commandButtons_.size(); ++i)
+    if (objectName == kButtonCommands[i] && commandButtons_[i]) commandButtons_[i]->setEnabled(allowed);
 }
 
 bool MainWindow::IsCommandAllowed(const QString& objectName) const {

@@ -29,13 +29,14 @@ class WorkerMessages : public UserMessages {
   // box is shown.
   void Abandon();
 
- private:
-  struct Channel;
+ protected:
   // Runs `call` on the window's thread and waits for it, or until the work is
   // abandoned. The call owns what it touches: a box still open when its job
   // is given up writes its answer into nothing that has gone.
   void OnUiThread(std::function<void()> call);
 
+ private:
+  struct Channel;
   QObject* context_;
   UserMessages& ui_;
   std::atomic<bool>& escape_;
