@@ -7,14 +7,13 @@
 #include <optional>
 
 #include "ShellTesting.h"
+#include "catalogue/CatalogueTesting.h"
 #include "catalogue/EnableState.h"
 #include "catalogue/PluginIdentification.h"
 #include "filter/TextFormats.h"
-#include "shell/dialogs/CategoryDialog.h"
 #include "shell/dialogs/PluginListDialog.h"
 #include "shell/pluginview/PluginViewController.h"
 #include "shell/pluginview/PluginViewPage.h"
-#include "support/PeBuilder.h"
 
 namespace trel {
 namespace {
@@ -37,11 +36,7 @@ class PluginViewTest : public ::testing::Test {
     files.Write("ff.8bf", test::BuildPeWithTextAt({test::Pipl({"FF Cat", "FF One"})}, {.fileSize = 57344}, "FF Cat", 31064));
     files.Write("broken.8bf", std::string(700, '\x11'));
     files.Write("notes.doc", "words");
-    FFFilter glow;
-    glow.filename = "glow.afs";
-    glow.category = "Lights";
-    glow.title = "Glow";
-    glow.codeR = glow.codeG = glow.codeB = glow.codeA = "r";
+    FFFilter glow = test::SourceFilter("glow.afs", "Lights");
     Writeafspff(glow, files.path(), 0, env);
     fs::create_directory(files.file("sub"));
     files.Write("sub/deep.8bf", test::PiplPlugin("Deep", "Down"));
@@ -334,11 +329,7 @@ TEST_F(PluginViewTest, ThePluginListGoesToATextFileACsvFileOrTheClipboard) {
   EXPECT_EQ(LastBox(), "Please select one or more plugin files.");
 }
 
-TEST(PluginViewDialogs, CategoryAndListDialogsReportTheirChoice) {
-  CategoryDialog form3({"Blur", "Noise"});
-  form3.combo()->setCurrentIndex(1);
-  EXPECT_EQ(form3.text(), "Noise");
-
+TEST(PluginViewDialogs, TheListDialogsBoxesMakeTheChoice) {
   PluginListDialog form4;
   form4.box("Check7")->setChecked(true);
   EXPECT_FALSE(form4.fileName()->isEnabled());
