@@ -176,6 +176,10 @@ TEST_F(FileCommandsTest, TheConvertDialogWritesIntoThePassivePane) {
   ASSERT_NE(windowDialog, nullptr);
   windowDialog->SetFormat(OutputFormat::TXT);
   dialogs->folders = {"="};
+  int opened = 0;
+  QObject::connect(window->command("cmdConvertDialog"), &QAction::triggered, [&] { ++opened; });
+  window->commandButton(0)->click();  // the command row's Convert opens the dialog
+  EXPECT_EQ(opened, 1);
   windowDialog->accept();
   EXPECT_FALSE(window->commandButton(0)->isEnabled());  // one conversion at a time
   ASSERT_TRUE(QTest::qWaitFor([&] { return window->commandButton(0)->isEnabled(); }, 20000));

@@ -199,6 +199,7 @@ void InstallConvertCommands(MainWindow& window) {
   window.addAction(open);
   window.AddToCommands(open);
   QObject::connect(open, &QAction::triggered, &window, [dialog] { TheDialogs().Open(*dialog); });
+  window.SetCommandAvailable("cmdConvertDialog", true);
   window.SetCommandAvailable("cmdConvert", true);
 }
 
