@@ -70,13 +70,8 @@ FFEditorType1* MainWindow::FFEditor(bool create) {
 
 void InstallEditorCommands(MainWindow& window) {
   // The editor has no menu bar of its own; the main window's View menu brings it back.
-  QAction* anchor = window.command("mnuPluginPreview");
-  QMenu* view = anchor ? qobject_cast<QMenu*>(anchor->parent()) : nullptr;
-  if (!view) return;
-  QAction* ffe = view->addAction("FF &Editor");
-  ffe->setObjectName("mnuFFE");
-  ffe->setShortcut(QKeySequence("Ctrl+E"));
-  QObject::connect(ffe, &QAction::triggered, &window, [&window] {
+  window.SetCommandAvailable("mnuFFE", true);
+  QObject::connect(window.command("mnuFFE"), &QAction::triggered, &window, [&window] {
     QApplication::setOverrideCursor(Qt::WaitCursor);
     FFEditorType1* editor = window.FFEditor(false);
     if (editor && editor->isVisible()) {

@@ -279,6 +279,7 @@ void MainWindow::BuildMenus() {
   AddCommand(view, "mnuClearCache", "Clear Cac&he...", false);
   AddCommand(view, "mnuFilterDownload", "Filter &Download...", false);
   AddCommand(view, "mnuPicView", "Picture &Editor", false, {QKeySequence("Ctrl+Shift+E")});
+  AddCommand(view, "mnuFFE", "FF &Editor", false, {QKeySequence("Ctrl+E")});
 
   folderMenu_ = bar->addMenu("F&olders");
   folderMenu_->setObjectName("mnuFolders");
