@@ -1,7 +1,5 @@
 #include "shell/commander/ConvertJob.h"
 
-#include <QThread>
-
 #include "shell/window/WorkerMessages.h"
 
 namespace trel {
@@ -41,28 +39,19 @@ ConvertJob::ConvertJob(FFFilter filter, ConvertRequest request, FilterOptions op
       messages_(std::make_unique<Messages>(this, ui, overwrite, escape)) {}
 
 ConvertJob::~ConvertJob() {
-  if (!worker_) return;
+  if (!worker_.running()) return;
   stop_.store(true);
   messages_->Abandon();
-  worker_->wait();
-  delete worker_;
+  worker_.Join();
 }
 
 void ConvertJob::Start() {
-  worker_ = QThread::create([this] {
+  worker_.Start(this, "Convert", [this] {
     FilterEnv env;
     env.options = options_;
     env.shell = messages_.get();
     report_ = cmd_Convert(filter_, request_, *messages_, env);
-  });
-  worker_->setObjectName("Convert");
-  connect(worker_, &QThread::finished, this, [this] {
-    worker_->wait();
-    delete worker_;
-    worker_ = nullptr;
-    emit finished();
-  });
-  worker_->start();
+  }, [this] { emit finished(); });
 }
 
 }  // namespace trel

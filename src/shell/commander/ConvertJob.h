@@ -14,8 +14,7 @@
 #include "filter/FFFilter.h"
 #include "filter/FilterEnv.h"
 #include "front/UserMessages.h"
-
-class QThread;
+#include "shell/window/WorkerThread.h"
 
 namespace trel {
 
@@ -45,8 +44,8 @@ class ConvertJob : public QObject {
   FilterOptions options_;
   std::atomic<bool> stop_{false};
   std::unique_ptr<Messages> messages_;
-  QThread* worker_ = nullptr;
   ConvertReport report_;
+  WorkerThread worker_;  // last: joined before the rest goes
 };
 
 }  // namespace trel

@@ -5,7 +5,6 @@
 #include <QKeyEvent>
 #include <QMutex>
 #include <QPointer>
-#include <QThread>
 
 #include "catalogue/ScanCache.h"
 
@@ -65,11 +64,10 @@ PluginScanJob::PluginScanJob(PluginScanRequest request, UserMessages& ui, std::a
 
 PluginScanJob::~PluginScanJob() {
   if (escapeWatcher_) qApp->removeEventFilter(escapeWatcher_.get());
-  if (!worker_) return;
+  if (!worker_.running()) return;
   stop_.store(true);
   messages_->Abandon();
-  worker_->wait();
-  delete worker_;
+  worker_.Join();
 }
 
 void PluginScanJob::Publish(const std::string* label, const int* percent) {
@@ -106,7 +104,7 @@ void PluginScanJob::Start() {
   escapeWatcher_ = std::make_unique<EscapeWatcher>(windowEscape_, stop_);
   qApp->installEventFilter(escapeWatcher_.get());
   shared_->sinceLast.start();
-  worker_ = QThread::create([this] {
+  worker_.Start(this, "PluginScan", [this] {
     FilterEnv env;
     env.shell = messages_.get();
     ScanCallbacks callbacks;
@@ -117,17 +115,11 @@ void PluginScanJob::Start() {
     callbacks.progress = [this](int percent) { Publish(nullptr, &percent); };
     if (request_.cache) callbacks = request_.cache->Wrap(callbacks, request_.options, request_.table, env);
     entry_ = EnterPluginView(scanned_, request_.folder, request_.options, request_.table, env, callbacks);
-  });
-  worker_->setObjectName("PluginScan");
-  connect(worker_, &QThread::finished, this, [this] {
+  }, [this] {
     qApp->removeEventFilter(escapeWatcher_.get());
     escapeWatcher_.reset();
-    worker_->wait();
-    delete worker_;
-    worker_ = nullptr;
     emit finished();
   });
-  worker_->start();
 }
 
 }  // namespace trel

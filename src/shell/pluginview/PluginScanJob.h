@@ -15,8 +15,7 @@
 
 #include "catalogue/PluginScanner.h"
 #include "shell/window/WorkerMessages.h"
-
-class QThread;
+#include "shell/window/WorkerThread.h"
 
 namespace trel {
 
@@ -60,9 +59,9 @@ class PluginScanJob : public QObject {
   std::unique_ptr<Messages> messages_;
   std::shared_ptr<Shared> shared_;
   std::unique_ptr<QObject> escapeWatcher_;
-  QThread* worker_ = nullptr;
   PaneCatalogue scanned_;
   PluginViewEntry entry_ = PluginViewEntry::NothingFound;
+  WorkerThread worker_;  // last: joined before the rest goes
 };
 
 }  // namespace trel
