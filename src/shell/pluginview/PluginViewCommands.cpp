@@ -1,7 +1,6 @@
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
-#include <QKeyEvent>
 #include <QMenu>
 #include <QMenuBar>
 #include <QTabBar>
@@ -13,12 +12,12 @@
 #include "catalogue/PluginReports.h"
 #include "catalogue/PluginScanner.h"
 #include "catalogue/ScanCache.h"
-#include "shell/pluginview/PluginScanJob.h"
 #include "base/Paths.h"
 #include "settings/FolderIdentity.h"
 #include "shell/dialogs/CategoryDialog.h"
 #include "shell/window/CommandGroups.h"
 #include "shell/window/MainWindow.h"
+#include "shell/pluginview/PluginScanJob.h"
 #include "shell/pluginview/PluginViewController.h"
 #include "shell/pluginview/PluginViewPage.h"
 #include "shell/pane/Selection.h"
