@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <fstream>
 #include <functional>
 #include <iterator>
@@ -11,7 +10,9 @@
 
 #include "MacBinary.h"
 #include "PeImage.h"
+#include "catalogue/PluginIdentification.h"
 #include "filter/TemplateLayout.h"
+#include "support/TempDir.h"
 
 namespace trel::gen {
 namespace {
@@ -29,55 +30,12 @@ uint32_t UBE(const std::string& b, size_t at, int n) {
   return v;
 }
 
-struct MenuData {
-  int64_t categoryOffset = 0;
-  std::string category, title;
-  int maximumLength = 0;
-  std::vector<std::string> types;
-};
-
-// The way a resource scanner of plugin folders reads a Windows plugin: the
-// section header found by its name in the 1000 bytes from position 374, the
-// section read from two bytes in, named root entries, and the PiPL searched
-// for its `name` and `catg` keys. Offsets come out 1-based.
-MenuData ScanLikeTheCatalogue(const std::string& file) {
-  MenuData m;
-  size_t header = 0;
-  for (size_t i = 1; i <= 997 && !header; i += 4)
-    if (file.compare(372 + i, 4, "rsrc") == 0) header = 372 + i;  // offset of the "r"
-  if (!header) throw std::runtime_error("no resource section header");
-  const uint32_t sectionVa = U(file, header + 11, 3), rawPosition = U(file, header + 19, 3);
-  const uint32_t readPosition = rawPosition + 3 - rawPosition % 4;
-  const std::string section = file.substr(rawPosition);
-  const uint32_t named = U(section, 12, 2);
-  for (uint32_t k = 0; k < named; ++k) {
-    const uint32_t nameAt = U(section, 16 + 8 * k, 3), dirAt = U(section, 20 + 8 * k, 3);
-    std::string name;
-    for (uint32_t c = 0; c < U(section, nameAt, 2); ++c) name += section.at(nameAt + 2 + 2 * c);
-    m.types.push_back(name);
-    if (name != "PIPL") continue;
-    const uint32_t langDir = U(section, dirAt + 20, 3), entry = U(section, langDir + 20, 3);
-    const uint32_t dataOffset = U(section, entry, 3) - sectionVa, size = U(section, entry + 4, 3);
-    const auto d = [&](uint32_t i) { return section.at(dataOffset + i + 1); };  // d[1] = third byte
-    for (uint32_t p = 1; p + 7 <= size; ++p) {
-      const std::string key{d(p + 4), d(p + 5), d(p + 6), d(p + 7)};
-      const auto pascal = [&] {
-        std::string s;
-        for (uint32_t c = 0; c < static_cast<uint8_t>(d(p + 16)); ++c) s += d(p + 17 + c);
-        return s.substr(0, s.find('\0'));
-      };
-      if (key == "eman" && m.title.empty()) m.title = pascal();
-      if (key == "gtac") {
-        m.categoryOffset = p + readPosition + dataOffset + 16;
-        m.category = pascal();
-        const uint32_t length = static_cast<uint8_t>(d(p + 16));
-        uint32_t n = 0;
-        while (n <= 256 && d(p + length + n + 17) == 0) ++n;
-        m.maximumLength = static_cast<int>(length + n);
-      }
-    }
-  }
-  return m;
+// What the catalogue's scanner, whose reading rules its own tests pin, finds in a template.
+ProbeElement Scanned(const std::string& file) {
+  test::TempDir dir;
+  ResourceProbe probe;
+  EXPECT_TRUE(ReadCom8bf(dir.Write("t.8bf", file), probe, FilterEnv{}));
+  return probe.Count() ? probe[1] : ProbeElement{};
 }
 
 TEST(Templates, WindowsTemplatesAreDllsWhoseMenuDataAScannerFinds) {
@@ -101,12 +59,12 @@ TEST(Templates, WindowsTemplatesAreDllsWhoseMenuDataAScannerFinds) {
     const size_t rsrc = pe + 24 + 224 + 40;
     EXPECT_EQ(f.substr(rsrc, 5), ".rsrc");
     EXPECT_EQ(U(f, rsrc + 16, 4) + U(f, rsrc + 20, 4), c.size);  // the section runs to the end
-    const MenuData m = ScanLikeTheCatalogue(f);
+    const ProbeElement m = Scanned(f);
     EXPECT_EQ(m.categoryOffset, c.categoryOffset);
     EXPECT_FALSE(m.title.empty() || m.category.empty());
-    EXPECT_NE(std::find(m.types.begin(), m.types.end(), "PARM"), m.types.end());
+    EXPECT_NE(f.find(std::string("\4\0P\0A\0R\0M\0", 10)), std::string::npos);  // the PARM resource's name
   }
-  const MenuData photo = ScanLikeTheCatalogue(BuildTemplate(TemplateKind::Photo30));
+  const ProbeElement photo = Scanned(BuildTemplate(TemplateKind::Photo30));
   EXPECT_EQ(photo.title + "|" + photo.category, "Untitled|Filter Factory");
   EXPECT_EQ(photo.maximumLength, 35);
   for (const auto& t : AllTemplates()) EXPECT_EQ(BuildTemplate(t.kind), BuildTemplate(t.kind)) << t.name;
