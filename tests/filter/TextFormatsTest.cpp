@@ -26,7 +26,7 @@ class TextFormats : public FilterTest {
 
 const std::string kCodes = "r\r\rg\r\rb\r\ra\r\r";
 
-TEST_F(TextFormats, AfsTailNamesTheFilterAndItsSliders) {
+TEST_F(TextFormats, AfsTailNamesTheFilterAndItsSlidersAndPffReadsBlueFirst) {
   ASSERT_TRUE(Read(ReadAFS, "plain.afs", kBareAfs));  // no tail: synthetic, named after the file
   EXPECT_EQ(f.filename, "plain.8bf");
   EXPECT_EQ(Texts(f) + " " + Controls(f) + " " + Codes(f), "Synthetic|plain.8bf|| ||||||| r|g|b|a");
@@ -38,6 +38,13 @@ TEST_F(TextFormats, AfsTailNamesTheFilterAndItsSliders) {
   EXPECT_EQ(Texts(f), "Blur|Soft|Me|Nobody");
   EXPECT_EQ(Controls(f), "Radius|Slider 2||x||||Last");  // "2:" is too short to name it
   EXPECT_EQ(f.ctlValue[8], 255);
+  std::string values;
+  for (int i = 1; i <= 7; ++i) values += std::to_string(i) + "\r\x01";
+  values += "8\rB\r\rG\r\rR\r\rA\r\rCat\r\rTitle\r\rA\r\rC\r\r";
+  ASSERT_TRUE(Read(ReadPFF, "p.pff", "%RGB-1.0\r\x02" + values));
+  EXPECT_EQ(Codes(f) + " " + Values(f), "R|G|B|A 1|2|3|4|5|6|7|8");
+  EXPECT_EQ(f.ctlName[8] + "|" + f.title, "Slider 8|Title");
+  EXPECT_FALSE(f.isPhotoshop);
 }
 
 TEST_F(TextFormats, AfsErrorsAndMissingFiles) {
@@ -49,15 +56,6 @@ TEST_F(TextFormats, AfsErrorsAndMissingFiles) {
   ASSERT_TRUE(Read(ReadAFS, "short.afs", "%RGB-1.0\r5\r"));  // a short file gives empty strings
   EXPECT_EQ(f.ctlValue[1], 5);
   EXPECT_EQ(f.codeR, "");
-}
-
-TEST_F(TextFormats, PffReadsBlueFirstAndIsPremiere) {
-  std::string values;
-  for (int i = 1; i <= 7; ++i) values += std::to_string(i) + "\r\x01";
-  ASSERT_TRUE(Read(ReadPFF, "p.pff", "%RGB-1.0\r\x02" + values + "8\rB\r\rG\r\rR\r\rA\r\rCat\r\rTitle\r\rA\r\rC\r\r"));
-  EXPECT_EQ(Codes(f) + " " + Values(f), "R|G|B|A 1|2|3|4|5|6|7|8");
-  EXPECT_EQ(f.ctlName[8] + "|" + f.title, "Slider 8|Title");
-  EXPECT_FALSE(f.isPhotoshop);
 }
 
 TEST_F(TextFormats, AfsAndPffWriterBytes) {
@@ -83,17 +81,6 @@ TEST_F(TextFormats, AfsAndPffWriterBytes) {
             std::string::npos);
 }
 
-TEST_F(TextFormats, MacAdaptionRewritesWhatTheWritersWrite) {
-  FFFilter g = SampleFilter();
-  g.codeR = "I-r";
-  env.options.macFFAdaption = true;
-  WriteTXT(g, dir.path(), false, env);
-  EXPECT_NE(dir.Read("sample.txt").find("R:255-r\r\n"), std::string::npos);
-  g.codeR = "U";
-  Writeafspff(g, dir.path(), 0, env);
-  EXPECT_NE(dir.Read("sample.afs").find("0\r255\r\r"), std::string::npos);
-}
-
 // Length-prefixed strings (the upper bytes of a length are never read), then
 // eight controls of which the third is named.
 std::string Ffx(const std::vector<std::string>& strings) {
@@ -107,7 +94,7 @@ std::string Ffx(const std::vector<std::string>& strings) {
 }
 const std::vector<std::string> kFfxStrings = {"FFX1.0", "Title", "Cat", "Auth", "Copy", "junk", "r", "g", "b", "a"};
 
-TEST_F(TextFormats, FfxReadsLengthPrefixedStrings) {
+TEST_F(TextFormats, FfxReadsLengthPrefixedStringsAndRefusesTheRest) {
   f.isPhotoshop = false;
   ASSERT_TRUE(Read(ReadFFX, "f.ffx", Ffx(kFfxStrings)));
   EXPECT_EQ(f.filename, "f.ffx");
@@ -118,9 +105,7 @@ TEST_F(TextFormats, FfxReadsLengthPrefixedStrings) {
   FFFilter batch;
   ASSERT_TRUE(ReadFFfile(batch, dir.file("f.ffx"), env));
   EXPECT_EQ(Texts(batch) + " " + Codes(batch) + " " + batch.ctlName[3], "Cat|Title|Auth|Copy r|g|b|a Third");
-}
-
-TEST_F(TextFormats, FfxRefusesOtherMagicShortFilesAndMissingFiles) {
+  // Other magic, short files and missing files are refused.
   std::vector<std::string> strings = kFfxStrings;
   strings[0] = "XFF";
   EXPECT_FALSE(Read(ReadFFX, "bad.ffx", Ffx(strings)));
@@ -150,6 +135,14 @@ TEST_F(TextFormats, TxtFreeFormKeysAndBlocks) {
   EXPECT_EQ(f.ctlName[1] + "|" + f.mapName[2], "Angle|Curve");
   EXPECT_EQ(Values(f), "128|0|0|7|0|0|0|0");
   EXPECT_TRUE(f.isPhotoshop);
+  // Presets only when accepted.
+  const std::string presets = "R:r\n\nG:g\n\nB:b\n\nset[3]: 1,2,3,4,5,6,7,-8\n";
+  ASSERT_TRUE(ReadTxtText(presets, false));
+  EXPECT_EQ(f.presets[7][3], 0);
+  EXPECT_TRUE(shell.marked.empty());
+  ASSERT_TRUE(ReadTxtText(presets, true));
+  EXPECT_EQ(std::to_string(f.presets[0][3]) + "," + std::to_string(f.presets[7][3]), "1,-8");
+  EXPECT_EQ(shell.marked, std::set<int>{3});
 }
 
 TEST_F(TextFormats, TxtChannelMarkersEndBlocksInOrder) {
@@ -185,16 +178,6 @@ TEST_F(TextFormats, TxtIncompleteFilters) {
   EXPECT_EQ(shell.refreshes, 1);
 }
 
-TEST_F(TextFormats, TxtPresetsOnlyWhenAccepted) {
-  const std::string text = "R:r\n\nG:g\n\nB:b\n\nset[3]: 1,2,3,4,5,6,7,-8\n";
-  ASSERT_TRUE(ReadTxtText(text, false));
-  EXPECT_EQ(f.presets[7][3], 0);
-  EXPECT_TRUE(shell.marked.empty());
-  ASSERT_TRUE(ReadTxtText(text, true));
-  EXPECT_EQ(std::to_string(f.presets[0][3]) + "," + std::to_string(f.presets[7][3]), "1,-8");
-  EXPECT_EQ(shell.marked, std::set<int>{3});
-}
-
 std::string FixedReport(const std::string& mapLines, const std::string& ctlLines) {
   return "Filter Factory Plugin Information:\nFILENAME: c:\\plugins\\ab.8bf\nCATEGORY:\n  Spaced Category \n"
          "TITLE:\nA Title\nCOPYRIGHT:\nCopy\nAUTHOR:\nAuth\n" +
@@ -220,7 +203,7 @@ TEST_F(TextFormats, TxtFixedFormReport) {
   EXPECT_EQ(shell.boxes[0].text, "t.txt: Format Violation");
 }
 
-TEST_F(TextFormats, WriteTxtText) {
+TEST_F(TextFormats, WriteTxtTextAndTheMacintoshAdaption) {
   FFFilter g = SampleFilter();
   g.mapName[1] = "Curve";  // the map wins over controls 1 and 2
   g.presets[0][2] = 5;
@@ -240,6 +223,14 @@ TEST_F(TextFormats, WriteTxtText) {
   WriteTXT(g, dir.path(), false, env);
   EXPECT_EQ(g.codeB, "Z");
   EXPECT_EQ(dir.Read("sample.txt").find("set["), std::string::npos);
+  // The Macintosh adaption rewrites what the writers write.
+  env.options.macFFAdaption = g.isPhotoshop = true;
+  g.codeR = "I-r";
+  WriteTXT(g, dir.path(), false, env);
+  EXPECT_NE(dir.Read("sample.txt").find("R:255-r\r\n"), std::string::npos);
+  g.codeR = "U";
+  Writeafspff(g, dir.path(), 0, env);
+  EXPECT_NE(dir.Read("sample.afs").find("0\r255\r\r"), std::string::npos);
 }
 
 // The fields a round trip keeps: AFS and PFF have no maps and no values for

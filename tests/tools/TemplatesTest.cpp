@@ -86,6 +86,7 @@ TEST(Templates, MacintoshFormIsAConsistentMacBinaryFile) {
   const std::string f = BuildTemplate(TemplateKind::PhotoMac);
   ASSERT_EQ(f.size(), 99712u);
   EXPECT_EQ(f.substr(65, 8), "8BFM8BIM");
+  EXPECT_EQ(MacBinaryCrc("123456789"), 0x31C3);  // the CRC-16/XMODEM check value
   EXPECT_EQ(UBE(f, 124, 2), MacBinaryCrc(f.substr(0, 124)));
   const uint32_t dataLength = UBE(f, 83, 4), forkLength = UBE(f, 87, 4);
   const size_t fork = 128 + (dataLength + 127) / 128 * 128;
