@@ -191,7 +191,7 @@ TEST_F(PluginCompiler, TargetNameFollowsTheFileNameRules) {
   EXPECT_TRUE(shell.errors.empty());
 }
 
-TEST_F(PluginCompiler, WideAboutTemplateTakesItsOwnPlaces) {
+TEST_F(PluginCompiler, CustomTemplatesByPathAndSizeAndTheWideAboutForm) {
   std::string wide(49664, '\0');
   wide.replace(21024, 14, "Filter Factory");
   env.options.compile.templateChoice = CompileTemplate::CustomPath;
@@ -212,11 +212,8 @@ TEST_F(PluginCompiler, WideAboutTemplateTakesItsOwnPlaces) {
   for (int i = 0; i < 57; ++i) expected += std::string("x\0", 2);
   expected += std::string(".\0.\0.\0\0", 7);
   EXPECT_EQ(Bytes(p, 42335, expected.size()), expected);
-}
-
-TEST_F(PluginCompiler, CustomTemplateChoiceByPathAndSize) {
-  env.options.compile.templateChoice = CompileTemplate::CustomPath;
-  env.options.compile.templatePath = "";  // empty path: photo30.dll
+  // The template is chosen by its size; an empty path means photo30.dll.
+  env.options.compile.templatePath = "";
   Compile(Sample());
   EXPECT_EQ(FileLength(p), 57344);
   env.options.compile.templatePath = prog + "photo304.dll";
