@@ -80,7 +80,7 @@ TEST_F(BatchConvert, SelectionIsReadAndWrittenAndTheCheckResetAroundTheRun) {
   EXPECT_TRUE(shell.boxes.empty() && shell.errors.empty());
 }
 
-TEST_F(BatchConvert, OverwriteAnswersSkipAndStopAndTheDefaultKeepsExistingTargets) {
+TEST_F(BatchConvert, OverwriteAnswersTheDefaultCheckAndEscapeEndOrShortenTheRun) {
   Select({"A", "B", "C"});
   check.answers = {kOverwriteSkip, kOverwriteGo, kOverwriteStop};
   EXPECT_EQ(Counts(Run()), "3/1/0/1/0 stopped");  // C is read before its question
@@ -91,6 +91,13 @@ TEST_F(BatchConvert, OverwriteAnswersSkipAndStopAndTheDefaultKeepsExistingTarget
   EXPECT_EQ(Counts(Run(keep)), "3/1/0/2/0");
   EXPECT_EQ(dir.Read("out/a.afs"), "mine");
   EXPECT_EQ(Files(), (Names{"a.afs", "b.afs", "c.afs"}));
+  // Escape leaves the files written so far.
+  fs::remove_all(dir.file("out"));
+  fs::create_directory(dir.file("out"));
+  shell.escapeAfterPolls = shell.escapePolls + 2;
+  EXPECT_TRUE(Run().stopped);
+  EXPECT_EQ(Files(), (Names{"a.afs", "b.afs"}));
+  EXPECT_EQ(check.resets, 4);  // reset before and after each of its two runs
 }
 
 TEST_F(BatchConvert, SameTitleWithFilterNameAsFileNameOverwritesWithoutAQuestion) {
@@ -103,14 +110,6 @@ TEST_F(BatchConvert, SameTitleWithFilterNameAsFileNameOverwritesWithoutAQuestion
   EXPECT_EQ(Run(keep).written.size(), 2u);
   EXPECT_EQ(Files(), Names{"MyFilter.txt"});
   EXPECT_NE(dir.Read("out/MyFilter.txt").find("Author: Second"), std::string::npos);
-}
-
-TEST_F(BatchConvert, EscapeLeavesTheFilesWrittenSoFar) {
-  Select({"A", "B", "C"});
-  shell.escapeAfterPolls = 2;
-  EXPECT_TRUE(Run().stopped);
-  EXPECT_EQ(Files(), (Names{"a.afs", "b.afs"}));
-  EXPECT_EQ(check.resets, 2);
 }
 
 TEST_F(BatchConvert, LibrariesGetSubFoldersThatNest) {

@@ -115,7 +115,7 @@ TEST_F(CompiledReaders, MacintoshFormCutsPascalStringsToTheirLength) {
   EXPECT_FALSE(Read8(Image(99713).Text(59018, "Factory"), "m.bin"));  // a Mac Binary file of another size
 }
 
-TEST_F(CompiledReaders, MissingFileRefreshesThePaneAndOtherSizesAreNoFilters) {
+TEST_F(CompiledReaders, MissingFilesOtherSizesAndGarbageAreNoFilters) {
   // Each generated Premiere template is only what it is.
   EXPECT_FALSE(Readprm(f, TREL_TEMPLATE_DIR, "fx-fact.prm", true, false, env));
   EXPECT_FALSE(ReadTF(f, TREL_TEMPLATE_DIR, "fl-fact.prm", true, env));
@@ -128,11 +128,8 @@ TEST_F(CompiledReaders, MissingFileRefreshesThePaneAndOtherSizesAreNoFilters) {
   EXPECT_FALSE(Read8(Image(0)));
   EXPECT_EQ(shell.refreshes, 3);
   EXPECT_TRUE(shell.boxes.empty());
-}
-
-// Random bytes of every listed size, and a right marker over junk that has no
-// 0 byte anywhere, so every field runs to the end of the file.
-TEST_F(CompiledReaders, GarbageOfListedSizesNeverCrashes) {
+  // Random bytes of every listed size, and a right marker over junk that has no
+  // 0 byte anywhere, so every field runs to the end of the file.
   std::mt19937 random(42);
   for (int64_t size : {49152, 49664, 50176, 53760, 57344, 99712, 99840}) {
     Image img(size);

@@ -166,7 +166,8 @@ TEST_F(FFLTest, EveryReaderTellsALibraryByTheSameHead) {
   const std::pair<std::string, bool> heads[] = {
       {"FFL1.0\r\n    1\r\n", true}, {"FFL1.1\r\n    1\r\n", true}, {"FFL1.0\r    1\r", true},
       {"FFL1.2\r\n    1\r\n", false}, {"ffl1.0\r\n    1\r\n", false}, {" FFL1.0\r\n    1\r\n", false},
-      {"FFL1.0 \r\n    1\r\n", false}, {"FFL1.0\n    1\n", false}, {"", false}, {std::string("\x00\xff\x13\x10garbage", 11), false}};
+      {"FFL1.0 \r\n    1\r\n", false}, {"FFL1.0\n    1\n", false}, {"", false},
+      {std::string("\x00\xff\x13\x10garbage", 11), false}};
   for (const auto& [head, isLibrary] : heads) {
     SCOPED_TRACE(head);
     const std::string path = dir.Write("h.ffl", head + (head.empty() ? "" : entry));

@@ -98,7 +98,7 @@ TEST(ByteHelpers, GetUntillAndLeadingNumber) {
   EXPECT_GT(LeadingNumber("99999999999999999999999"), 255);  // saturates, no overflow
 }
 
-TEST(RemoveVocals, ShortensLabelsForTheNarrowDialog) {
+TEST(LabelShortening, RemoveVocalsCharsLettersSpacesAndReplaceAwithI) {
   const std::pair<std::string, std::string> cases[] = {
       {"Brightness:", "Brigh."}, {"Red Amount", "Red Amou."}, {"Vertical Position", "Vert. Pos."},
       {"Wave Length", "Wave Lngth"}, {"Very Long Label Text", "Vry Lng Lbl Txt"}, {"", ""},
@@ -110,9 +110,7 @@ TEST(RemoveVocals, ShortensLabelsForTheNarrowDialog) {
   std::string label = "Size:";  // the colon is cut off the argument too
   EXPECT_EQ(RemoveVocals(label), "Size");
   EXPECT_EQ(label, "Size");
-}
-
-TEST(LabelHelpers, RemoveCharsLettersSpacesAndReplaceAwithI) {
+  // The other label helpers.
   EXPECT_EQ(RemoveChars("My Filter: v1.0 c:\\a/b"), "MyFilterv10cab");
   EXPECT_EQ(RemoveChars("..  ::"), "");
   std::string text = "a. b .c";

@@ -255,7 +255,7 @@ TEST_F(PluginCompiler, MacintoshFormSqueezesLongNamesAndKeepsTheWrapperValid) {
   EXPECT_EQ(ByteAt(m, 125) * 256 + ByteAt(m, 126), gen::MacBinaryCrc(ReadFileBytes(m).substr(0, 124)));
 }
 
-TEST_F(PluginCompiler, DemoPluginHidesTheCodeFromOurReaders) {
+TEST_F(PluginCompiler, DemoAndEncryptedPluginsHideTheCodeFromOurReaders) {
   env.options.compile.demoPlugin = true;
   EXPECT_EQ(Compile(Sample()).title, "Wavy Demo...");
   EXPECT_EQ(FileLength(p), 57344);
@@ -269,16 +269,15 @@ TEST_F(PluginCompiler, DemoPluginHidesTheCodeFromOurReaders) {
   WriteFileBytes(p, image.bytes());
   const FFFilter back = Read();
   EXPECT_EQ(back.title + " " + Codes(back), "Wavy Demo... r+ctl(0)|g|b*2|a");
-}
-
-TEST_F(PluginCompiler, EncryptedPluginsGrowOutOfTheReadersSizes) {
+  // Encrypted plugins grow out of the readers' sizes, their OK button alive.
+  env.options.compile.demoPlugin = false;
   env.options.compile.templateChoice = CompileTemplate::FilterFactory304;
   env.options.compile.encrypted = true;
   EXPECT_EQ(Compile(Sample()).title, "Wavy");
   EXPECT_GE(FileLength(p), 49152);
   EXPECT_LE(FileLength(p), 49152 + 2048);
   EXPECT_EQ(ByteAt(p, 49152), 0);
-  EXPECT_EQ(Bytes(p, -7168 + 43809 + layout::kLayoutFlags, 1), std::string(1, '\0'));  // OK button alive
+  EXPECT_EQ(Bytes(p, -7168 + 43809 + layout::kLayoutFlags, 1), std::string(1, '\0'));
   Read("wavy.8bf", false);
   TemplatePatch grow("abcd");
   RandomFileSize(grow, 3);
