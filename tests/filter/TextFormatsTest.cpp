@@ -10,68 +10,55 @@ namespace trel {
 namespace {
 
 using namespace test;
+using Reader = bool (*)(FFFilter&, std::string, const std::string&, const FilterEnv&);
+
 class TextFormats : public FilterTest {
  protected:
+  bool Read(Reader reader, const std::string& name, const std::string& bytes) {
+    dir.Write(name, bytes);
+    return reader(f, dir.path(), name, env);
+  }
   bool ReadTxtText(const std::string& text, bool presets = false) {
     dir.Write("t.txt", text);
     return ReadTXT(f, dir.path(), "t.txt", false, presets, env);
   }
 };
 
-// An AFS file: magic, eight values, four codes, and an optional tail.
-std::string Afs(const std::string& values, const std::string& codes, const std::string& tail = "") {
-  return "%RGB-1.0\r" + values + codes + tail;
-}
 const std::string kCodes = "r\r\rg\r\rb\r\ra\r\r";
 
-TEST_F(TextFormats, AfsWithoutTailIsSyntheticAndNamedAfterTheFile) {
-  dir.Write("plain.afs", kBareAfs);
-  ASSERT_TRUE(ReadAFS(f, dir.path(), "plain.afs", env));
+TEST_F(TextFormats, AfsTailNamesTheFilterAndItsSlidersAndPffReadsBlueFirst) {
+  ASSERT_TRUE(Read(ReadAFS, "plain.afs", kBareAfs));  // no tail: synthetic, named after the file
   EXPECT_EQ(f.filename, "plain.8bf");
-  EXPECT_EQ(Texts(f), "Synthetic|plain.8bf||");
-  EXPECT_EQ(Controls(f), "|||||||");
-  EXPECT_EQ(Codes(f), "r|g|b|a");
+  EXPECT_EQ(Texts(f) + " " + Controls(f) + " " + Codes(f), "Synthetic|plain.8bf|| ||||||| r|g|b|a");
   EXPECT_TRUE(f.isPhotoshop);
-}
-
-TEST_F(TextFormats, AfsValuesNameTheirSlidersUnlessTheTailDoes) {
   const std::string tail = "Blur\r\rSoft\r\rMe\r\rNobody\r\r1: Radius\r\r2:\r\r"
                            "3: \r\r4: x\r\r5: \r\r6: \r\r7: \r\r8: Last\r\r";
-  dir.Write("s.afs", Afs("10\r20\r0\r0\r0\r0\r0\r255\r", "r+\rg\r\rg\r\rb\r\ra\r\r", tail));
-  ASSERT_TRUE(ReadAFS(f, dir.path(), "s.afs", env));
+  ASSERT_TRUE(Read(ReadAFS, "s.afs", "%RGB-1.0\r10\r20\r0\r0\r0\r0\r0\r255\rr+\rg\r\rg\r\rb\r\ra\r\r" + tail));
   EXPECT_EQ(f.codeR, "r+g");  // a CR inside code, followed by a printable byte, vanishes
   EXPECT_EQ(Texts(f), "Blur|Soft|Me|Nobody");
   EXPECT_EQ(Controls(f), "Radius|Slider 2||x||||Last");  // "2:" is too short to name it
   EXPECT_EQ(f.ctlValue[8], 255);
+  std::string values;
+  for (int i = 1; i <= 7; ++i) values += std::to_string(i) + "\r\x01";
+  values += "8\rB\r\rG\r\rR\r\rA\r\rCat\r\rTitle\r\rA\r\rC\r\r";
+  ASSERT_TRUE(Read(ReadPFF, "p.pff", "%RGB-1.0\r\x02" + values));
+  EXPECT_EQ(Codes(f) + " " + Values(f), "R|G|B|A 1|2|3|4|5|6|7|8");
+  EXPECT_EQ(f.ctlName[8] + "|" + f.title, "Slider 8|Title");
+  EXPECT_FALSE(f.isPhotoshop);
 }
 
 TEST_F(TextFormats, AfsErrorsAndMissingFiles) {
-  dir.Write("big.afs", Afs("0\r256\r0\r0\r0\r0\r0\r0\r", kCodes));
-  EXPECT_FALSE(ReadAFS(f, dir.path(), "big.afs", env));
+  EXPECT_FALSE(Read(ReadAFS, "big.afs", "%RGB-1.0\r0\r256\r0\r0\r0\r0\r0\r0\r" + kCodes));
   EXPECT_EQ(shell.refreshes, 0);
   EXPECT_FALSE(ReadAFS(f, dir.path(), "gone.afs", env));
   EXPECT_EQ(shell.refreshes, 1);
   EXPECT_TRUE(shell.errors.empty());  // AFS reports nothing
-  // A short file gives empty strings, not an error.
-  dir.Write("short.afs", "%RGB-1.0\r5\r");
-  ASSERT_TRUE(ReadAFS(f, dir.path(), "short.afs", env));
+  ASSERT_TRUE(Read(ReadAFS, "short.afs", "%RGB-1.0\r5\r"));  // a short file gives empty strings
   EXPECT_EQ(f.ctlValue[1], 5);
   EXPECT_EQ(f.codeR, "");
 }
 
-TEST_F(TextFormats, PffReadsBlueFirstAndIsPremiere) {
-  std::string values;
-  for (int i = 1; i <= 7; ++i) values += std::to_string(i) + "\r\x01";
-  dir.Write("p.pff", "%RGB-1.0\r\x02" + values + "8\rB\r\rG\r\rR\r\rA\r\rCat\r\rTitle\r\rA\r\rC\r\r");
-  ASSERT_TRUE(ReadPFF(f, dir.path(), "p.pff", env));
-  EXPECT_EQ(Codes(f), "R|G|B|A");
-  EXPECT_EQ(Values(f), "1|2|3|4|5|6|7|8");
-  EXPECT_EQ(f.ctlName[8], "Slider 8");
-  EXPECT_EQ(f.title, "Title");
-  EXPECT_FALSE(f.isPhotoshop);
-}
-
-TEST_F(TextFormats, AfsWriterBytesAndItsNonTruncatingOverwrite) {
+TEST_F(TextFormats, AfsAndPffWriterBytes) {
   FFFilter g = SampleFilter();
   Writeafspff(g, dir.path(), 0, env);
   EXPECT_EQ(g.ctlValue[6], 0);  // the record is changed too
@@ -81,13 +68,9 @@ TEST_F(TextFormats, AfsWriterBytesAndItsNonTruncatingOverwrite) {
       "Trel Samples\r\rWarm Glow\r\rTrel\r\r(c) Trel\r\r"
       "1: Warmth\r\r2: Glow\r\r3: \r\r4: \r\r5: Unused Value\r\r6: \r\r7: \r\r8: \r\r";
   EXPECT_EQ(dir.Read("sample.afs"), expected);
-  dir.Write("sample.afs", expected + "OLD TAIL");
+  dir.Write("sample.afs", expected + "OLD TAIL");  // overwritten without truncation
   Writeafspff(g, dir.path(), 0, env);
   EXPECT_EQ(dir.Read("sample.afs"), expected + "OLD TAIL");
-}
-
-TEST_F(TextFormats, PffWriterConvertsPhotoshopCodeAndPutsMarkerBytes) {
-  FFFilter g = SampleFilter();
   g.filename = "noext";
   Writeafspff(g, dir.path(), 1, env);
   EXPECT_EQ(g.filename, "noext.pff");
@@ -96,17 +79,6 @@ TEST_F(TextFormats, PffWriterConvertsPhotoshopCodeAndPutsMarkerBytes) {
   // Blue first, in Premiere dialect: Z is P there, and Photoshop's D is dmax.
   EXPECT_NE(bytes.find("0\rb*P/dmax\r\rmix(255-g,g,ctl(1),255)\r\radd(r,ctl(0),255)\r\ra\r\r"),
             std::string::npos);
-}
-
-TEST_F(TextFormats, MacAdaptionRewritesWhatTheWritersWrite) {
-  FFFilter g = SampleFilter();
-  g.codeR = "I-r";
-  env.options.macFFAdaption = true;
-  WriteTXT(g, dir.path(), false, env);
-  EXPECT_NE(dir.Read("sample.txt").find("R:255-r\r\n"), std::string::npos);
-  g.codeR = "U";
-  Writeafspff(g, dir.path(), 0, env);
-  EXPECT_NE(dir.Read("sample.afs").find("0\r255\r\r"), std::string::npos);
 }
 
 // Length-prefixed strings (the upper bytes of a length are never read), then
@@ -122,39 +94,30 @@ std::string Ffx(const std::vector<std::string>& strings) {
 }
 const std::vector<std::string> kFfxStrings = {"FFX1.0", "Title", "Cat", "Auth", "Copy", "junk", "r", "g", "b", "a"};
 
-TEST_F(TextFormats, FfxReadsLengthPrefixedStrings) {
+TEST_F(TextFormats, FfxReadsLengthPrefixedStringsAndRefusesTheRest) {
   f.isPhotoshop = false;
-  dir.Write("f.ffx", Ffx(kFfxStrings));
-  ASSERT_TRUE(ReadFFX(f, dir.path(), "f.ffx", env));
+  ASSERT_TRUE(Read(ReadFFX, "f.ffx", Ffx(kFfxStrings)));
   EXPECT_EQ(f.filename, "f.ffx");
-  EXPECT_EQ(Texts(f), "Cat|Title|Auth|Copy");
-  EXPECT_EQ(Codes(f), "r|g|b|a");
-  EXPECT_EQ(f.ctlName[3], "Third");
+  EXPECT_EQ(Texts(f) + " " + Codes(f) + " " + f.ctlName[3], "Cat|Title|Auth|Copy r|g|b|a Third");
   EXPECT_EQ(Values(f), "10|20|30|40|50|60|70|80");
   EXPECT_FALSE(f.isPhotoshop);  // left as it was
   // The batch path takes it too; FFX has no writer of its own.
   FFFilter batch;
   ASSERT_TRUE(ReadFFfile(batch, dir.file("f.ffx"), env));
   EXPECT_EQ(Texts(batch) + " " + Codes(batch) + " " + batch.ctlName[3], "Cat|Title|Auth|Copy r|g|b|a Third");
-}
-
-TEST_F(TextFormats, FfxRefusesOtherMagicShortFilesAndMissingFiles) {
+  // Other magic, short files and missing files are refused.
   std::vector<std::string> strings = kFfxStrings;
   strings[0] = "XFF";
-  dir.Write("bad.ffx", Ffx(strings));
-  EXPECT_FALSE(ReadFFX(f, dir.path(), "bad.ffx", env));
+  EXPECT_FALSE(Read(ReadFFX, "bad.ffx", Ffx(strings)));
   const std::string good = Ffx(kFfxStrings);
-  for (size_t cut : {size_t{0}, size_t{3}, size_t{20}, good.size() - 1}) {
-    dir.Write("short.ffx", good.substr(0, cut));
-    EXPECT_FALSE(ReadFFX(f, dir.path(), "short.ffx", env)) << cut;
-  }
+  for (size_t cut : {size_t{0}, size_t{3}, size_t{20}, good.size() - 1})
+    EXPECT_FALSE(Read(ReadFFX, "short.ffx", good.substr(0, cut))) << cut;
   EXPECT_FALSE(ReadFFX(f, dir.path(), "none.ffx", env));
   EXPECT_EQ(shell.refreshes, 0);
   // A string of 256 bytes has a low length byte of 0 and derails the walk.
   strings = kFfxStrings;
   strings[1] = std::string(256, 'x');
-  dir.Write("long.ffx", Ffx(strings));
-  if (ReadFFX(f, dir.path(), "long.ffx", env)) {
+  if (Read(ReadFFX, "long.ffx", Ffx(strings))) {
     EXPECT_NE(f.codeA, "a");
   }
 }
@@ -165,15 +128,21 @@ TEST_F(TextFormats, TxtFreeFormKeysAndBlocks) {
       "R: r+g // red and green\n+b\n\nG=g\nB: b\n\n"
       "ctl[0]: Angle\nmap[1]: Curve\nval[0]: 128\nval[3]: 7x\n";
   ASSERT_TRUE(ReadTxtText(text));
-  EXPECT_EQ(Texts(f), "Distort|Twirl|you|me");
-  EXPECT_EQ(f.filename, "twirl.8bf");
+  EXPECT_EQ(Texts(f) + " " + f.filename, "Distort|Twirl|you|me twirl.8bf");
   // The comment's blank goes in the optimizer; G opens by its `=` form and ends
   // at the blue marker; with no A: line alpha passes through.
   EXPECT_EQ(Codes(f), "r+g+b|g|b|a");
-  EXPECT_EQ(f.ctlName[1], "Angle");
-  EXPECT_EQ(f.mapName[2], "Curve");
+  EXPECT_EQ(f.ctlName[1] + "|" + f.mapName[2], "Angle|Curve");
   EXPECT_EQ(Values(f), "128|0|0|7|0|0|0|0");
   EXPECT_TRUE(f.isPhotoshop);
+  // Presets only when accepted.
+  const std::string presets = "R:r\n\nG:g\n\nB:b\n\nset[3]: 1,2,3,4,5,6,7,-8\n";
+  ASSERT_TRUE(ReadTxtText(presets, false));
+  EXPECT_EQ(f.presets[7][3], 0);
+  EXPECT_TRUE(shell.marked.empty());
+  ASSERT_TRUE(ReadTxtText(presets, true));
+  EXPECT_EQ(std::to_string(f.presets[0][3]) + "," + std::to_string(f.presets[7][3]), "1,-8");
+  EXPECT_EQ(shell.marked, std::set<int>{3});
 }
 
 TEST_F(TextFormats, TxtChannelMarkersEndBlocksInOrder) {
@@ -182,41 +151,31 @@ TEST_F(TextFormats, TxtChannelMarkersEndBlocksInOrder) {
   EXPECT_EQ(Codes(f), "|g|b|a");
   // Red's block ends at G:, which then opens green, and so on.
   ASSERT_TRUE(ReadTxtText("R: r\nG: g\nB: b\nA: a0\nctl[0]: x\n"));
-  EXPECT_EQ(Codes(f), "r|g|b|a0");
-  EXPECT_EQ(f.ctlName[1], "x");
+  EXPECT_EQ(Codes(f) + " " + f.ctlName[1], "r|g|b|a0 x");
   // A lone A: keeps the preset a; no category line at all leaves it empty,
   // an empty one means Photoshop.
   ASSERT_TRUE(ReadTxtText("R:r\n\nG:g\n\nB:b\n\nA:\n255-\n\n"));
-  EXPECT_EQ(f.codeA, "a255-");
-  EXPECT_EQ(f.filename, "-NoName.8bf");
-  EXPECT_EQ(f.category, "");
+  EXPECT_EQ(f.codeA + " " + f.filename + " " + f.category, "a255- -NoName.8bf ");
   ASSERT_TRUE(ReadTxtText("category:\n" + kRgbTxt));
   EXPECT_EQ(f.category, "Photoshop");
 }
 
 TEST_F(TextFormats, TxtIncompleteFilters) {
-  EXPECT_FALSE(ReadTxtText("R: r\n\n"));  // green and blue are empty
-  EXPECT_TRUE(shell.errors.empty());
-  EXPECT_FALSE(ReadTxtText("R: r\n"));  // the block runs into the end
-  EXPECT_EQ(shell.errors, std::vector<std::string>{"Input past end of file"});
-  EXPECT_FALSE(ReadTxtText("R:r\n\nG:g\n\nB:b\n\nval[2]: 300\n"));
-  EXPECT_EQ(shell.errors.size(), 2u);
-  EXPECT_FALSE(ReadTxtText("ctl[9]: x\n"));
-  EXPECT_EQ(shell.errors.size(), 3u);
+  const std::pair<std::string, const char*> cases[] = {
+      {"R: r\n\n", nullptr},                         // green and blue are empty
+      {"R: r\n", "Input past end of file"},           // the block runs into the end
+      {"R:r\n\nG:g\n\nB:b\n\nval[2]: 300\n", ""}, {"ctl[9]: x\n", ""},
+      {"", "Input past end of file"}};
+  for (const auto& [text, told] : cases) {
+    shell.errors.clear();
+    EXPECT_FALSE(ReadTxtText(text)) << text;
+    ASSERT_EQ(shell.errors.size(), told ? 1u : 0u) << text;
+    if (told && *told) {
+      EXPECT_EQ(shell.errors[0], told);
+    }
+  }
   EXPECT_FALSE(ReadTXT(f, dir.path(), "missing.txt", false, false, env));
   EXPECT_EQ(shell.refreshes, 1);
-  EXPECT_FALSE(ReadTxtText(""));  // nothing at all to read
-}
-
-TEST_F(TextFormats, TxtPresetsOnlyWhenAccepted) {
-  const std::string text = "R:r\n\nG:g\n\nB:b\n\nset[3]: 1,2,3,4,5,6,7,-8\n";
-  ASSERT_TRUE(ReadTxtText(text, false));
-  EXPECT_EQ(f.presets[7][3], 0);
-  EXPECT_TRUE(shell.marked.empty());
-  ASSERT_TRUE(ReadTxtText(text, true));
-  EXPECT_EQ(f.presets[0][3], 1);
-  EXPECT_EQ(f.presets[7][3], -8);
-  EXPECT_EQ(shell.marked, std::set<int>{3});
 }
 
 std::string FixedReport(const std::string& mapLines, const std::string& ctlLines) {
@@ -231,23 +190,20 @@ TEST_F(TextFormats, TxtFixedFormReport) {
   ASSERT_TRUE(ReadTxtText(report));
   EXPECT_EQ(f.filename, "ab.8bf");  // only the last twelve characters count
   EXPECT_EQ(Texts(f), "  Spaced Category |A Title|Auth|Copy");
-  EXPECT_EQ(Maps(f), "Light|||");
-  EXPECT_EQ(Controls(f), "Angle||Z|||||");
+  EXPECT_EQ(Maps(f) + " " + Controls(f), "Light||| Angle||Z|||||");
   EXPECT_EQ(Codes(f), "r+g|g|b|a");
   EXPECT_EQ(f.ctlValue[1], 0);
   // An AFS file beside the report gives the control values.
   dir.Write("t.afs", "%RGB-1.0\r1\r2\r3\r4\r5\r6\r7\r8\r");
   ASSERT_TRUE(ReadTxtText(report));
   EXPECT_EQ(Values(f), "1|2|3|4|5|6|7|8");
-}
-
-TEST_F(TextFormats, TxtFixedFormViolation) {
+  // Maps out of order break the form.
   EXPECT_FALSE(ReadTxtText(FixedReport("Map 1: [Light]\n", "")));
   ASSERT_EQ(shell.boxes.size(), 1u);
   EXPECT_EQ(shell.boxes[0].text, "t.txt: Format Violation");
 }
 
-TEST_F(TextFormats, WriteTxtText) {
+TEST_F(TextFormats, WriteTxtTextAndTheMacintoshAdaption) {
   FFFilter g = SampleFilter();
   g.mapName[1] = "Curve";  // the map wins over controls 1 and 2
   g.presets[0][2] = 5;
@@ -267,6 +223,14 @@ TEST_F(TextFormats, WriteTxtText) {
   WriteTXT(g, dir.path(), false, env);
   EXPECT_EQ(g.codeB, "Z");
   EXPECT_EQ(dir.Read("sample.txt").find("set["), std::string::npos);
+  // The Macintosh adaption rewrites what the writers write.
+  env.options.macFFAdaption = g.isPhotoshop = true;
+  g.codeR = "I-r";
+  WriteTXT(g, dir.path(), false, env);
+  EXPECT_NE(dir.Read("sample.txt").find("R:255-r\r\n"), std::string::npos);
+  g.codeR = "U";
+  Writeafspff(g, dir.path(), 0, env);
+  EXPECT_NE(dir.Read("sample.afs").find("0\r255\r\r"), std::string::npos);
 }
 
 // The fields a round trip keeps: AFS and PFF have no maps and no values for

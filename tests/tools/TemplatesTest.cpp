@@ -2,15 +2,22 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <fstream>
+#include <functional>
+#include <iterator>
 #include <map>
 #include <stdexcept>
 
 #include "MacBinary.h"
 #include "PeImage.h"
+#include "catalogue/PluginIdentification.h"
+#include "filter/TemplateLayout.h"
+#include "support/TempDir.h"
 
 namespace trel::gen {
 namespace {
+
+namespace L = trel::layout;
 
 uint32_t U(const std::string& b, size_t at, int n) {
   uint32_t v = 0;
@@ -23,55 +30,12 @@ uint32_t UBE(const std::string& b, size_t at, int n) {
   return v;
 }
 
-struct MenuData {
-  int64_t categoryOffset = 0;
-  std::string category, title;
-  int maximumLength = 0;
-  std::vector<std::string> types;
-};
-
-// The way a resource scanner of plugin folders reads a Windows plugin: the
-// section header found by its name in the 1000 bytes from position 374, the
-// section read from two bytes in, named root entries, and the PiPL searched
-// for its `name` and `catg` keys. Offsets come out 1-based.
-MenuData ScanLikeTheCatalogue(const std::string& file) {
-  MenuData m;
-  size_t header = 0;
-  for (size_t i = 1; i <= 997 && !header; i += 4)
-    if (file.compare(372 + i, 4, "rsrc") == 0) header = 372 + i;  // offset of the "r"
-  if (!header) throw std::runtime_error("no resource section header");
-  const uint32_t sectionVa = U(file, header + 11, 3), rawPosition = U(file, header + 19, 3);
-  const uint32_t readPosition = rawPosition + 3 - rawPosition % 4;
-  const std::string section = file.substr(rawPosition);
-  const uint32_t named = U(section, 12, 2);
-  for (uint32_t k = 0; k < named; ++k) {
-    const uint32_t nameAt = U(section, 16 + 8 * k, 3), dirAt = U(section, 20 + 8 * k, 3);
-    std::string name;
-    for (uint32_t c = 0; c < U(section, nameAt, 2); ++c) name += section.at(nameAt + 2 + 2 * c);
-    m.types.push_back(name);
-    if (name != "PIPL") continue;
-    const uint32_t langDir = U(section, dirAt + 20, 3), entry = U(section, langDir + 20, 3);
-    const uint32_t dataOffset = U(section, entry, 3) - sectionVa, size = U(section, entry + 4, 3);
-    const auto d = [&](uint32_t i) { return section.at(dataOffset + i + 1); };  // d[1] = third byte
-    for (uint32_t p = 1; p + 7 <= size; ++p) {
-      const std::string key{d(p + 4), d(p + 5), d(p + 6), d(p + 7)};
-      const auto pascal = [&] {
-        std::string s;
-        for (uint32_t c = 0; c < static_cast<uint8_t>(d(p + 16)); ++c) s += d(p + 17 + c);
-        return s.substr(0, s.find('\0'));
-      };
-      if (key == "eman" && m.title.empty()) m.title = pascal();
-      if (key == "gtac") {
-        m.categoryOffset = p + readPosition + dataOffset + 16;
-        m.category = pascal();
-        const uint32_t length = static_cast<uint8_t>(d(p + 16));
-        uint32_t n = 0;
-        while (n <= 256 && d(p + length + n + 17) == 0) ++n;
-        m.maximumLength = static_cast<int>(length + n);
-      }
-    }
-  }
-  return m;
+// What the catalogue's scanner, whose reading rules its own tests pin, finds in a template.
+ProbeElement Scanned(const std::string& file) {
+  test::TempDir dir;
+  ResourceProbe probe;
+  EXPECT_TRUE(ReadCom8bf(dir.Write("t.8bf", file), probe, FilterEnv{}));
+  return probe.Count() ? probe[1] : ProbeElement{};
 }
 
 TEST(Templates, WindowsTemplatesAreDllsWhoseMenuDataAScannerFinds) {
@@ -95,17 +59,15 @@ TEST(Templates, WindowsTemplatesAreDllsWhoseMenuDataAScannerFinds) {
     const size_t rsrc = pe + 24 + 224 + 40;
     EXPECT_EQ(f.substr(rsrc, 5), ".rsrc");
     EXPECT_EQ(U(f, rsrc + 16, 4) + U(f, rsrc + 20, 4), c.size);  // the section runs to the end
-
-    const MenuData m = ScanLikeTheCatalogue(f);
+    const ProbeElement m = Scanned(f);
     EXPECT_EQ(m.categoryOffset, c.categoryOffset);
-    EXPECT_FALSE(m.title.empty());
-    EXPECT_FALSE(m.category.empty());
-    EXPECT_NE(std::find(m.types.begin(), m.types.end(), "PARM"), m.types.end());
+    EXPECT_FALSE(m.title.empty() || m.category.empty());
+    EXPECT_NE(f.find(std::string("\4\0P\0A\0R\0M\0", 10)), std::string::npos);  // the PARM resource's name
   }
-  const MenuData photo = ScanLikeTheCatalogue(BuildTemplate(TemplateKind::Photo30));
-  EXPECT_EQ(photo.title, "Untitled");
-  EXPECT_EQ(photo.category, "Filter Factory");
+  const ProbeElement photo = Scanned(BuildTemplate(TemplateKind::Photo30));
+  EXPECT_EQ(photo.title + "|" + photo.category, "Untitled|Filter Factory");
   EXPECT_EQ(photo.maximumLength, 35);
+  for (const auto& t : AllTemplates()) EXPECT_EQ(BuildTemplate(t.kind), BuildTemplate(t.kind)) << t.name;
 }
 
 TEST(Templates, PhotoshopEntryPointIsExported) {
@@ -124,11 +86,11 @@ TEST(Templates, MacintoshFormIsAConsistentMacBinaryFile) {
   const std::string f = BuildTemplate(TemplateKind::PhotoMac);
   ASSERT_EQ(f.size(), 99712u);
   EXPECT_EQ(f.substr(65, 8), "8BFM8BIM");
+  EXPECT_EQ(MacBinaryCrc("123456789"), 0x31C3);  // the CRC-16/XMODEM check value
   EXPECT_EQ(UBE(f, 124, 2), MacBinaryCrc(f.substr(0, 124)));
   const uint32_t dataLength = UBE(f, 83, 4), forkLength = UBE(f, 87, 4);
   const size_t fork = 128 + (dataLength + 127) / 128 * 128;
   EXPECT_EQ(fork + forkLength, f.size());
-
   // Walk the resource map to each resource's data and compare with the places
   // the readers use.
   const uint32_t dataArea = UBE(f, fork, 4), map = UBE(f, fork + 4, 4);
@@ -145,17 +107,77 @@ TEST(Templates, MacintoshFormIsAConsistentMacBinaryFile) {
   EXPECT_EQ(UBE(f, found.at("PARM"), 4), 8296u);
 }
 
-TEST(Templates, GenerationIsReproducibleAndPlacementIsChecked) {
-  for (const auto& t : AllTemplates()) EXPECT_EQ(BuildTemplate(t.kind), BuildTemplate(t.kind)) << t.name;
+// A small PE32 DLL standing in for compiled code.
+std::string SmallDll() {
+  PeDescription d{"code.dll", "PluginMain", 0x1000, 0x400, 0x800, {}};
+  return BuildPeImage(d);
+}
 
-  PeDescription desc{"x.dll", "Main", 0x2000, 0x400, 0x1000, {{"A", 1, 0x1100, "abcd"}, {"B", 1, 0x1102, "efgh"}}};
-  EXPECT_THROW(BuildPeImage(desc), std::runtime_error);  // overlapping resources
-  desc.resources = {{"A", 1, 0x1004, "abcd"}};
-  EXPECT_THROW(BuildPeImage(desc), std::runtime_error);  // on top of the directory
-  desc.resources = {{"A", 1, 0x1FFE, "abcd"}};
-  EXPECT_THROW(BuildPeImage(desc), std::runtime_error);  // past the end
-  desc.resources = {{"A", 1, 0x1100, "abcd"}};
-  EXPECT_EQ(BuildPeImage(desc).size(), 0x2000u);
+TEST(Photo64, AttachedSectionIsRegisteredInTheHeaders) {
+  const std::string dll = SmallDll();
+  const std::string f = AttachResources(dll, 0x2000, 0x3000, {{"PARM", 16, 0x2100, "parameters"}});
+  ASSERT_EQ(f.size(), 0x3000u);
+  EXPECT_EQ(f.substr(0, 0x80), dll.substr(0, 0x80));
+  const uint32_t pe = U(f, 0x3C, 4), opt = pe + 24;
+  ASSERT_EQ(U(f, pe + 6, 2), 3u);
+  const size_t header = opt + 224 + 80;
+  EXPECT_EQ(f.substr(header, 5), ".rsrc");
+  const uint32_t va = U(f, header + 12, 4);
+  EXPECT_EQ(va % kSectionAlignment, 0u);
+  EXPECT_GT(va, U(f, opt + 224 + 40 + 12, 4));  // behind the last section
+  EXPECT_EQ(U(f, header + 20, 4), 0x2000u);      // raw data at the given place
+  EXPECT_EQ(U(f, opt + 96 + 16, 4), va);         // the resource directory entry
+  EXPECT_EQ(U(f, opt + 56, 4), va + 0x1000u);    // size of the image
+  EXPECT_EQ(f.substr(0x2100, 10), "parameters");
+}
+
+TEST(Photo64, BuildersRefuseWhatCannotBePlaced) {
+  const std::string dll = SmallDll();
+  const auto attach = [&](std::string d, size_t at, std::vector<PeResource> resources) {
+    return [=] { AttachResources(d, at, 0x3000, resources); };
+  };
+  const auto build = [](std::vector<PeResource> resources) {
+    return [=] { BuildPeImage({"x.dll", "Main", 0x2000, 0x400, 0x1000, resources}); };
+  };
+  const std::pair<std::function<void()>, const char*> rows[] = {
+      {attach("not a dll at all, just text", 0x2000, {}), "no PE file"},
+      {attach(dll, 0x800, {}), "does not fit"},
+      {attach(dll, 0x2000, {{"PARM", 16, 0x1F00, "x"}}), "outside the resource section"},
+      {attach(dll, 0x2000, {{"PARM", 16, 0x2100, "abcd"}, {"PIPL", 1, 0x2102, "x"}}), "overlap"},
+      {build({{"A", 1, 0x1100, "abcd"}, {"B", 1, 0x1102, "efgh"}}), "overlap"},
+      {build({{"A", 1, 0x1004, "abcd"}}), ""},  // on top of the directory
+      {build({{"A", 1, 0x1FFE, "abcd"}}), ""},  // past the end
+  };
+  for (const auto& [call, says] : rows) {
+    try {
+      call();
+      ADD_FAILURE() << "accepted: " << says;
+    } catch (const std::runtime_error& e) {
+      EXPECT_NE(std::string(e.what()).find(says), std::string::npos) << e.what();
+    }
+  }
+  EXPECT_EQ(BuildPeImage({"x.dll", "Main", 0x2000, 0x400, 0x1000, {{"A", 1, 0x1100, "abcd"}}}).size(), 0x2000u);
+}
+
+TEST(Photo64, TemplateAroundTheBuiltCodeKeepsEveryPosition) {
+  const std::string codePath = TREL_FFPLUGIN64;
+  std::ifstream in(codePath, std::ios::binary);
+  if (codePath.empty() || !in) GTEST_SKIP() << "the 64-bit plugin code was not built (no mingw-w64 posix compiler)";
+  const std::string code((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  const std::string f = BuildPhoto64(code);
+  ASSERT_EQ(f.size(), size_t(L::kPhoto64Size));
+  EXPECT_EQ(U(f, U(f, 0x3C, 4) + 4, 2), 0x8664u);
+  EXPECT_EQ(f.substr(size_t(L::kMarker64 - 1), 15), std::string(L::kMarkerText) + '\0');
+  const auto at = [&](int64_t base) { return size_t(L::kShift64 + base - 1); };
+  EXPECT_EQ(f.substr(at(L::kTitleLength), 9), "\x08Untitled");
+  EXPECT_EQ(f.substr(at(L::kCategoryLength), 15), "\x0E" "Filter Factory");
+  EXPECT_EQ(U(f, at(L::kParmStart), 4), uint32_t(L::kParmSize));  // the block begins with its size
+  EXPECT_EQ(f.at(at(L::kStandAlone)), 1);
+  EXPECT_EQ(f.substr(at(L::kCodeR), 2), std::string("r\0", 2));
+  EXPECT_EQ(U(f, at(L::kAllModes), 2), 16u);
+  // The PiPL names the entry point for 64 bits.
+  EXPECT_NE(f.find(std::string("4668\0\0\0\0\x18\0\0\0PluginMain", 22), at(L::kTitleLength) - 200), std::string::npos);
+  EXPECT_EQ(BuildPhoto64(code), f);  // reproducible
 }
 
 }  // namespace
