@@ -54,10 +54,10 @@ void ShowCount(Progress& progress, size_t index, size_t count) {
 
 }  // namespace
 
-int SkipExistingTargets::OverwriteCheck(const std::string&, const std::string& targetPath) {
-  if (targetPath.empty()) return kOverwriteGo;
+OverwriteAnswer SkipExistingTargets::OverwriteCheck(const std::string&, const std::string& targetPath) {
+  if (targetPath.empty()) return OverwriteAnswer::Write;
   std::error_code ec;
-  return fs::exists(targetPath, ec) ? kOverwriteSkip : kOverwriteGo;
+  return fs::exists(targetPath, ec) ? OverwriteAnswer::Skip : OverwriteAnswer::Write;
 }
 
 std::string ConfinedFilename(const std::string& filename) {
@@ -174,15 +174,15 @@ ConvertReport cmd_Convert(FFFilter& f, const ConvertRequest& request, OverwriteC
     if (ReadTXT(f, programFolder, "Temp.txt", false, false, env)) {
       ++report.read;
       const std::string folder = WithTrailingSeparator(request.targetFolder);
-      const int answer = check.OverwriteCheck("", folder + GetFilname(format, f.filename,
+      const OverwriteAnswer answer = check.OverwriteCheck("", folder + GetFilname(format, f.filename,
                                                                       env.options));
-      if (answer == kOverwriteStop) {
+      if (answer == OverwriteAnswer::Stop) {
         // Cancelled at the question: Temp.txt stays behind, as does the box.
         report.stopped = true;
         check.OverwriteCheck("", "");
         return report;
       }
-      if (answer == kOverwriteGo) {
+      if (answer == OverwriteAnswer::Write) {
         ApplyNameRule(f, env.options);
         if (WriteByFormat(f, folder, format, env, &report) == WriteOutcome::FolderFailed)
           shell.Report(Error::Fault(UnusableFolder(folder), folder));
@@ -226,13 +226,13 @@ ConvertReport cmd_Convert(FFFilter& f, const ConvertRequest& request, OverwriteC
       ++report.read;
       // The question sees the name from before the name rule: it may ask about
       // another file than the one then written.
-      const int answer = check.OverwriteCheck(source, folder + GetFilname(format, f.filename,
+      const OverwriteAnswer answer = check.OverwriteCheck(source, folder + GetFilname(format, f.filename,
                                                                           env.options));
-      if (answer == kOverwriteStop) {
+      if (answer == OverwriteAnswer::Stop) {
         report.stopped = true;
         break;
       }
-      if (answer == kOverwriteGo) {
+      if (answer == OverwriteAnswer::Write) {
         ApplyNameRule(f, env.options);
         if (writer->Write(f, format) == WriteOutcome::FolderFailed &&
             !shell.ContinueAfter(Error::Fault(UnusableFolder(folder), folder))) {

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "base/OverwriteAnswer.h"
 #include "filter/FFFilter.h"
 #include "filter/FFL.h"
 #include "filter/FilterEnv.h"
@@ -15,27 +16,22 @@
 
 namespace trel {
 
-// Answers of the overwrite question.
-constexpr int kOverwriteGo = 0;
-constexpr int kOverwriteSkip = 1;
-constexpr int kOverwriteStop = 4;
-
 // Asked before each target is written. Two empty names reset a standing choice
 // ("Overwrite All", "Skip All"); every run starts and ends that way.
 class OverwriteChecker {
  public:
   virtual ~OverwriteChecker() = default;
-  virtual int OverwriteCheck(const std::string& sourcePath, const std::string& targetPath) = 0;
+  virtual OverwriteAnswer OverwriteCheck(const std::string& sourcePath, const std::string& targetPath) = 0;
 };
 // Writes when the target is missing and skips it otherwise.
 class SkipExistingTargets : public OverwriteChecker {
  public:
-  int OverwriteCheck(const std::string& sourcePath, const std::string& targetPath) override;
+  OverwriteAnswer OverwriteCheck(const std::string& sourcePath, const std::string& targetPath) override;
 };
 // Always writes.
 class OverwriteAllTargets : public OverwriteChecker {
  public:
-  int OverwriteCheck(const std::string&, const std::string&) override { return kOverwriteGo; }
+  OverwriteAnswer OverwriteCheck(const std::string&, const std::string&) override { return OverwriteAnswer::Write; }
 };
 
 struct ConvertRequest {

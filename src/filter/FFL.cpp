@@ -382,16 +382,16 @@ Expected<void> Convertffl(FFFilter& f, const std::string& libraryPath, std::stri
     }
     if (!IsDeleted(f)) {
       ++out.read;
-      int answer = kOverwriteGo;
+      OverwriteAnswer answer = OverwriteAnswer::Write;
       if (overwrite && askForEntries)
         answer = overwrite->OverwriteCheck(libraryPath,
                                           targetFolder + GetFilname(format, f.filename,
                                                                     env.options));
-      if (answer == kOverwriteStop) {
+      if (answer == OverwriteAnswer::Stop) {
         out.stopped = true;
         break;
       }
-      if (answer == kOverwriteGo) {
+      if (answer == OverwriteAnswer::Write) {
         if (writer.Write(f, format) == WriteOutcome::FolderFailed) {
           result = Error::Fault(UnusableFolder(targetFolder), targetFolder);
           break;
@@ -433,13 +433,13 @@ Expected<void> cmd_Extract(FFFilter& f, const FFLLibrary& library, const std::ve
       continue;
     }
     ++report.read;
-    const int answer = check.OverwriteCheck(library.path,
+    const OverwriteAnswer answer = check.OverwriteCheck(library.path,
                                             folder + GetFilname(format, f.filename, env.options));
-    if (answer == kOverwriteStop) {
+    if (answer == OverwriteAnswer::Stop) {
       report.stopped = true;
       break;
     }
-    if (answer == kOverwriteSkip) {
+    if (answer == OverwriteAnswer::Skip) {
       ++report.skipped;
       continue;
     }

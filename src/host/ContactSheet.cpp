@@ -93,10 +93,10 @@ BatchResult BatchApply(const PictureRunner& run, const std::vector<std::string>&
                        const std::string& targetFolder,
                        const std::function<OverwriteAnswer(const std::string&)>& askOverwrite,
                        const std::function<void(size_t, size_t)>& progress,
-                       const std::atomic<bool>* cancel) {
+                       const std::function<bool()>& cancelled) {
   BatchResult result;
   for (size_t i = 0; i < pictures.size(); ++i) {
-    if (cancel && cancel->load()) {
+    if (cancelled && cancelled()) {
       result.stopped = true;
       break;
     }
@@ -124,7 +124,7 @@ BatchResult BatchApply(const PictureRunner& run, const std::vector<std::string>&
     }
     const QImage filtered = run(picture);
     if (filtered.isNull()) {
-      if (cancel && cancel->load()) {
+      if (cancelled && cancelled()) {
         result.stopped = true;
         break;
       }

@@ -9,6 +9,7 @@
 
 #include <QImage>
 
+#include "base/OverwriteAnswer.h"
 #include "host/PreviewRender.h"
 
 namespace trel {
@@ -37,13 +38,12 @@ struct BatchResult {
   std::vector<std::string> errors;  // one line per picture that failed
   bool stopped = false;
 };
-enum class OverwriteAnswer { Write, Skip, Stop };
 // `run` filters one picture: a null image when it couldn't.
 using PictureRunner = std::function<QImage(const QImage&)>;
 BatchResult BatchApply(const PictureRunner& run, const std::vector<std::string>& pictures,
                        const std::string& targetFolder,
                        const std::function<OverwriteAnswer(const std::string&)>& askOverwrite,
                        const std::function<void(size_t, size_t)>& progress,
-                       const std::atomic<bool>* cancel);
+                       const std::function<bool()>& cancelled);
 
 }  // namespace trel

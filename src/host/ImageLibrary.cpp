@@ -94,6 +94,27 @@ ImageLibrary::ImageLibrary(ShellHooks& shell) : shell_(shell) {}
 
 ImageLibrary::~ImageLibrary() = default;
 
+QImage ImageLibrary::RunPlugInOnce(const std::string& hostFolder, const std::string& plugin, const QImage& picture,
+                                   WindowHandle window, int32_t* status, std::string* why) {
+  const ImgHandle h = Adopt(picture);
+  if (h == 0) return {};
+  QImage result;
+  // The host's own steps, so that the reason of a failure survives the unload.
+  int32_t st = ImgPlugInHostLoad(hostFolder);
+  if (st == IMG_OK) st = ImgPlugInLoad(plugin);
+  if (st == IMG_OK) st = ImgPlugInInvoke(h, window, {0, 0, picture.width() - 1, picture.height() - 1});
+  if (st == IMG_OK) result = *image(h);
+  if (why) {
+    *why = st == IMG_OK ? std::string() : ImgErrString();
+    for (char& c : *why)
+      if (c == '\n') c = ' ';
+  }
+  ImgPlugInHostUnload();
+  ImgClose(h);
+  if (status) *status = st;
+  return result;
+}
+
 std::string ImageLibrary::ImgErrString() const {
   std::string text = ImgStatusText(status_);
   if (!detail_.empty()) text += "\n" + detail_;

@@ -108,6 +108,11 @@ class ImageLibrary {
   int32_t ImgPlugInLoad(const std::string& pluginPath);
   int32_t ImgPlugInInvoke(ImgHandle image, WindowHandle window, const ImgRect& rect);
   int32_t ImgPlugInAbout(WindowHandle window, const std::string& pluginPath);
+  // One whole run of `plugin` over a copy of `picture` through the steps
+  // above (host, plugin, invoke, unload): the result, or a null image with
+  // the status and, as one line, the reason.
+  QImage RunPlugInOnce(const std::string& hostFolder, const std::string& plugin, const QImage& picture,
+                       WindowHandle window, int32_t* status = nullptr, std::string* why = nullptr);
 
   // For the program's windows: the picture behind a handle (null if none),
   // and taking a picture into the table.

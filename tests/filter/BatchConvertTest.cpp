@@ -35,14 +35,14 @@ std::string Counts(const ConvertReport& r) {
 // Answers from a script and records what it was asked.
 class ScriptedCheck : public OverwriteChecker {
  public:
-  std::vector<int> answers;  // consumed front to back; then go
+  std::vector<OverwriteAnswer> answers;  // consumed front to back; then go
   Names asked;
   int resets = 0;
-  int OverwriteCheck(const std::string& source, const std::string& target) override {
-    if (source.empty() && target.empty()) { ++resets; return kOverwriteGo; }
+  OverwriteAnswer OverwriteCheck(const std::string& source, const std::string& target) override {
+    if (source.empty() && target.empty()) { ++resets; return OverwriteAnswer::Write; }
     asked.push_back(fs::path(target).filename().string());
-    if (answers.empty()) return kOverwriteGo;
-    const int a = answers.front();
+    if (answers.empty()) return OverwriteAnswer::Write;
+    const OverwriteAnswer a = answers.front();
     answers.erase(answers.begin());
     return a;
   }
@@ -82,7 +82,7 @@ TEST_F(BatchConvert, SelectionIsReadAndWrittenAndTheCheckResetAroundTheRun) {
 
 TEST_F(BatchConvert, OverwriteAnswersTheDefaultCheckAndEscapeEndOrShortenTheRun) {
   Select({"A", "B", "C"});
-  check.answers = {kOverwriteSkip, kOverwriteGo, kOverwriteStop};
+  check.answers = {OverwriteAnswer::Skip, OverwriteAnswer::Write, OverwriteAnswer::Stop};
   EXPECT_EQ(Counts(Run()), "3/1/0/1/0 stopped");  // C is read before its question
   EXPECT_EQ(Files(), Names{"b.afs"});
   EXPECT_EQ(check.resets, 2);
@@ -155,7 +155,7 @@ TEST_F(BatchConvert, ClipboardTextGoesThroughTempTxt) {
   EXPECT_EQ(check.asked, Names{"clip.afs"});
   // Cancelled at the question: nothing new written, Temp.txt stays, the box stays on.
   request.clipboardText = Txt("Other");
-  check.answers = {kOverwriteStop};
+  check.answers = {OverwriteAnswer::Stop};
   EXPECT_TRUE(Run().clipboardOptionOn);
   EXPECT_EQ(Files(), Names{"clip.afs"});
   EXPECT_TRUE(dir.Exists("prog/Temp.txt"));

@@ -1,4 +1,5 @@
 #include "FileCommandsFixture.h"
+#include <QProcess>
 
 namespace trel {
 namespace commander_test {
@@ -114,6 +115,12 @@ TEST_F(FileCommandsTest, ZipAddListTestAndUnzipWithAwkwardNames) {
   ZipCommander* zip = ZipCommander::Of(*window);
   std::vector<std::pair<QString, QString>> shown;
   zip->SetOutputSink([&](const QString& title, const QString& text) { shown.emplace_back(title, text); });
+  // Each command runs its programs while the window goes on; the test waits
+  // for the command's last step.
+  const auto run = [&](const char* command) {
+    window->command(command)->trigger();
+    return QTest::qWaitFor([&] { return !zip->busy(); }, 20000);
+  };
   left.Write("with blank.afs", "blank");
   left.Write("-dash.txt", "dash");
   left.Write("Größe.pff", "umlaut");
@@ -121,17 +128,22 @@ TEST_F(FileCommandsTest, ZipAddListTestAndUnzipWithAwkwardNames) {
   Select({"with blank.afs", "-dash.txt", "Größe.pff"});
   dialogs->inputs = {QString("my pack.zip")};
   window->command("mnuAddtoZip")->trigger();
+  // While zip runs the window takes no other input, as during a copy.
+  EXPECT_TRUE(zip->busy() && commander->busy());
+  ASSERT_TRUE(QTest::qWaitFor([&] { return !zip->busy(); }, 20000));
+  EXPECT_FALSE(commander->busy());
   ASSERT_TRUE(left.Exists("my pack.zip")) << Said();
   EXPECT_EQ(window->pane(0)->maskEntry(), 5);  // the zip files show
-  QString listing;
-  ASSERT_EQ(ZipCommander::Run("unzip", {"-Z1", QString::fromStdString(left.file("my pack.zip"))}, {}, &listing), 0);
-  QStringList names = listing.split('\n', Qt::SkipEmptyParts);
+  QProcess unzip;
+  unzip.start("unzip", {"-Z1", QString::fromStdString(left.file("my pack.zip"))});
+  ASSERT_TRUE(unzip.waitForFinished());
+  QStringList names = QString::fromLocal8Bit(unzip.readAll()).split('\n', Qt::SkipEmptyParts);
   names.sort();
   EXPECT_EQ(names, (QStringList{"-dash.txt", "Größe.pff", "with blank.afs"}));
 
   Select({"my pack.zip"});
-  window->command("mnuViewZip")->trigger();
-  window->command("mnuTestZip")->trigger();
+  ASSERT_TRUE(run("mnuViewZip"));
+  ASSERT_TRUE(run("mnuTestZip"));
   ASSERT_EQ(shown.size(), 2u);
   EXPECT_EQ(shown[0].first, "View Zip");
   EXPECT_TRUE(shown[0].second.contains("with blank.afs"));
@@ -140,8 +152,8 @@ TEST_F(FileCommandsTest, ZipAddListTestAndUnzipWithAwkwardNames) {
 
   // Unzip into the passive pane asks before an existing file.
   right.Write("with blank.afs", "keep me");
-  dialogs->overwrite = {1};
-  window->command("mnuUnzip")->trigger();
+  dialogs->overwrite = {OverwriteButton::Ignore};
+  ASSERT_TRUE(run("mnuUnzip"));
   ASSERT_EQ(dialogs->overwriteAsked.size(), 1u);
   // The question shows the entry, with the entry's size, not the archive's.
   EXPECT_TRUE(dialogs->overwriteAsked[0].contains(
@@ -152,18 +164,18 @@ TEST_F(FileCommandsTest, ZipAddListTestAndUnzipWithAwkwardNames) {
   EXPECT_NE(window->pane(1)->model()->FindText("Größe.pff"), -1);
 
   // Unzip and Run: a fresh folder, opened in the passive pane.
-  window->command("mnuUnzipInstall")->trigger();
+  ASSERT_TRUE(run("mnuUnzipInstall"));
   EXPECT_EQ(window->pane(1)->folder(), right.file("my pack/"));
   EXPECT_EQ(right.Read("my pack/with blank.afs"), "blank");
 
   // Repair writes a new archive beside the old one.
-  window->command("mnuRepairZip")->trigger();
+  ASSERT_TRUE(run("mnuRepairZip"));
   EXPECT_TRUE(left.Exists("my pack_repaired.zip")) << shown.back().second.toStdString();
 
   // Test Zip on something that isn't a zip says nothing.
   shown.clear();
   Select({"b.txt"});
-  window->command("mnuTestZip")->trigger();
+  ASSERT_TRUE(run("mnuTestZip"));
   EXPECT_TRUE(shown.empty());
 }
 
@@ -190,7 +202,7 @@ TEST_F(FileCommandsTest, TheConvertDialogWritesIntoThePassivePane) {
   // Again: the Overwrite question comes on the window's thread; Skip keeps the file.
   right.Write("Warm.txt", "kept");
   dialogs->folders = {"="};
-  dialogs->overwrite = {kOverwriteSkip};
+  dialogs->overwrite = {OverwriteButton::Ignore};
   windowDialog->accept();
   ASSERT_TRUE(QTest::qWaitFor([&] { return window->commandButton(0)->isEnabled(); }, 20000));
   ASSERT_EQ(dialogs->overwriteAsked.size(), 1u) << Said();
@@ -203,7 +215,7 @@ TEST_F(FileCommandsTest, TheConvertDialogWritesIntoThePassivePane) {
 class EscapingDialogs : public ScriptedDialogs {
  public:
   explicit EscapingDialogs(MainWindow& w) : window(w) {}
-  int Overwrite(const QString& target, const QString& source) override {
+  OverwriteButton Overwrite(const QString& target, const QString& source) override {
     if (++asked == 2) window.EscapeFlag() = true;
     return ScriptedDialogs::Overwrite(target, source);
   }
@@ -213,7 +225,7 @@ class EscapingDialogs : public ScriptedDialogs {
 
 TEST_F(FileCommandsTest, EscStopsACopyBetweenFiles) {
   auto owned = std::make_unique<EscapingDialogs>(*window);
-  owned->overwrite = {0, 0, 0};
+  owned->overwrite = {OverwriteButton::Overwrite, OverwriteButton::Overwrite, OverwriteButton::Overwrite};
   owned->folders = {"="};
   EscapingDialogs* escaping = owned.get();
   commander->SetDialogs(std::move(owned));

@@ -92,9 +92,9 @@ TEST(CopyJob, CopiesWhatIsAnsweredGoSkipsTheRestAndStopsAtCancel) {
   std::vector<std::string> asked;
   CopyJob job(items, FileJob::Copy, escape, [&](const CopyItem& item) {
     asked.push_back(item.target);
-    if (item.target == to.file("b")) return Conflict::Skip;
-    if (item.target == to.file("d")) return Conflict::Stop;
-    return Conflict::Go;
+    if (item.target == to.file("b")) return OverwriteAnswer::Skip;
+    if (item.target == to.file("d")) return OverwriteAnswer::Stop;
+    return OverwriteAnswer::Write;
   });
   const Finished end = RunToEnd(job);
   EXPECT_EQ(end.done, 2);
@@ -112,7 +112,7 @@ TEST(CopyJob, AFailureEndsTheBatchWithTheFirstErrorAndAMoveKeepsWhatItDidntMove)
   const std::vector<CopyItem> items{{from.Write("a", "a"), to.file("a")},
                                     {from.file("missing"), to.file("missing")},
                                     {from.Write("c", "c"), to.file("c")}};
-  CopyJob job(items, FileJob::Move, escape, [](const CopyItem&) { return Conflict::Go; });
+  CopyJob job(items, FileJob::Move, escape, [](const CopyItem&) { return OverwriteAnswer::Write; });
   const Finished end = RunToEnd(job);
   EXPECT_EQ(end.done, 1);
   EXPECT_TRUE(end.error.startsWith(QString::fromStdString(from.file("missing")))) << end.error.toStdString();
@@ -128,7 +128,7 @@ TEST(CopyJob, CancelledBeforeItStartsItAsksNothingAndCopiesNothing) {
   int asked = 0;
   CopyJob early({{from.Write("a", "a"), to.file("a")}}, FileJob::Copy, escape, [&](const CopyItem&) {
     ++asked;
-    return Conflict::Go;
+    return OverwriteAnswer::Write;
   });
   early.Cancel();
   EXPECT_EQ(RunToEnd(early).done, 0);

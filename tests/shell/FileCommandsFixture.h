@@ -22,17 +22,17 @@ namespace fs = std::filesystem;
 // Answers the dialogs from a script and keeps what they were asked.
 class ScriptedDialogs : public FileDialogs {
  public:
-  std::deque<int> overwrite;
+  std::deque<OverwriteButton> overwrite;
   std::vector<QString> overwriteAsked;
   std::deque<QString> folders;  // "=" takes the first entry; "" cancels
   std::vector<QStringList> folderEntries;
   std::deque<std::optional<QString>> inputs;
   std::vector<QString> inputAsked;
 
-  int Overwrite(const QString& target, const QString& source) override {
+  OverwriteButton Overwrite(const QString& target, const QString& source) override {
     overwriteAsked.push_back(target + (source.isEmpty() ? "" : " | " + source));
-    if (overwrite.empty()) return 4;
-    const int answer = overwrite.front();
+    if (overwrite.empty()) return OverwriteButton::Cancel;
+    const OverwriteButton answer = overwrite.front();
     overwrite.pop_front();
     return answer;
   }

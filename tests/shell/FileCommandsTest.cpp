@@ -87,11 +87,10 @@ TEST_F(FileCommandsTest, CopyAsksPerConflictRemembersForAllAndForgetsAfterTheCom
   Select({"a.8bf", "b.txt", "c.afs"});
   dialogs->folders = {"=", "="};
   // "Overwrite" asks again at the next conflict; "Overwrite All" doesn't.
-  dialogs->overwrite = {0, 2};
+  dialogs->overwrite = {OverwriteButton::Overwrite, OverwriteButton::OverwriteAll};
   commander->cmd_CopyFiles(); Settle();
   EXPECT_EQ(dialogs->overwriteAsked.size(), 2u);
   for (const char* name : {"a.8bf", "b.txt", "c.afs"}) EXPECT_EQ(right.Read(name), std::string("left ") + name);
-  EXPECT_EQ(commander->storedChoice(), 0);
   EXPECT_EQ(dialogs->folderEntries.front().value(0).toStdString(), right.path());  // passive pane first
   // The label names the target and its size, then the source with " ?".
   EXPECT_TRUE(dialogs->overwriteAsked[0].startsWith(QString::fromStdString(right.file("a.8bf")) + "  (3 bytes, "));
@@ -101,7 +100,7 @@ TEST_F(FileCommandsTest, CopyAsksPerConflictRemembersForAllAndForgetsAfterTheCom
   // "Ignore", then "Cancel" on the last: the first is skipped, nothing after.
   for (const char* name : {"a.8bf", "b.txt", "c.afs"}) right.Write(name, "old");
   dialogs->overwriteAsked.clear();
-  dialogs->overwrite = {1, 0, 4};
+  dialogs->overwrite = {OverwriteButton::Ignore, OverwriteButton::Overwrite, OverwriteButton::Cancel};
   commander->cmd_CopyFiles(); Settle();
   EXPECT_EQ(dialogs->overwriteAsked.size(), 3u);
   EXPECT_EQ(right.Read("a.8bf"), "old");
@@ -112,7 +111,7 @@ TEST_F(FileCommandsTest, CopyAsksPerConflictRemembersForAllAndForgetsAfterTheCom
   right.Write("b.txt", "old");
   dialogs->overwriteAsked.clear();
   dialogs->folders = {"=", "="};
-  dialogs->overwrite = {3, 4};
+  dialogs->overwrite = {OverwriteButton::IgnoreAll, OverwriteButton::Cancel};
   commander->cmd_CopyFiles(); Settle();
   EXPECT_EQ(dialogs->overwriteAsked.size(), 1u);
   EXPECT_EQ(right.Read("b.txt"), "old");

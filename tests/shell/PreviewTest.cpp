@@ -13,6 +13,7 @@
 #include "host/PreviewRender.h"
 #include "picture/PicView.h"
 #include "picture/PreviewPicture.h"
+#include "shell/commander/FileCommander.h"
 #include "shell/dialogs/BrowseDialog.h"
 #include "shell/preview/PreviewController.h"
 #include "shell/preview/PreviewWindow.h"
@@ -275,7 +276,9 @@ TEST_F(PreviewTest, WindowsPluginsRunAfterAnEarlierEscStopOnEscAndNameTheirFailu
   EXPECT_EQ(qRed(Shown().pixel(1, 1)), 255 - qRed(Thumb().pixel(1, 1)));
   test::TempDir in, out;
   window->EscapeFlag() = true;
-  EXPECT_EQ(preview->RunBatch(invert, {Picture(in, "p.png")}, out.path()).written, 1);
+  preview->RunBatch(invert, {Picture(in, "p.png")}, out.path());
+  ASSERT_TRUE(QTest::qWaitFor([&] { return !preview->batchRunning(); }, 60000));
+  EXPECT_EQ(preview->lastBatch().written, 1);
 
   // A run from the window may show the plugin's dialog and has no time limit;
   // Esc reaches the window only while it keeps handling events during the run.
@@ -336,7 +339,8 @@ TEST_F(PreviewTest, BrowseFillsEveryTileAndBatchRefusesAForeignPlugin) {
   // A plugin Batch can't run says so, with the library's sentence and the
   // cause as the preview and Browse give them, and writes nothing.
   test::TempDir in, out;
-  EXPECT_EQ(preview->RunBatch(plugins.Write("foreign.8bf", "MZ elsewhere"), {Picture(in, "p.png")}, out.path()).written, 0);
+  preview->RunBatch(plugins.Write("foreign.8bf", "MZ elsewhere"), {Picture(in, "p.png")}, out.path());
+  ASSERT_TRUE(QTest::qWaitFor([&] { return !preview->batchRunning(); }, 10000));
   ASSERT_EQ(shell.boxes.size(), 1u);
   EXPECT_EQ(shell.boxes[0].text.rfind(ImgStatusText(IMG_ERR_NOT_SUPPORTED), 0), 0u) << shell.boxes[0].text;
   EXPECT_NE(shell.boxes[0].text.find("no Windows DLL"), std::string::npos) << shell.boxes[0].text;
@@ -352,7 +356,12 @@ TEST_F(PreviewTest, BatchOnThePicturesOfTheOtherPaneNeverWritesOverThem) {
   window->pane(1)->ChangeFolder(pics.path());
   window->Switchit(0);
   preview->mnuBatchProcessing_Click();
-  EXPECT_TRUE(shell.boxes.empty() || shell.boxes.back().title == "Batch");
+  // The window goes on while the pictures are filtered, and takes only Esc.
+  EXPECT_TRUE(preview->batchRunning() && FileCommander::Of(*window)->busy());
+  ASSERT_TRUE(QTest::qWaitFor([&] { return !preview->batchRunning(); }, 10000));
+  EXPECT_FALSE(FileCommander::Of(*window)->busy());
+  ASSERT_FALSE(shell.boxes.empty());
+  EXPECT_EQ(shell.boxes.back().title, "Batch");
   for (const auto& box : shell.boxes) EXPECT_EQ(box.text.find("Do you want to replace it?"), std::string::npos);
   EXPECT_EQ(Rgb(QImage(QString::fromStdString(pics.file("p.png")))), Rgb(original));
   ASSERT_TRUE(pics.Exists("invert/p.png"));

@@ -173,9 +173,9 @@ class DialogsTest : public ::testing::Test {
 TEST_F(DialogsTest, TheCommandersQuestionsTakeTheAnswerTheDialogsGive) {
   const std::unique_ptr<FileDialogs> files = MakeFileDialogs(nullptr);
   script->codes = {12, QDialog::Rejected};
-  EXPECT_EQ(files->Overwrite("/a/x.8bf", "/b/x.8bf"), 2);  // "Overwrite All"
-  EXPECT_EQ(files->Overwrite("/a/x.8bf", ""), 4);          // closed: Cancel
-  EXPECT_EQ(files->Overwrite("/a/x.8bf", ""), 0);          // nobody there: Overwrite
+  EXPECT_EQ(files->Overwrite("/a/x.8bf", "/b/x.8bf"), OverwriteButton::OverwriteAll);
+  EXPECT_EQ(files->Overwrite("/a/x.8bf", ""), OverwriteButton::Cancel);     // closed
+  EXPECT_EQ(files->Overwrite("/a/x.8bf", ""), OverwriteButton::Overwrite);  // nobody there
 
   const auto any = [](QString&) { return true; };
   const auto none = [](QString&) { return false; };

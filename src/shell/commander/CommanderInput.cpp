@@ -226,7 +226,11 @@ void FileCommander::DropFiles(int pane, const QStringList& paths, const std::str
     for (const std::string& folder : folders) {
       if (!error.empty()) break;
       const std::string to = target + FileNameOf(folder);
-      if (QFileInfo::exists(QString::fromStdString(to)) && OverwriteCheck(folder, to) != 0) continue;
+      if (QFileInfo::exists(QString::fromStdString(to))) {
+        const OverwriteAnswer answer = OverwriteCheck(folder, to);
+        if (answer == OverwriteAnswer::Stop) break;
+        if (answer == OverwriteAnswer::Skip) continue;
+      }
       if (!RenameKeepingTarget(folder, to, error))
         error = error.empty() ? folder + " couldn't be moved." : error;
     }

@@ -17,8 +17,8 @@ class ConvertJob::Messages : public WorkerMessages, public OverwriteChecker {
         job_, [job = job_, line = QString::fromStdString(text)] { emit job->statusChanged(line); },
         Qt::QueuedConnection);
   }
-  int OverwriteCheck(const std::string& sourcePath, const std::string& targetPath) override {
-    auto answer = std::make_shared<int>(kOverwriteStop);  // a run given up writes nothing more
+  OverwriteAnswer OverwriteCheck(const std::string& sourcePath, const std::string& targetPath) override {
+    auto answer = std::make_shared<OverwriteAnswer>(OverwriteAnswer::Stop);  // a run given up writes nothing more
     OnUiThread([answer, &check = overwrite_, sourcePath, targetPath] {
       *answer = check.OverwriteCheck(sourcePath, targetPath);
     });

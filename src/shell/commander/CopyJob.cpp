@@ -160,12 +160,12 @@ void CopyJob::Feed() {
     }
     CopyItem& item = items_[next_++];
     if (item.source.empty()) continue;
-    const Conflict answer = ask_ ? ask_(item) : Conflict::Go;
-    if (answer == Conflict::Stop) {
+    const OverwriteAnswer answer = ask_ ? ask_(item) : OverwriteAnswer::Write;
+    if (answer == OverwriteAnswer::Stop) {
       next_ = items_.size();
       break;
     }
-    if (answer == Conflict::Go) worker_->Push(std::move(item));
+    if (answer == OverwriteAnswer::Write) worker_->Push(std::move(item));
     if (slice.elapsed() > 15 && next_ < items_.size()) {
       QTimer::singleShot(0, this, &CopyJob::Feed);
       return;

@@ -31,7 +31,7 @@ class CopyJob : public QObject {
   // The question about one file, asked on the window's thread before the
   // file is handed over; it may set whether the file may replace one. None
   // means every file goes.
-  using Ask = std::function<Conflict(CopyItem&)>;
+  using Ask = std::function<OverwriteAnswer(CopyItem&)>;
 
   // `escape` is the window's Esc flag, read on the window's thread while the
   // job runs; the worker reads the job's own flag, which outlives neither.

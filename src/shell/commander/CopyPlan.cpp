@@ -58,29 +58,20 @@ DropPlan PlanDrop(const std::vector<std::string>& paths, const std::string& targ
   return plan;
 }
 
-bool OverwriteRule::Decided(bool targetExists, Conflict& decision) const {
-  if (!targetExists || stored_ == 2) {
-    decision = Conflict::Go;
-    return true;
-  }
-  if (stored_ == 3) {
-    decision = Conflict::Skip;
-    return true;
-  }
-  return false;
+std::optional<OverwriteAnswer> OverwriteRule::Decided(bool targetExists) const {
+  if (!targetExists) return OverwriteAnswer::Write;
+  return standing_;
 }
 
-Conflict OverwriteRule::Answer(int button) {
-  stored_ = button;
+OverwriteAnswer OverwriteRule::Answer(OverwriteButton button) {
   switch (button) {
-    case 2: return Conflict::Go;
-    case 3: return Conflict::Skip;
-    case 0:
-    case 1:
-      stored_ = 0;  // a single answer isn't a standing one
-      return button == 0 ? Conflict::Go : Conflict::Skip;
-    default: return Conflict::Stop;
+    case OverwriteButton::Overwrite: return OverwriteAnswer::Write;
+    case OverwriteButton::Ignore: return OverwriteAnswer::Skip;
+    case OverwriteButton::OverwriteAll: return *(standing_ = OverwriteAnswer::Write);
+    case OverwriteButton::IgnoreAll: return *(standing_ = OverwriteAnswer::Skip);
+    case OverwriteButton::Cancel: break;
   }
+  return OverwriteAnswer::Stop;
 }
 
 int RemoveTree(const std::string& given) {

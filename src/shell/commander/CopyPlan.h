@@ -4,9 +4,11 @@
 // so the rules are tested without a window.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "base/OverwriteAnswer.h"
 #include "base/SafeCopy.h"
 
 namespace trel {
@@ -42,23 +44,21 @@ struct DropPlan {
 };
 DropPlan PlanDrop(const std::vector<std::string>& paths, const std::string& targetFolder);
 
-// The Overwrite question's answers: 0 Overwrite, 1 Ignore, 2 Overwrite All,
-// 3 Ignore All, 4 Cancel; and what a file of the batch does: go, skip, stop.
-enum class Conflict { Go = 0, Skip = 1, Stop = 4 };
+// The buttons of the Overwrite question, in the order they stand.
+enum class OverwriteButton { Overwrite, Ignore, OverwriteAll, IgnoreAll, Cancel };
 
 // The standing answer of one command: "... All" answers hold until the
 // command ends; single answers are for one file.
 class OverwriteRule {
  public:
-  void Reset() { stored_ = 0; }
-  int stored() const { return stored_; }
-  // The decision without asking, or false when the user must be asked.
-  bool Decided(bool targetExists, Conflict& decision) const;
+  void Reset() { standing_.reset(); }
+  // The answer without asking, or nothing when the user must be asked.
+  std::optional<OverwriteAnswer> Decided(bool targetExists) const;
   // Records the button the user chose and returns what it means.
-  Conflict Answer(int button);
+  OverwriteAnswer Answer(OverwriteButton button);
 
  private:
-  int stored_ = 0;
+  std::optional<OverwriteAnswer> standing_;  // from "Overwrite All" or "Ignore All"
 };
 
 // Removes a folder and all in it; a link to a folder goes, never what it

@@ -80,10 +80,10 @@ void FileCommander::Refuse(const std::string& text, const std::string& title) {
 
 // --- the overwrite question
 
-int FileCommander::OverwriteCheck(const std::string& sourcePath, const std::string& targetPath) {
+OverwriteAnswer FileCommander::OverwriteCheck(const std::string& sourcePath, const std::string& targetPath) {
   if (sourcePath.empty() && targetPath.empty()) {
     overwrite_.Reset();
-    return 0;
+    return OverwriteAnswer::Write;
   }
   // The source is described only when the question is asked: its size and
   // date cost a look at the file and a formatted date, for every file of a batch.
@@ -91,15 +91,14 @@ int FileCommander::OverwriteCheck(const std::string& sourcePath, const std::stri
                       [&] { return sourcePath.empty() ? QString() : Described(sourcePath); });
 }
 
-int FileCommander::OverwriteCheckDescribed(const QString& source, const std::string& targetPath) {
+OverwriteAnswer FileCommander::OverwriteCheckDescribed(const QString& source, const std::string& targetPath) {
   return AskOverwrite(targetPath, ::access(targetPath.c_str(), F_OK) == 0, [&] { return source; });
 }
 
-int FileCommander::AskOverwrite(const std::string& targetPath, bool targetExists,
-                                const std::function<QString()>& describeSource) {
+OverwriteAnswer FileCommander::AskOverwrite(const std::string& targetPath, bool targetExists,
+                                            const std::function<QString()>& describeSource) {
   // Asked for every file of a batch: no conversion of the name until a question is shown.
-  Conflict decision = Conflict::Go;
-  if (overwrite_.Decided(targetExists, decision)) return static_cast<int>(decision);
+  if (const std::optional<OverwriteAnswer> decided = overwrite_.Decided(targetExists)) return *decided;
   QString first = Described(targetPath);
   QString second;
   const QString source = describeSource();
@@ -108,7 +107,7 @@ int FileCommander::AskOverwrite(const std::string& targetPath, bool targetExists
   } else {
     second = source + " ?";
   }
-  return static_cast<int>(overwrite_.Answer(dialogs_->Overwrite(first, second)));
+  return overwrite_.Answer(dialogs_->Overwrite(first, second));
 }
 
 // --- copy and move
@@ -127,10 +126,10 @@ void FileCommander::StartJob(std::vector<CopyItem> items, FileJob kind,
               // OverwriteCheck, with the target folder's names read once for the
               // batch (the job asks about named files only).
               const bool exists = targets->Contains(item.target);
-              const auto answer = static_cast<Conflict>(AskOverwrite(
-                  item.target, exists, [&] { return Described(item.source); }));
+              const OverwriteAnswer answer =
+                  AskOverwrite(item.target, exists, [&] { return Described(item.source); });
               item.replace = exists ? Replace::Allowed : Replace::Never;
-              if (answer == Conflict::Go) targets->Add(item.target);
+              if (answer == OverwriteAnswer::Write) targets->Add(item.target);
               return answer;
             })
           : CopyJob::Ask(),

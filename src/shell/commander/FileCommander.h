@@ -35,8 +35,8 @@ class FileDialogs {
  public:
   virtual ~FileDialogs() = default;
   // The Overwrite dialog: `target` and `source` are the two labels' texts, an
-  // empty `source` hides the second label and "With:". The button index 0..4.
-  virtual int Overwrite(const QString& target, const QString& source) = 0;
+  // empty `source` hides the second label and "With:".
+  virtual OverwriteButton Overwrite(const QString& target, const QString& source) = 0;
   // The SelectFolder dialog over `entries` (the first is selected). `accept`
   // is its OK button's check: false keeps the dialog open. With
   // `subFolders` given, the box "Automatically create sub folder(s)" shows and
@@ -64,12 +64,11 @@ class FileCommander : public QObject, public OverwriteChecker {
   UserMessages& messages();
   FileDialogs& dialogs() { return *dialogs_; }
 
-  // 0 go, 1 skip, 4 cancel; two empty paths reset the stored choice.
-  int OverwriteCheck(const std::string& sourcePath, const std::string& targetPath) override;
+  // Asks when the target exists; two empty paths reset the standing answer.
+  OverwriteAnswer OverwriteCheck(const std::string& sourcePath, const std::string& targetPath) override;
   // The same question for a source that isn't a file on disk (an entry of an
   // archive): `source` is its label as the dialog shows it, "name  (N bytes, date)".
-  int OverwriteCheckDescribed(const QString& source, const std::string& targetPath);
-  int storedChoice() const { return overwrite_.stored(); }
+  OverwriteAnswer OverwriteCheckDescribed(const QString& source, const std::string& targetPath);
 
   void cmd_CopyFiles();
   void cmd_MoveFiles(const std::string& target = {}, bool internal = false);
@@ -121,7 +120,7 @@ class FileCommander : public QObject, public OverwriteChecker {
   void Refuse(const std::string& text, const std::string& title = "Trel");
   bool FoldersIdentical();
   void StepOutOf(const std::string& folder);
-  int AskOverwrite(const std::string& targetPath, bool targetExists, const std::function<QString()>& describeSource);
+  OverwriteAnswer AskOverwrite(const std::string& targetPath, bool targetExists, const std::function<QString()>& describeSource);
   // Starts a batch of copies or moves as a job off the window's thread, with
   // progress; `then` runs on the window's thread when the batch has ended,
   // with how many files were done and the first error.

@@ -3,8 +3,6 @@
 // with a blank fell apart), every name goes to the program as an argument of
 // its own, so names with blanks, quotes or a leading dash arrive whole.
 #include <QAction>
-#include <QCoreApplication>
-#include <QEventLoop>
 #include <QDialog>
 #include <QDateTime>
 #include <QDir>
@@ -13,6 +11,7 @@
 #include <QLocale>
 #include <QPlainTextEdit>
 #include <QProcess>
+#include <QVariant>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QVBoxLayout>
@@ -57,6 +56,18 @@ QHash<QString, QString> EntryLabels(const QString& archive, const QString& listi
 ZipCommander::ZipCommander(MainWindow& window) : QObject(&window), window_(window) {
   setObjectName("ZipCommander");
   window.parts().zip = this;
+  // zip writes a new archive under a temporary name and removes it when
+  // told to end, so Esc ends it; an unzip writing over files is left to
+  // finish, or it would leave a half-written file where a good one stood.
+  escapePoll_.setInterval(50);
+  connect(&escapePoll_, &QTimer::timeout, this, [this] {
+    if (!window_.EscapeFlag()) return;
+    for (QProcess* process : findChildren<QProcess*>(Qt::FindDirectChildrenOnly)) {
+      if (process->property("keepOnEsc").toBool()) continue;
+      process->setProperty("stopped", true);
+      process->terminate();
+    }
+  });
   sink_ = [this](const QString& title, const QString& text) {
     QDialog dialog(&window_);
     dialog.setWindowTitle(title);
@@ -77,22 +88,40 @@ ZipCommander::ZipCommander(MainWindow& window) : QObject(&window), window_(windo
 
 ZipCommander* ZipCommander::Of(MainWindow& window) { return window.parts().zip; }
 
-int ZipCommander::Run(const QString& program, const QStringList& arguments, const QString& folder, QString* output,
-                      const QByteArray& input) {
-  QProcess process;
-  process.setWorkingDirectory(folder);
-  process.setProcessChannelMode(QProcess::MergedChannels);
-  process.start(program, arguments);
-  if (!process.waitForStarted(10000)) return -1;
-  if (!input.isEmpty()) process.write(input);
-  process.closeWriteChannel();
-  // The window keeps painting while the archive program works.
-  while (!process.waitForFinished(50)) {
-    if (process.state() == QProcess::NotRunning) break;
-    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+void ZipCommander::Start(const QString& program, const QStringList& arguments, const QString& folder,
+                         std::function<void(const Ended&)> then, OnEsc onEsc, const QByteArray& input) {
+  FileCommander* files = FileCommander::Of(window_);
+  if (running_++ == 0) {
+    window_.BeginWork();
+    files->SetBusy(true);
+    escapePoll_.start();
   }
-  if (output) *output = QString::fromLocal8Bit(process.readAll());
-  return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+  auto* process = new QProcess(this);
+  process->setProperty("keepOnEsc", onEsc == OnEsc::Finish);
+  process->setWorkingDirectory(folder);
+  process->setProcessChannelMode(QProcess::MergedChannels);
+  // Each program ends once: it couldn't start, or it finished (crashed included).
+  auto ended = [this, files, process, then = std::move(then)](int code) {
+    process->disconnect(this);
+    process->deleteLater();
+    const bool stopped = process->property("stopped").toBool();
+    if (!stopped) then(Ended{code, QString::fromLocal8Bit(process->readAll())});
+    if (--running_ > 0) return;
+    escapePoll_.stop();
+    files->SetBusy(false);
+    if (stopped) window_.RefreshBoth();  // whatever the program got done shows
+  };
+  connect(process, &QProcess::started, this, [process, input] {
+    if (!input.isEmpty()) process->write(input);
+    process->closeWriteChannel();
+  });
+  connect(process, &QProcess::finished, this, [ended](int code, QProcess::ExitStatus status) {
+    ended(status == QProcess::NormalExit ? code : -1);
+  });
+  connect(process, &QProcess::errorOccurred, this, [ended](QProcess::ProcessError error) {
+    if (error == QProcess::FailedToStart) ended(-1);
+  });
+  process->start(program, arguments);
 }
 
 void ZipCommander::Show(const QString& title, const QString& text) {
@@ -123,45 +152,52 @@ void ZipCommander::mnuAddtoZip_Click() {
   // Packed formats are stored as they are, not compressed again.
   QStringList arguments{"-n", ".zip:.tif:.gif:.jpg:.arj:.rar", folder + name->trimmed()};
   for (const std::string& item : selection.items) arguments << AsArgument(QString::fromStdString(item));
-  QString output;
-  const int code = Run("zip", arguments, folder, &output);
-  if (code != 0) {
-    files->messages().ErrorMessage(code < 0 ? std::string("The program zip could not be started.")
-                                            : "zip: " + output.trimmed().toStdString());
-  }
-  p->Combo1_Click(kZipMaskEntry);
-  window_.RefreshBoth();
+  Start("zip", arguments, folder, [this, files, p](const Ended& zip) {
+    if (zip.code != 0) {
+      files->messages().ErrorMessage(zip.code < 0 ? std::string("The program zip could not be started.")
+                                                  : "zip: " + zip.output.trimmed().toStdString());
+    }
+    p->Combo1_Click(kZipMaskEntry);
+    window_.RefreshBoth();
+  });
 }
 
 void ZipCommander::mnuTestZip_Click() {
   const QString archive = SelectedZip();
   if (archive.isEmpty()) return;  // not a zip: nothing to say
-  QString output;
-  const int code = Run("zip", {"-T", AsArgument(QFileInfo(archive).fileName())}, QFileInfo(archive).absolutePath(), &output);
-  if (code < 0) output = "The program zip could not be started.";
-  Show("Test Zip", output);
+  Start("zip", {"-T", AsArgument(QFileInfo(archive).fileName())}, QFileInfo(archive).absolutePath(),
+        [this](const Ended& test) {
+          Show("Test Zip", test.code < 0 ? "The program zip could not be started." : test.output);
+        });
 }
 
 void ZipCommander::mnuViewZip_Click() {
   const QString archive = SelectedZip();
   if (archive.isEmpty()) return;
-  QString output;
-  const int code = Run("unzip", {"-l", AsArgument(QFileInfo(archive).fileName())}, QFileInfo(archive).absolutePath(), &output);
-  if (code < 0) output = "The program unzip could not be started.";
-  Show("View Zip", output);
+  Start("unzip", {"-l", AsArgument(QFileInfo(archive).fileName())}, QFileInfo(archive).absolutePath(),
+        [this](const Ended& view) {
+          Show("View Zip", view.code < 0 ? "The program unzip could not be started." : view.output);
+        });
 }
 
-bool ZipCommander::UnzipInto(const QString& archive, const QString& folder) {
+void ZipCommander::UnzipInto(const QString& archive, const QString& folder, std::function<void(bool)> done) {
+  Start("unzip", {"-Z1", archive}, folder, [=, this](const Ended& listing) {
+    if (listing.code != 0) {
+      FileCommander::Of(window_)->messages().ErrorMessage(archive.toStdString() + " can't be read as a zip file.");
+      done(false);
+      return;
+    }
+    // The question shows the entry that would replace the file, with the
+    // entry's own size and date, not the archive's.
+    Start("unzip", {"-l", archive}, folder, [=, this](const Ended& details) {
+      AskAndUnzip(archive, folder, listing.output, details.output, done);
+    });
+  });
+}
+
+void ZipCommander::AskAndUnzip(const QString& archive, const QString& folder, const QString& listing,
+                               const QString& details, const std::function<void(bool)>& done) {
   FileCommander* files = FileCommander::Of(window_);
-  QString listing;
-  if (Run("unzip", {"-Z1", archive}, folder, &listing) != 0) {
-    files->messages().ErrorMessage(archive.toStdString() + " can't be read as a zip file.");
-    return false;
-  }
-  // The question shows the entry that would replace the file, with the
-  // entry's own size and date, not the archive's.
-  QString details;
-  Run("unzip", {"-l", archive}, folder, &details);
   const QHash<QString, QString> described = EntryLabels(archive, details);
   QStringList skip;
   files->OverwriteCheck("", "");
@@ -170,33 +206,38 @@ bool ZipCommander::UnzipInto(const QString& archive, const QString& folder) {
     if (entry.endsWith('/')) continue;
     const QString target = base + entry;
     if (!QFileInfo::exists(target)) continue;
-    const int answer = files->OverwriteCheckDescribed(described.value(entry, archive + ": " + entry), target.toStdString());
-    if (answer == 4) {
+    const OverwriteAnswer answer =
+        files->OverwriteCheckDescribed(described.value(entry, archive + ": " + entry), target.toStdString());
+    if (answer == OverwriteAnswer::Stop) {
       files->OverwriteCheck("", "");
-      return false;
+      done(false);
+      return;
     }
-    if (answer == 1) skip << entry;
+    if (answer == OverwriteAnswer::Skip) skip << entry;
   }
   files->OverwriteCheck("", "");
   QStringList arguments{"-o", "-q", archive, "-d", folder};
   if (!skip.isEmpty()) arguments << "-x" << skip;
-  QString output;
-  const int code = Run("unzip", arguments, folder, &output);
-  if (code != 0) {
-    files->messages().ErrorMessage(code < 0 ? std::string("The program unzip could not be started.")
-                                            : "unzip: " + output.trimmed().toStdString());
-    return false;
-  }
-  return true;
+  Start(
+      "unzip", arguments, folder,
+      [files, done](const Ended& unzip) {
+        if (unzip.code != 0) {
+          files->messages().ErrorMessage(unzip.code < 0 ? std::string("The program unzip could not be started.")
+                                                        : "unzip: " + unzip.output.trimmed().toStdString());
+        }
+        done(unzip.code == 0);
+      },
+      OnEsc::Finish);
 }
 
 void ZipCommander::mnuUnzip_Click() {
   const QString archive = SelectedZip();
   if (archive.isEmpty()) return;
   const int passive = window_.ActivePane() ^ 1;
-  UnzipInto(archive, QString::fromStdString(window_.pane(passive)->folder()));
-  window_.ClearPluginViewFresh(passive);
-  window_.RefreshBoth();
+  UnzipInto(archive, QString::fromStdString(window_.pane(passive)->folder()), [this, passive](bool) {
+    window_.ClearPluginViewFresh(passive);
+    window_.RefreshBoth();
+  });
 }
 
 void ZipCommander::mnuUnzipInstall_Click() {
@@ -212,13 +253,15 @@ void ZipCommander::mnuUnzipInstall_Click() {
     FileCommander::Of(window_)->messages().ErrorMessage(folder.toStdString() + " couldn't be created.");
     return;
   }
-  if (UnzipInto(archive, folder)) {
-    FilePane* p = window_.pane(passive);
-    p->ChangeFolder(folder.toStdString());
-    p->DrawDirLabel();
-    window_.ClearPluginViewFresh(passive);
-  }
-  window_.RefreshBoth();
+  UnzipInto(archive, folder, [this, passive, folder](bool unzipped) {
+    if (unzipped) {
+      FilePane* p = window_.pane(passive);
+      p->ChangeFolder(folder.toStdString());
+      p->DrawDirLabel();
+      window_.ClearPluginViewFresh(passive);
+    }
+    window_.RefreshBoth();
+  });
 }
 
 void ZipCommander::mnuRepairZip_Click(bool rescue) {
@@ -229,12 +272,14 @@ void ZipCommander::mnuRepairZip_Click(bool rescue) {
   QString out = info.absolutePath() + "/" + info.completeBaseName() + (rescue ? "_rescued" : "_repaired");
   QString candidate = out + ".zip";
   for (int n = 2; QFileInfo::exists(candidate); ++n) candidate = out + QString(" (%1).zip").arg(n);
-  QString output;
-  const int code = Run("zip", {rescue ? "-FF" : "-F", AsArgument(info.fileName()), "--out", candidate},
-                       info.absolutePath(), &output, QByteArray("y\n"));
-  Show(rescue ? "Rescue Zip" : "Repair Zip",
-       (code == 0 ? "Written: " + candidate + "\n\n" : QString()) + output);
-  window_.RefreshBoth();
+  Start(
+      "zip", {rescue ? "-FF" : "-F", AsArgument(info.fileName()), "--out", candidate}, info.absolutePath(),
+      [this, rescue, candidate](const Ended& repair) {
+        Show(rescue ? "Rescue Zip" : "Repair Zip",
+             (repair.code == 0 ? "Written: " + candidate + "\n\n" : QString()) + repair.output);
+        window_.RefreshBoth();
+      },
+      OnEsc::Stop, QByteArray("y\n"));
 }
 
 void InstallZipCommands(MainWindow& window) {

@@ -51,7 +51,7 @@ class OverwriteDialog : public QDialog {
     }
     column->addLayout(row);
   }
-  int Ask(const QString& target, const QString& source) {
+  OverwriteButton Ask(const QString& target, const QString& source) {
     first_->setText(target);
     second_->setText(source);
     with_->setVisible(!source.isEmpty());
@@ -59,7 +59,8 @@ class OverwriteDialog : public QDialog {
     // The result code is the button's number after kFirstAnswer; closing the
     // window is Cancel. Nobody at the screen overwrites.
     const int code = TheDialogs().Exec(*this, kFirstAnswer);
-    return code >= kFirstAnswer && code <= kFirstAnswer + 4 ? code - kFirstAnswer : 4;
+    return code >= kFirstAnswer && code <= kFirstAnswer + 4 ? static_cast<OverwriteButton>(code - kFirstAnswer)
+                                                            : OverwriteButton::Cancel;
   }
 
  private:
@@ -172,7 +173,7 @@ class ProgramDialogs : public FileDialogs {
  public:
   explicit ProgramDialogs(QWidget* owner) : owner_(owner) {}
 
-  int Overwrite(const QString& target, const QString& source) override {
+  OverwriteButton Overwrite(const QString& target, const QString& source) override {
     OverwriteDialog dialog(owner_);
     return dialog.Ask(target, source);
   }

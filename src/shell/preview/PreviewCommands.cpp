@@ -22,6 +22,8 @@
 #include "shell/window/CommandGroups.h"
 #include "shell/pane/FilePane.h"
 #include "shell/window/MainWindow.h"
+#include "shell/preview/BatchJob.h"
+#include "shell/commander/FileCommander.h"
 #include "shell/preview/PreviewController.h"
 #include "shell/preview/PreviewWindow.h"
 #include "shell/pane/Selection.h"
@@ -235,59 +237,34 @@ void PreviewController::mnuBatchProcessing_Click() {
   RunBatch(plugin, pictures, target);
 }
 
-BatchResult PreviewController::RunBatch(const std::string& plugin, const std::vector<std::string>& pictures,
-                                        const std::string& targetFolder) {
-  window_.BeginWork();  // the probe below is part of this run already
-  // Our own filters run straight on the engine; any other plugin goes
-  // through the host, which says what it can't run.
-  const PreparedFilter filter = PrepareFilter(plugin);
-  PictureRunner run;
-  if (filter.ok()) {
-    run = [this, &filter](const QImage& in) {
-      return RenderWith(filter, in, [this] { return window_.EscapeFlag().load(); });
-    };
-  } else {
-    run = [this, &plugin](const QImage& in) { return RunThroughHost(plugin, in); };
-    QImage probe(1, 1, QImage::Format_RGB888);
-    probe.fill(Qt::gray);
-    int32_t status = IMG_OK;
-    std::string why;
-    if (RunThroughHost(plugin, probe, &status, &why).isNull()) {
-      shell().MsgBox(why.empty() ? ImgStatusText(status) : why, MsgButtons::Ok, MsgIcon::Exclamation,
-                     "Image Library");
-      return {};
-    }
-  }
+void PreviewController::RunBatch(const std::string& plugin, const std::vector<std::string>& pictures,
+                                 const std::string& targetFolder) {
+  if (batch_) return;
+  window_.BeginWork();  // the plugin's check is part of this run already
+  FileCommander* files = FileCommander::Of(window_);
+  files->SetBusy(true);
   const double start = QTime::currentTime().msecsSinceStartOfDay() / 1000.0;
-  QApplication::setOverrideCursor(Qt::WaitCursor);
-  BatchResult result = BatchApply(
-      run, pictures, targetFolder,
-      [this](const std::string& target) {
-        QApplication::restoreOverrideCursor();
-        const MsgResult answer =
-            shell().MsgBox(target + " already exists.\n\nDo you want to replace it?",
-                                      MsgButtons::YesNoCancel, MsgIcon::Question, "Overwrite");
-        QApplication::setOverrideCursor(Qt::WaitCursor);
-        return answer == MsgResult::Yes  ? OverwriteAnswer::Write
-               : answer == MsgResult::No ? OverwriteAnswer::Skip
-                                         : OverwriteAnswer::Stop;
-      },
-      [this, start](size_t done, size_t total) {
-        window_.StatusDisplay(long(done), long(total), start);
-        // Keeps the window alive and lets Esc through between pictures.
-        QCoreApplication::processEvents();
-      },
-      &window_.EscapeFlag());
-  QApplication::restoreOverrideCursor();
-  window_.StatusDisplayClear();
-  window_.RefreshBoth();
-  std::string report = std::to_string(result.written) + " picture(s) written to " + targetFolder;
-  if (result.skipped) report += "\n" + std::to_string(result.skipped) + " skipped";
-  if (result.stopped) report += "\nStopped.";
-  for (size_t i = 0; i < result.errors.size() && i < 10; ++i) report += "\n" + result.errors[i];
-  shell().MsgBox(report, MsgButtons::Ok,
-                            result.errors.empty() ? MsgIcon::Information : MsgIcon::Exclamation, "Batch");
-  return result;
+  batch_ = new BatchJob({plugin, pictures, targetFolder, window_.programFolder(), state_.mainWindow}, shell(),
+                        window_.EscapeFlag(), this);
+  connect(batch_, &BatchJob::progressed, this,
+          [this, start](int done, int total) { window_.StatusDisplay(done, total, start); });
+  connect(batch_, &BatchJob::finished, this, [this, files, targetFolder] {
+    BatchJob* job = std::exchange(batch_, nullptr);
+    job->deleteLater();
+    files->SetBusy(false);
+    window_.StatusDisplayClear();
+    if (job->refused()) return;  // said already
+    lastBatch_ = job->result();
+    window_.RefreshBoth();
+    const BatchResult& result = lastBatch_;
+    std::string report = std::to_string(result.written) + " picture(s) written to " + targetFolder;
+    if (result.skipped) report += "\n" + std::to_string(result.skipped) + " skipped";
+    if (result.stopped) report += "\nStopped.";
+    for (size_t i = 0; i < result.errors.size() && i < 10; ++i) report += "\n" + result.errors[i];
+    shell().MsgBox(report, MsgButtons::Ok, result.errors.empty() ? MsgIcon::Information : MsgIcon::Exclamation,
+                   "Batch");
+  });
+  batch_->Start();
 }
 
 }  // namespace trel

@@ -30,6 +30,7 @@
 #include "settings/SettingsStore.h"
 #include "shell/dialogs/BrowseDialog.h"
 #include "shell/pane/FileListView.h"
+#include "shell/preview/BatchJob.h"
 #include "shell/commander/FileCommander.h"
 #include "shell/pane/FilePane.h"
 #include "shell/window/MainWindow.h"
@@ -106,6 +107,7 @@ PreviewController::PreviewController(MainWindow& window)
 }
 
 PreviewController::~PreviewController() {
+  delete batch_;  // stops it and waits for its thread
   cacheWriter_.waitForDone();
   CloseImages();
 }
@@ -555,23 +557,7 @@ void PreviewController::LoadintoPicView(const QString& path) {
 
 QImage PreviewController::RunThroughHost(const std::string& plugin, const QImage& picture, int32_t* status,
                                          std::string* why) {
-  ImgHandle h = lib_->Adopt(picture);
-  if (h == 0) return {};
-  QImage result;
-  // The host's own steps, so that the reason of a failure survives the unload.
-  int32_t st = lib_->ImgPlugInHostLoad(window_.programFolder());
-  if (st == IMG_OK) st = lib_->ImgPlugInLoad(plugin);
-  if (st == IMG_OK) st = lib_->ImgPlugInInvoke(h, state_.mainWindow, {0, 0, picture.width() - 1, picture.height() - 1});
-  if (st == IMG_OK) result = *lib_->image(h);
-  if (why) {
-    *why = st == IMG_OK ? std::string() : lib_->ImgErrString();
-    for (char& c : *why)
-      if (c == '\n') c = ' ';
-  }
-  lib_->ImgPlugInHostUnload();
-  lib_->ImgClose(h);
-  if (status) *status = st;
-  return result;
+  return lib_->RunPlugInOnce(window_.programFolder(), plugin, picture, state_.mainWindow, status, why);
 }
 
 void PreviewController::CloseImages() {

@@ -29,6 +29,7 @@ class MainWindow;
 class PicView;
 class PreviewWindow;
 
+class BatchJob;
 class PreviewController : public QObject {
   Q_OBJECT
  public:
@@ -93,9 +94,14 @@ class PreviewController : public QObject {
   // --- Browse and Batch
   void mnuBrowser_Click();
   void mnuBatchProcessing_Click();
-  // Applies a plugin to pictures, results into the folder; asks before replacing.
-  BatchResult RunBatch(const std::string& plugin, const std::vector<std::string>& pictures,
-                       const std::string& targetFolder);
+  // Starts applying a plugin to pictures, results into the folder; asks
+  // before replacing. The window goes on meanwhile, taking only Esc; the
+  // report box ends the run.
+  void RunBatch(const std::string& plugin, const std::vector<std::string>& pictures,
+                const std::string& targetFolder);
+  bool batchRunning() const { return batch_ != nullptr; }
+  // What the last run that got past its plugin's check did.
+  const BatchResult& lastBatch() const { return lastBatch_; }
 
   // Runs a plugin through the host over a copy of a picture, quietly; null
   // when the host couldn't, and then `status` says why.
@@ -151,6 +157,8 @@ class PreviewController : public QObject {
   QPointer<PreviewWindow> preview_;
   QPointer<PicView> picView_;
   std::vector<QPointer<QItemSelectionModel>> hooked_;
+  BatchJob* batch_ = nullptr;
+  BatchResult lastBatch_;
 };
 
 }  // namespace trel
