@@ -8,6 +8,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QHash>
+#include <QLabel>
 #include <QLocale>
 #include <QPlainTextEdit>
 #include <QProcess>
@@ -96,6 +97,8 @@ void ZipCommander::Start(const QString& program, const QStringList& arguments, c
     files->SetBusy(true);
     escapePoll_.start();
   }
+  // The status row says what runs, since the program reports no progress.
+  window_.label3()->setText("Running " + program + " ...");
   auto* process = new QProcess(this);
   process->setProperty("keepOnEsc", onEsc == OnEsc::Finish);
   process->setWorkingDirectory(folder);
@@ -105,6 +108,7 @@ void ZipCommander::Start(const QString& program, const QStringList& arguments, c
     process->disconnect(this);
     process->deleteLater();
     const bool stopped = process->property("stopped").toBool();
+    window_.StatusDisplayClear();
     if (!stopped) then(Ended{code, QString::fromLocal8Bit(process->readAll())});
     if (--running_ > 0) return;
     escapePoll_.stop();
