@@ -226,19 +226,4 @@ FileOpResult SafeMoveFile(const std::string& source, const std::string& target, 
   return FileCopier().Move(source, target, progress, abort);
 }
 
-bool IsSameOrInside(const std::string& inner, const std::string& outer) {
-  std::error_code ec;
-  auto norm = [&](const std::string& path) {
-    std::filesystem::path p = std::filesystem::weakly_canonical(path, ec);
-    if (ec) p = std::filesystem::path(path).lexically_normal();
-    std::string text = p.string();
-    while (text.size() > 1 && text.back() == '/') text.pop_back();
-    return text;
-  };
-  const std::string in = norm(inner);
-  const std::string out = norm(outer);
-  if (in == out) return true;
-  return in.size() > out.size() && in.compare(0, out.size(), out) == 0 && (out == "/" || in[out.size()] == '/');
-}
-
 }  // namespace trel

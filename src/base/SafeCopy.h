@@ -72,8 +72,4 @@ FileOpResult SafeMoveFile(const std::string& source, const std::string& target,
 // only where it has neither does a look before the rename.
 int RenameNoReplace(int fromFolder, const char* from, int toFolder, const char* to);
 
-// True when `inner` is `outer` or lies below it (both folders; the comparison
-// is by path, with trailing separators ignored and symbolic links resolved).
-bool IsSameOrInside(const std::string& inner, const std::string& outer);
-
 }  // namespace trel

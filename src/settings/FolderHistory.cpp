@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "settings/FolderIdentity.h"
+#include "base/FolderIdentity.h"
 
 namespace trel {
 

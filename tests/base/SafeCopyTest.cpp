@@ -173,20 +173,6 @@ TEST(SafeCopy, ATargetFoundAbsentIsNeverReplacedWhenItAppearsMeanwhile) {
   EXPECT_EQ(to.Read("u"), "temp");
 }
 
-TEST(SafeCopy, InsideTellsSubFoldersFromNamesThatShareAPrefix) {
-  TempDir root;
-  fs::create_directories(root.file("a/b"));
-  fs::create_directories(root.file("ab"));
-  fs::create_directory_symlink(root.file("a/b"), root.file("link"));
-  struct Case {
-    std::string inner, outer;
-    bool inside;
-  } cases[] = {{"a", "a", true},       {"a/", "a", true},      {"a/b", "a", true},  {"a/b/", "a/", true},
-               {"ab", "a", false},     {"a", "a/b", false},    {"link", "a", true}, {"a/b/new", "a", true}};
-  for (const Case& c : cases)
-    EXPECT_EQ(IsSameOrInside(root.file(c.inner), root.file(c.outer)), c.inside) << c.inner << " in " << c.outer;
-}
-
 unsigned ModeOf(const std::string& path) {
   struct stat st {};
   EXPECT_EQ(::stat(path.c_str(), &st), 0) << path;

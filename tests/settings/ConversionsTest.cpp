@@ -1,6 +1,5 @@
 #include "settings/Conversions.h"
 #include "settings/FolderHistory.h"
-#include "settings/FolderIdentity.h"
 
 #include <gtest/gtest.h>
 
@@ -81,27 +80,6 @@ TEST(FolderHistory, TwoFoldersWhoseNamesDifferInCaseAreTwoEntries) {
   EXPECT_TRUE(UpdateFolderHistory(list, root.file("plugins/"), fifo));
   EXPECT_FALSE(UpdateFolderHistory(list, root.file("Plugins/../plugins"), fifo));
   EXPECT_EQ(list, (List{root.file("Plugins/"), root.file("plugins/")}));
-}
-
-TEST(FolderIdentity, TheFileSystemDecidesWhatIsOneFolder) {
-  test::TempDir root;
-  namespace fs = std::filesystem;
-  fs::create_directories(root.file("a/Plugins/deep"));
-  fs::create_directory(root.file("a/plugins"));
-  fs::create_directory_symlink(root.file("a/Plugins"), root.file("link"));
-  EXPECT_FALSE(SameFolder(root.file("a/Plugins"), root.file("a/plugins")));
-  EXPECT_TRUE(SameFolder(root.file("a/Plugins/"), root.file("a/Plugins")));
-  EXPECT_TRUE(SameFolder(root.file("link/"), root.file("a/Plugins")));
-  EXPECT_TRUE(SameFolder(root.file("a/plugins/../Plugins"), root.file("a/Plugins/")));
-  // Names of folders that don't exist compare as written.
-  EXPECT_TRUE(SameFolder("/no/such/Dir/", "/no/such/Dir"));
-  EXPECT_FALSE(SameFolder("/no/such/Dir/", "/no/such/dir/"));
-  EXPECT_FALSE(SameFolder(root.file("a/Plugins"), "/no/such/Dir"));
-
-  EXPECT_TRUE(IsInsideFolder(root.file("a/Plugins/deep/"), root.file("a/Plugins/")));
-  EXPECT_TRUE(IsInsideFolder(root.file("a/Plugins/deep/new/"), root.file("link")));
-  EXPECT_FALSE(IsInsideFolder(root.file("a/Plugins/deep/"), root.file("a/plugins/")));
-  EXPECT_FALSE(IsInsideFolder(root.file("a/"), root.file("a/Plugins/")));
 }
 
 }  // namespace

@@ -29,7 +29,7 @@
 #include "base/PluginKinds.h"
 #include "catalogue/PluginTypes.h"
 #include "picture/Module2.h"
-#include "settings/FolderIdentity.h"
+#include "base/FolderIdentity.h"
 #include "settings/Trash.h"
 #include "shell/pane/DirListBox.h"
 #include "shell/pane/FileListModel.h"

@@ -4,7 +4,7 @@
 
 #include "base/DirectoryListing.h"
 #include "base/Paths.h"
-#include "settings/FolderIdentity.h"
+#include "base/FolderIdentity.h"
 #include "base/SafeCopy.h"
 #include "picture/Module2.h"
 
@@ -50,7 +50,7 @@ DropPlan PlanDrop(const std::vector<std::string>& paths, const std::string& targ
     }
   }
   for (const std::string& folder : plan.folders) {
-    if (IsSameOrInside(targetFolder, folder)) {
+    if (IsInsideFolder(targetFolder, folder)) {
       plan.intoItself = folder;
       break;
     }

@@ -27,7 +27,7 @@
 #include "catalogue/PluginList.h"
 #include "filter/FilterEnv.h"
 #include "picture/Module2.h"
-#include "settings/FolderIdentity.h"
+#include "base/FolderIdentity.h"
 #include "settings/Trash.h"
 #include "shell/commander/CopyJob.h"
 #include "shell/commander/CopyPlan.h"

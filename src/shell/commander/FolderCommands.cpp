@@ -26,7 +26,7 @@
 #include "filter/FilterEnv.h"
 #include "base/Paths.h"
 #include "picture/Module2.h"
-#include "settings/FolderIdentity.h"
+#include "base/FolderIdentity.h"
 #include "settings/Trash.h"
 #include "shell/pane/DirListBox.h"
 #include "shell/pane/FileListModel.h"
@@ -128,7 +128,7 @@ void FileCommander::StepOutOf(const std::string& given) {
   const std::string folder = StripSeparator(given);
   for (int i = 0; i < 2; ++i) {
     FilePane* p = window_.pane(i);
-    if (IsSameOrInside(p->folder(), folder)) {
+    if (IsInsideFolder(p->folder(), folder)) {
       p->ChangeFolder(ParentFolder(WithTrailingSeparator(folder)));
       p->DrawDirLabel();
     }
@@ -212,7 +212,7 @@ void FileCommander::cmd_MoveDir() {
     return;
   }
   const std::string source = StripSeparator(folder);
-  if (IsSameOrInside(target, source)) {
+  if (IsInsideFolder(target, source)) {
     Refuse("A folder can't be moved into itself or one of its sub folders.\n" + source);
     return;
   }

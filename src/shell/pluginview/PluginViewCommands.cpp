@@ -13,7 +13,7 @@
 #include "catalogue/PluginScanner.h"
 #include "catalogue/ScanCache.h"
 #include "base/Paths.h"
-#include "settings/FolderIdentity.h"
+#include "base/FolderIdentity.h"
 #include "shell/dialogs/CategoryDialog.h"
 #include "shell/window/CommandGroups.h"
 #include "shell/window/MainWindow.h"

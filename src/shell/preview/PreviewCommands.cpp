@@ -17,7 +17,7 @@
 #include "host/PreviewPipeline.h"
 #include "picture/Module2.h"
 #include "picture/PicView.h"
-#include "settings/FolderIdentity.h"
+#include "base/FolderIdentity.h"
 #include "shell/dialogs/BrowseDialog.h"
 #include "shell/window/CommandGroups.h"
 #include "shell/pane/FilePane.h"

@@ -26,7 +26,7 @@
 #include "picture/Module2.h"
 #include "settings/Conversions.h"
 #include "settings/FolderHistory.h"
-#include "settings/FolderIdentity.h"
+#include "base/FolderIdentity.h"
 #include "settings/SettingsStore.h"
 #include "shell/pane/FileListModel.h"
 #include "shell/pane/FileListView.h"

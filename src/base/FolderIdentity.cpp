@@ -1,4 +1,4 @@
-#include "settings/FolderIdentity.h"
+#include "base/FolderIdentity.h"
 
 #include <filesystem>
 
@@ -27,7 +27,12 @@ bool SameFolder(const std::string& a, const std::string& b) {
 
 bool IsInsideFolder(const std::string& path, const std::string& folder) {
   if (path.empty() || folder.empty()) return false;
-  for (fs::path p = Normal(path);; p = p.parent_path()) {
+  // The links along `path` are followed first: a link that leads below
+  // `folder` is inside it, so a copy into it would be a copy into itself.
+  std::error_code ec;
+  fs::path resolved = fs::weakly_canonical(path, ec);
+  if (ec) resolved = path;
+  for (fs::path p = Normal(resolved.string());; p = p.parent_path()) {
     if (SameFolder(p.string(), folder)) return true;
     if (!p.has_relative_path()) return false;
   }

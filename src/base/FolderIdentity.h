@@ -12,7 +12,8 @@ namespace trel {
 // own identity, names of folders that don't exist by their normal form.
 bool SameFolder(const std::string& a, const std::string& b);
 
-// True when `path` is `folder` or lies somewhere below it.
+// True when `path` is `folder` or lies somewhere below it, after the links
+// along `path` are followed.
 bool IsInsideFolder(const std::string& path, const std::string& folder);
 
 }  // namespace trel
