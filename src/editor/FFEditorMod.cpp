@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "filter/LabelShortening.h"
+#include "filter/TextFormats.h"
 
 namespace trel {
 
@@ -90,43 +91,7 @@ PreviewPlan PlanPreview(const FFFilter& f, bool alphaChannelDisplay) {
   return plan;
 }
 
-namespace {
-
-// Which controls of pair i (1..4) carry a name line, and the name lines.
-void PairLines(const FFFilter& f, int pair, std::vector<std::string>& names,
-               std::vector<std::string>& values, const std::string& margin) {
-  const int c1 = 2 * pair - 1, c2 = 2 * pair;
-  if (!f.mapName[pair].empty()) {
-    names.push_back(margin + "map[" + std::to_string(pair - 1) + "]: " + f.mapName[pair]);
-    for (int c : {c1, c2})
-      values.push_back(margin + "val[" + std::to_string(c - 1) + "]: " + std::to_string(f.ctlValue[c]));
-    return;
-  }
-  for (int c : {c1, c2}) {
-    if (f.ctlName[c].empty()) continue;
-    names.push_back(margin + "ctl[" + std::to_string(c - 1) + "]: " + f.ctlName[c]);
-    values.push_back(margin + "val[" + std::to_string(c - 1) + "]: " + std::to_string(f.ctlValue[c]));
-  }
-}
-
-}  // namespace
-
-std::string FilterClipboardText(const FFFilter& f) {
-  std::vector<std::string> lines{"Category: " + f.category, "Title: " + f.title,
-                                 "Copyright: " + f.copyright, "Author: " + f.author,
-                                 "Filename: " + f.filename, "",
-                                 "R:", f.codeR, "", "G:", f.codeG, "", "B:", f.codeB, "",
-                                 "A:", f.codeA, ""};
-  std::vector<std::string> names, values;
-  for (int pair = 1; pair <= 4; ++pair) PairLines(f, pair, names, values, "");
-  lines.insert(lines.end(), names.begin(), names.end());
-  lines.push_back("");
-  lines.insert(lines.end(), values.begin(), values.end());
-  lines.push_back("");
-  std::string text;
-  for (const auto& line : lines) text += line + "\r\n";
-  return text;
-}
+std::string FilterClipboardText(const FFFilter& f) { return FilterText(f, CodeLines::BelowLabel); }
 
 std::vector<std::string> FilterPrintLines(const FFFilter& f) {
   std::vector<std::string> lines{"   Category: " + f.category, "   Title: " + f.title,

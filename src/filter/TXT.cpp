@@ -270,12 +270,7 @@ bool ReadTXT(FFFilter& f, std::string folder, const std::string& name, bool /*ig
   }
 }
 
-void WriteTXT(FFFilter& f, std::string folder, bool withPresets, const FilterEnv& env) {
-  if (!f.isPhotoshop) CorrectprmcodeAll(f);
-  if (env.options.macFFAdaption) CorrectCodeForMac(f);
-  if (f.filename.find('.') == std::string::npos) f.filename += ".txt";
-  const std::string stem = f.filename.substr(0, f.filename.size() >= 4 ? f.filename.size() - 4 : 0);
-
+std::string FilterText(const FFFilter& f, CodeLines codes) {
   std::string text;
   auto line = [&text](const std::string& s) { text += s + "\r\n"; };
   line("Category: " + f.category);
@@ -284,14 +279,16 @@ void WriteTXT(FFFilter& f, std::string folder, bool withPresets, const FilterEnv
   line("Author: " + f.author);
   line("Filename: " + f.filename);
   line("");
-  line("R:" + f.codeR);
-  line("");
-  line("G:" + f.codeG);
-  line("");
-  line("B:" + f.codeB);
-  line("");
-  line("A:" + f.codeA);
-  line("");
+  for (const auto& [label, code] : {std::pair{"R:", &f.codeR}, std::pair{"G:", &f.codeG},
+                                    std::pair{"B:", &f.codeB}, std::pair{"A:", &f.codeA}}) {
+    if (codes == CodeLines::BesideLabel) {
+      line(label + *code);
+    } else {
+      line(label);
+      line(*code);
+    }
+    line("");
+  }
   // A map and its control pair exclude each other; the map wins.
   for (int i = 0; i < 4; ++i) {
     if (!f.mapName[i + 1].empty()) {
@@ -308,6 +305,17 @@ void WriteTXT(FFFilter& f, std::string folder, bool withPresets, const FilterEnv
         line("val[" + std::to_string(c) + "]: " + std::to_string(f.ctlValue[c + 1]));
   }
   line("");
+  return text;
+}
+
+void WriteTXT(FFFilter& f, std::string folder, bool withPresets, const FilterEnv& env) {
+  if (!f.isPhotoshop) CorrectprmcodeAll(f);
+  if (env.options.macFFAdaption) CorrectCodeForMac(f);
+  if (f.filename.find('.') == std::string::npos) f.filename += ".txt";
+  const std::string stem = f.filename.substr(0, f.filename.size() >= 4 ? f.filename.size() - 4 : 0);
+
+  std::string text = FilterText(f, CodeLines::BesideLabel);
+  auto line = [&text](const std::string& s) { text += s + "\r\n"; };
   for (int spot = 0; spot <= 9; ++spot) {
     if (!withPresets || !env.hooks().IsMemorySpotMarked(spot)) continue;
     std::string values;

@@ -21,4 +21,11 @@ bool ReadTXT(FFFilter& f, std::string folder, const std::string& name, bool igno
 void Writeafspff(FFFilter& f, std::string folder, int kind, const FilterEnv& env);
 void WriteTXT(FFFilter& f, std::string folder, bool withPresets, const FilterEnv& env);
 
+// The filter as text that ReadTXT reads back: the fields, the four codes, the
+// names of the controls and maps, their values; lines end in CR LF. A TXT
+// file puts each code on its label's line ("R:code"), the editor's copy to
+// the clipboard on the line below it ("R:", then the code).
+enum class CodeLines { BesideLabel, BelowLabel };
+std::string FilterText(const FFFilter& f, CodeLines codes);
+
 }  // namespace trel

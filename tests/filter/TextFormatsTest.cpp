@@ -233,6 +233,27 @@ TEST_F(TextFormats, WriteTxtTextAndTheMacintoshAdaption) {
   EXPECT_NE(dir.Read("sample.afs").find("0\r255\r\r"), std::string::npos);
 }
 
+// The editor's copy to the clipboard: the same text with each code on the
+// line below its label, which the TXT reader takes back whole.
+TEST_F(TextFormats, TheClipboardLayoutPutsCodesBelowTheirLabelsAndReadsBack) {
+  FFFilter g = SampleFilter();
+  g.mapName[1] = "Curve";
+  const std::string text = FilterText(g, CodeLines::BelowLabel);
+  EXPECT_NE(text.find("\r\n\r\nR:\r\nadd(r,ctl(0),255)\r\n\r\nG:\r\nmix(g,255-g,ctl(1),255)\r\n\r\n"),
+            std::string::npos)
+      << text;
+  EXPECT_EQ(text.substr(text.find("A:")),
+            "A:\r\na\r\n\r\nmap[0]: Curve\r\nctl[4]: Unused Value\r\n\r\nval[0]: 40\r\nval[1]: 200\r\nval[4]: 7\r\n\r\n");
+  ASSERT_TRUE(ReadTxtText(text));
+  EXPECT_EQ(std::tie(f.codeR, f.codeG, f.codeB), std::tie(g.codeR, g.codeG, g.codeB));
+  // "A:" alone keeps the reader's preset "a" in front of the code below it,
+  // as the original's reader does.
+  EXPECT_EQ(f.codeA, "a" + g.codeA);
+  EXPECT_EQ(std::tie(f.title, f.category, f.mapName[1], f.ctlName[5]),
+            std::tie(g.title, g.category, g.mapName[1], g.ctlName[5]));
+  for (int c : {1, 2, 5}) EXPECT_EQ(f.ctlValue[c], g.ctlValue[c]) << c;
+}
+
 // The fields a round trip keeps: AFS and PFF have no maps and no values for
 // unnamed controls; all formats exchange the extension.
 FFFilter Normalised(FFFilter f) {
