@@ -11,7 +11,6 @@ class ConvertJob::Messages : public WorkerMessages, public OverwriteChecker {
   Messages(ConvertJob* job, UserMessages& ui, OverwriteChecker& overwrite, std::atomic<bool>& escape)
       : WorkerMessages(job, ui, escape), job_(job), overwrite_(overwrite) {}
 
-  bool EscapePressed() override { return job_->stop_.load() || WorkerMessages::EscapePressed(); }
   void StatusDisplay(const std::string& text) override {
     QMetaObject::invokeMethod(
         job_, [job = job_, line = QString::fromStdString(text)] { emit job->statusChanged(line); },
@@ -40,8 +39,7 @@ ConvertJob::ConvertJob(FFFilter filter, ConvertRequest request, FilterOptions op
 
 ConvertJob::~ConvertJob() {
   if (!worker_.running()) return;
-  stop_.store(true);
-  messages_->Abandon();
+  messages_->GiveUp();
   worker_.Join();
 }
 

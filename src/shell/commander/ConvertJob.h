@@ -42,7 +42,6 @@ class ConvertJob : public QObject {
   FFFilter filter_;
   ConvertRequest request_;
   FilterOptions options_;
-  std::atomic<bool> stop_{false};
   std::unique_ptr<Messages> messages_;
   ConvertReport report_;
   WorkerThread worker_;  // last: joined before the rest goes

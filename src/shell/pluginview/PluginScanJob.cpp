@@ -16,34 +16,23 @@ namespace {
 // (the lists of the pane are disabled meanwhile).
 class EscapeWatcher : public QObject {
  public:
-  EscapeWatcher(std::atomic<bool>& window, std::atomic<bool>& job) : window_(window), job_(job) {}
+  EscapeWatcher(std::atomic<bool>& window, WorkerMessages& job) : window_(window), job_(job) {}
 
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override {
     if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
       window_.store(true);
-      job_.store(true);
+      job_.Stop();
     }
     return QObject::eventFilter(watched, event);
   }
 
  private:
   std::atomic<bool>& window_;
-  std::atomic<bool>& job_;
+  WorkerMessages& job_;
 };
 
 }  // namespace
-
-// The scan's messages go to the window's thread; Esc is the job's flag.
-class PluginScanJob::Messages : public WorkerMessages {
- public:
-  Messages(QObject* context, UserMessages& ui, std::atomic<bool>& escape, std::atomic<bool>& stop)
-      : WorkerMessages(context, ui, escape), stop_(stop) {}
-  bool EscapePressed() override { return stop_.load() || WorkerMessages::EscapePressed(); }
-
- private:
-  std::atomic<bool>& stop_;
-};
 
 // What the worker has to say and whether a post to the window is on its way.
 struct PluginScanJob::Shared {
@@ -59,14 +48,13 @@ PluginScanJob::PluginScanJob(PluginScanRequest request, UserMessages& ui, std::a
     : QObject(parent),
       request_(std::move(request)),
       windowEscape_(escape),
-      messages_(std::make_unique<Messages>(this, ui, escape, stop_)),
+      messages_(std::make_unique<WorkerMessages>(this, ui, escape)),
       shared_(std::make_shared<Shared>()) {}
 
 PluginScanJob::~PluginScanJob() {
   if (escapeWatcher_) qApp->removeEventFilter(escapeWatcher_.get());
   if (!worker_.running()) return;
-  stop_.store(true);
-  messages_->Abandon();
+  messages_->GiveUp();
   worker_.Join();
 }
 
@@ -101,7 +89,7 @@ void PluginScanJob::Publish(const std::string* label, const int* percent) {
 
 void PluginScanJob::Start() {
   windowEscape_.store(false);
-  escapeWatcher_ = std::make_unique<EscapeWatcher>(windowEscape_, stop_);
+  escapeWatcher_ = std::make_unique<EscapeWatcher>(windowEscape_, *messages_);
   qApp->installEventFilter(escapeWatcher_.get());
   shared_->sinceLast.start();
   worker_.Start(this, "PluginScan", [this] {

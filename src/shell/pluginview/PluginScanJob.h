@@ -49,14 +49,12 @@ class PluginScanJob : public QObject {
   void finished();
 
  private:
-  class Messages;
   struct Shared;
   void Publish(const std::string* label, const int* percent);
 
   PluginScanRequest request_;
   std::atomic<bool>& windowEscape_;
-  std::atomic<bool> stop_{false};  // the job's own: the window's flag may go first
-  std::unique_ptr<Messages> messages_;
+  std::unique_ptr<WorkerMessages> messages_;
   std::shared_ptr<Shared> shared_;
   std::unique_ptr<QObject> escapeWatcher_;
   PaneCatalogue scanned_;

@@ -5,26 +5,14 @@
 
 namespace trel {
 
-// The run's messages go to the window's thread; a job given up counts as Esc.
-class BatchJob::Messages : public WorkerMessages {
- public:
-  Messages(BatchJob* job, UserMessages& ui, std::atomic<bool>& escape)
-      : WorkerMessages(job, ui, escape), job_(job) {}
-  bool EscapePressed() override { return job_->stop_.load() || WorkerMessages::EscapePressed(); }
-
- private:
-  BatchJob* job_;
-};
-
 BatchJob::BatchJob(BatchRequest request, UserMessages& ui, std::atomic<bool>& escape, QObject* parent)
     : QObject(parent),
       request_(std::move(request)),
-      messages_(std::make_unique<Messages>(this, ui, escape)) {}
+      messages_(std::make_unique<WorkerMessages>(this, ui, escape)) {}
 
 BatchJob::~BatchJob() {
   if (!worker_.running()) return;
-  stop_.store(true);
-  messages_->Abandon();
+  messages_->GiveUp();
   worker_.Join();
 }
 

@@ -15,6 +15,7 @@
 #include "front/UserMessages.h"
 #include "host/ContactSheet.h"
 #include "host/ImageLibrary.h"
+#include "shell/window/WorkerMessages.h"
 #include "shell/window/WorkerThread.h"
 
 namespace trel {
@@ -47,12 +48,10 @@ class BatchJob : public QObject {
   void finished();
 
  private:
-  class Messages;
   void Run();
 
   BatchRequest request_;
-  std::atomic<bool> stop_{false};
-  std::unique_ptr<Messages> messages_;
+  std::unique_ptr<WorkerMessages> messages_;
   BatchResult result_;
   bool refused_ = false;
   WorkerThread worker_;  // last: joined before the rest goes

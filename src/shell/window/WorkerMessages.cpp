@@ -37,7 +37,8 @@ void WorkerMessages::RefreshActivePane() {
   OnUiThread([&ui = ui_] { ui.RefreshActivePane(); });
 }
 
-void WorkerMessages::Abandon() {
+void WorkerMessages::GiveUp() {
+  Stop();
   {
     std::lock_guard lock(channel_->mutex);
     channel_->abandoned = true;
@@ -54,7 +55,7 @@ void WorkerMessages::OnUiThread(std::function<void()> call) {
   if (channel_->abandoned) return;
   channel_->answerReady = false;
   // Not a blocking queued call: the window's thread may itself be waiting for
-  // this worker to end (Abandon), and must not wait for a box in turn.
+  // this worker to end (GiveUp), and must not wait for a box in turn.
   QMetaObject::invokeMethod(
       context_,
       [channel = channel_, call = std::move(call)] {

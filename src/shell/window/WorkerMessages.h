@@ -22,12 +22,16 @@ class WorkerMessages : public UserMessages {
   void ErrorMessage(const std::string& description) override;
   bool ErrorMessage2(const std::string& description) override;
   void RefreshActivePane() override;
-  bool EscapePressed() override { return escape_.load(); }
+  // Esc of the window, or of this work alone.
+  bool EscapePressed() override { return stop_.load() || escape_.load(); }
 
-  // On the window's thread, when the work is given up (its window closes): a
-  // question waiting for its answer gets the box's Cancel, and no further
-  // box is shown.
-  void Abandon();
+  // This work's own Esc: the window's flag may be cleared for the next work
+  // before this one has seen it.
+  void Stop() { stop_.store(true); }
+  // On the window's thread, when the work is given up (its window closes):
+  // it stops, a question waiting for its answer gets the box's Cancel, and
+  // no further box is shown.
+  void GiveUp();
 
  protected:
   // Runs `call` on the window's thread and waits for it, or until the work is
@@ -40,6 +44,7 @@ class WorkerMessages : public UserMessages {
   QObject* context_;
   UserMessages& ui_;
   std::atomic<bool>& escape_;
+  std::atomic<bool> stop_{false};
   std::shared_ptr<Channel> channel_;
 };
 
